@@ -1,0 +1,82 @@
+// A window that bgfx draws into.
+#pragma once
+
+#include <zx3DQt/BGFXRenderer.h>
+#include <zx3DQt/UpdateEvents.h>
+#include <zx3DQt/zx3DQtExport.h>
+
+#include <zx3D/FrameBuffer.h>
+
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QRect>
+#include <QWheelEvent>
+#include <QWindow>
+
+namespace zarvex::zx3DQt {
+
+/// A QWindow that owns a renderer, a frame buffer on its native surface, and a viewport.
+///
+/// The frame buffer is created with the platform surface (colour BGRA8, depth D16), follows the window's size
+/// times its device pixel ratio, and is destroyed before the surface goes. The window draws nothing by
+/// itself: the application starts, records and presents frames, for example in a slot of a timer or in an
+/// override of `exposeEvent`. Input is republished as signals, whose arguments live until the signal returns.
+///
+/// Lifetime: create it after `Init`. It may be destroyed after `Shutdown`. Thread: the GUI thread.
+class ZX3DQT_EXPORT BGFXWindow : public QWindow {
+    Q_OBJECT
+
+public:
+    explicit BGFXWindow(QWindow* parent = nullptr);
+    ~BGFXWindow() override;
+
+    BGFXRenderer& GetRenderer() { return m_renderer; }
+    BGFXRenderer const& GetRenderer() const { return m_renderer; }
+
+    zx3D::FrameBuffer& GetFrameBuffer() { return m_frameBuffer; }
+    zx3D::FrameBuffer const& GetFrameBuffer() const { return m_frameBuffer; }
+
+    /// The area to render, physical pixels: the whole window, or what `updateViewPortEvent` last said.
+    QRect& GetViewport() { return m_viewport; }
+    QRect const& GetViewport() const { return m_viewport; }
+
+    /// Replaces the frame buffer by a copy. The old one is not destroyed.
+    void SetFrameBuffer(zx3D::FrameBuffer const& frameBuffer) { m_frameBuffer = frameBuffer; }
+    void SetViewport(QRect viewport) { m_viewport = viewport; }
+
+    bool event(QEvent* event) override;
+    void exposeEvent(QExposeEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    bool nativeEvent(QByteArray const& eventType, void* message, qintptr* result) override;
+
+signals:
+    void keyPressedEvent(QKeyEvent* event);
+    void mouseMovedEvent(QMouseEvent* event);
+    void mouseClickedEvent(QMouseEvent* event);
+    void mouseReleasedEvent(QMouseEvent* event);
+    void mouseDoubleClickedEvent(QMouseEvent* event);
+    /// Overrides QWindow's handler: delivering a wheel event to the window emits the signal.
+    void wheelEvent(QWheelEvent* event) override;
+
+public slots:
+    /// Makes frame buffer and viewport follow the window's own size and pixel ratio. The size that the event
+    /// carries is not used.
+    void updateFrameBufferEvent(zarvex::zx3DQt::UpdateFrameBufferEvent* event);
+
+    /// Makes the viewport the bounding rectangle of the event's region, in physical pixels; the frame buffer
+    /// keeps its size. Throws `std::bad_optional_access` when the event carries no region.
+    void updateViewPortEvent(zarvex::zx3DQt::UpdateViewportEvent* event);
+
+private:
+    void InitializeFrameBufferOnce();
+    void UpdateFrameBufferSize();
+    void LogHandler(char const* eventClass, QEvent const* event) const;
+    void LogGeometry(char const* prefix) const;
+
+    BGFXRenderer m_renderer;
+    zx3D::FrameBuffer m_frameBuffer;
+    QRect m_viewport;
+    bool m_initialized = false;
+};
+
+} // namespace zarvex::zx3DQt

@@ -1,0 +1,13 @@
+// The whole of zx3DQt, with the parts of zx3D that its interface is written in.
+#pragma once
+
+#include <zx3DQt/BGFXDefaultCallback.h>
+#include <zx3DQt/BGFXRenderer.h>
+#include <zx3DQt/BGFXViewContext.h>
+#include <zx3DQt/BGFXWindow.h>
+#include <zx3DQt/CapsReport.h>
+#include <zx3DQt/Library.h>
+#include <zx3DQt/RenderTypes.h>
+#include <zx3DQt/UpdateEvents.h>
+
+#include <zx3D/zx3D.h>

@@ -1,0 +1,61 @@
+// Starting and stopping bgfx.
+#pragma once
+
+#include <zx3D/ContextOptions.h>
+#include <zx3D/zx3DExport.h>
+
+#include <bgfx/bgfx.h>
+
+#include <cstdint>
+
+namespace zarvex::zx3D {
+
+/// One stretch of time between a successful `Context::Initialize` and the next `Context::Shutdown`.
+///
+/// bgfx handles are only meaningful in the run in which they were created. Whoever keeps a handle keeps the
+/// run beside it, and asks before using or destroying the handle whether that run still lasts.
+class ContextRun {
+public:
+    /// The run that lasts now, or the state "not running" when the context is not initialised.
+    ZX3D_EXPORT static ContextRun Current();
+
+    /// True while this is still the state of the context: no shutdown or new start since it was taken.
+    bool IsCurrent() const { return m_number == Current().m_number; }
+
+private:
+    std::uint64_t m_number = 0;
+};
+
+/// The process's one bgfx context.
+///
+/// Thread: all operations run on one thread, the one that calls bgfx's API (in a Qt application the GUI
+/// thread). Errors: `Initialize` returns false; nothing throws. Messages go to the callback of the options.
+///
+/// It does not choose a window system: on Linux it draws through X11 (under Wayland through XWayland).
+class ZX3D_EXPORT Context {
+public:
+    Context() = delete;
+
+    /// Starts bgfx on the window of the options. Returns true on success, and false when the context runs
+    /// already, when there is no X display, when the handle is not a window of that display, or when bgfx
+    /// finds no renderer that works; it can then be called again. A fatal error inside bgfx goes to the
+    /// callback's `fatal`.
+    static bool Initialize(ContextOptions const& options);
+
+    /// Destroys the programs and surfaces that are left and stops bgfx. When it returns, bgfx makes no more
+    /// use of the callback and the native windows. Does nothing when the context is not initialised.
+    static void Shutdown();
+
+    /// The options of the running context, or of the last one; default options before the first.
+    static ContextOptions const& GetOptions();
+
+    static bool IsInitialized();
+
+    /// Asks for a renderer backend, for every `Initialize` that follows. `bgfx::RendererType::Count`, the
+    /// initial value, leaves the choice to bgfx. A preference: where the backend cannot start, bgfx takes
+    /// the next best (`bgfx::getRendererType` tells which). `bgfx::RendererType::Noop`, which draws nothing
+    /// and needs no display, runs only when it is asked for.
+    static void PreferRenderer(bgfx::RendererType::Enum renderer);
+};
+
+} // namespace zarvex::zx3D

@@ -1,0 +1,71 @@
+// What a view draws into: a native window's surface, or a pair of textures.
+#pragma once
+
+#include <zx3D/zx3DExport.h>
+
+#include <bgfx/bgfx.h>
+
+#include <cstdint>
+#include <memory>
+
+namespace zarvex::zx3D {
+
+class Surface;
+
+/// A bgfx frame buffer for one surface: attached to a native window, or, without one, a colour and a depth
+/// texture of its own.
+///
+/// A value whose copies share one state: each sees the size that any of them requested, and what happened to
+/// the bgfx object. Creation is deferred: `RequestResize` records a size, `SubmitOnDemand` makes the bgfx
+/// object follow it.
+///
+/// Lifetime: the bgfx object goes with `Destroy()`, or with `Context::Shutdown`, never with the destructor:
+/// the owner decides. `Destroy()` an attached frame buffer before its native window goes. If a window dies
+/// without that, its surface is never presented to again and is freed when it is next noticed.
+/// A frame buffer may outlive the context, and is created anew in the next one.
+///
+/// Thread: the one that calls bgfx's API.
+class ZX3D_EXPORT FrameBuffer {
+public:
+    /// Records the surface and its formats; creates nothing. A null handle makes an unattached frame buffer.
+    /// `colorFormat` and `depthFormat` are what is asked for; a window's surface takes the nearest that the
+    /// window system offers.
+    FrameBuffer(void* nativeWindowHandle, bgfx::TextureFormat::Enum colorFormat,
+                bgfx::TextureFormat::Enum depthFormat);
+
+    // No moves: a moved-from value would have no state, so rvalues are copied.
+    FrameBuffer(FrameBuffer const&);
+    FrameBuffer& operator=(FrameBuffer const&);
+    ~FrameBuffer();
+
+    /// Pixels; what was last requested. A frame buffer with a width or height of 0 is collapsed: nothing is
+    /// rendered to it.
+    std::uint16_t GetWidth() const;
+    std::uint16_t GetHeight() const;
+
+    /// True once a size was requested.
+    bool IsSized() const;
+
+    /// The bgfx object, or the invalid handle while there is none. For an unattached frame buffer
+    /// `bgfx::getTexture(handle, 0)` is its colour texture.
+    bgfx::FrameBufferHandle GetHandle() const;
+
+    /// Records a new size in pixels; the bgfx object follows at the next `SubmitOnDemand`. Any number of
+    /// requests between two frames costs one re-creation, and a request of the present size costs none.
+    void RequestResize(std::uint16_t width, std::uint16_t height);
+
+    /// Creates the bgfx object if there is none, or re-creates it if its size is not the requested one. Does
+    /// nothing while collapsed or while the context is not initialised. Re-creating an attached frame buffer
+    /// submits what was recorded so far with one `bgfx::frame`: a window can have only one surface at a
+    /// time, and bgfx destroys at the end of a frame. Call it before recording.
+    void SubmitOnDemand();
+
+    /// Destroys the bgfx object, for all copies. For an attached frame buffer it returns when bgfx and its
+    /// render thread have let go of the native window, having submitted what was recorded so far.
+    void Destroy();
+
+private:
+    std::shared_ptr<Surface> m_surface;
+};
+
+} // namespace zarvex::zx3D

@@ -1,0 +1,52 @@
+// Shader programs by name.
+#pragma once
+
+#include <zx3D/zx3DExport.h>
+
+#include <bgfx/bgfx.h>
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zarvex::zx3D {
+
+/// Hands out programs made of the shaders that are built into the library, in the form that the running
+/// renderer takes.
+///
+/// Lifetime: programs are created on first request, kept for the life of the context and owned by the
+/// factory; do not destroy them. Thread: the one that calls bgfx's API, with the context initialised.
+/// Errors: an empty result, and a message that names the shader to the context's callback.
+class ZX3D_EXPORT ProgramFactory {
+public:
+    ProgramFactory(ProgramFactory const&) = delete;
+    ProgramFactory& operator=(ProgramFactory const&) = delete;
+
+    /// The process's one factory.
+    static ProgramFactory& Get();
+
+    /// A graphics program. Empty when a shader of that name does not exist, does not exist for the running
+    /// renderer, or the two do not fit together.
+    std::optional<bgfx::ProgramHandle> CreateProgram(std::string_view vertexShaderName,
+                                                     std::string_view fragmentShaderName);
+
+    /// A compute program. On a renderer without compute shaders (`BGFX_CAPS_COMPUTE`) the result holds the
+    /// invalid handle: there is nothing to dispatch, and nothing is wrong with the shader.
+    std::optional<bgfx::ProgramHandle> CreateProgram(std::string_view computeShaderName);
+
+private:
+    friend class Context; // empties the factory before bgfx goes
+
+    ProgramFactory() = default;
+    ~ProgramFactory() = default;
+
+    template<typename Create>
+    std::optional<bgfx::ProgramHandle> FindOrCreate(std::string key, Create create);
+    void DestroyPrograms();
+
+    std::map<std::string, bgfx::ProgramHandle, std::less<>> m_programs;
+};
+
+} // namespace zarvex::zx3D

@@ -1,0 +1,13 @@
+// The whole of zx3D: context, surfaces, shader programs and value types.
+#pragma once
+
+#include <zx3D/Color.h>
+#include <zx3D/Context.h>
+#include <zx3D/ContextOptions.h>
+#include <zx3D/DataSpan.h>
+#include <zx3D/FrameBuffer.h>
+#include <zx3D/Line.h>
+#include <zx3D/ProgramFactory.h>
+#include <zx3D/TaggedValueType.h>
+#include <zx3D/TextHandles.h>
+#include <zx3D/Vertex.h>

@@ -1,0 +1,3 @@
+// Thin lines with a 16-bit stipple mask.
+
+#include "line_vertex.glsl"

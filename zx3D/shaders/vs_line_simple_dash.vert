@@ -1,0 +1,3 @@
+// Thin lines with dashes and gaps.
+
+#include "line_vertex.glsl"

@@ -1,0 +1,77 @@
+// The life cycle of the process's bgfx context.
+#include <zx3D/Context.h>
+
+#include <zx3D/ProgramFactory.h>
+
+#include "../surface/SurfaceRegistry.h"
+#include "RunningContext.h"
+
+namespace zarvex::zx3D {
+
+namespace {
+
+struct State {
+    bgfx::RendererType::Enum preferredRenderer = bgfx::RendererType::Count;
+    ContextOptions options;
+    std::unique_ptr<RunningContext> running;
+    std::uint64_t runs = 0; ///< successful starts so far
+};
+
+State& GetState()
+{
+    // Never destroyed: frame buffers of static storage duration may ask for it at the end of the process.
+    static State& state = *new State;
+    return state;
+}
+
+} // namespace
+
+ContextRun ContextRun::Current()
+{
+    ContextRun run;
+    if (GetState().running)
+        run.m_number = GetState().runs;
+    return run;
+}
+
+bool Context::Initialize(ContextOptions const& options)
+{
+    State& state = GetState();
+    if (state.running)
+        return false;
+    state.options = options;
+    state.running = RunningContext::Start(options, state.preferredRenderer);
+    if (!state.running)
+        return false;
+    ++state.runs;
+    SurfaceRegistry::Get().BeginRun(state.running->HasDisplay());
+    return true;
+}
+
+void Context::Shutdown()
+{
+    State& state = GetState();
+    if (!state.running)
+        return;
+    ProgramFactory::Get().DestroyPrograms();
+    SurfaceRegistry::Get().EndRun();
+    state.running.reset();
+    state.options.callback = nullptr; // borrowed until now
+}
+
+ContextOptions const& Context::GetOptions()
+{
+    return GetState().options;
+}
+
+bool Context::IsInitialized()
+{
+    return GetState().running != nullptr;
+}
+
+void Context::PreferRenderer(bgfx::RendererType::Enum renderer)
+{
+    GetState().preferredRenderer = renderer;
+}
+
+} // namespace zarvex::zx3D

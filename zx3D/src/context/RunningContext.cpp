@@ -1,0 +1,97 @@
+// Starting bgfx, and being sure that what started is what was meant.
+#include "RunningContext.h"
+
+#include "../surface/NativeWindowWatch.h"
+#include "Trace.h"
+
+#include <bgfx/platform.h>
+
+namespace zarvex::zx3D {
+
+namespace {
+
+bgfx::Init ToInit(ContextOptions const& options, bgfx::RendererType::Enum renderer, void* nativeDisplay)
+{
+    bgfx::Init init;
+    init.type = renderer;
+    init.callback = options.callback;
+    init.platformData.ndt = nativeDisplay;
+    init.platformData.nwh = options.nativeWindowHandle;
+    init.resolution.width = options.width;
+    init.resolution.height = options.height;
+    init.resolution.reset = options.verticalSync ? BGFX_RESET_VSYNC : BGFX_RESET_NONE;
+    init.limits.transientVbSize = options.transientVertexBufferSize;
+    init.limits.transientIbSize = options.transientIndexBufferSize;
+    return init;
+}
+
+} // namespace
+
+std::unique_ptr<RunningContext> RunningContext::Start(ContextOptions const& options,
+                                                      bgfx::RendererType::Enum preferredRenderer)
+{
+    std::unique_ptr<RunningContext> context(new RunningContext);
+    bool const needsDisplay = preferredRenderer != bgfx::RendererType::Noop;
+    if (needsDisplay && !context->OpenDisplay(options))
+        return nullptr;
+    if (!context->PrepareThreads(options) || !context->StartBgfx(options, preferredRenderer))
+        return nullptr;
+    return context;
+}
+
+RunningContext::~RunningContext()
+{
+    if (m_bgfxRuns)
+        bgfx::shutdown();
+}
+
+bool RunningContext::OpenDisplay(ContextOptions const& options)
+{
+    m_display = DisplayConnection::Open();
+    if (!m_display.IsOpen()) {
+        Trace(options.callback, __FILE__, __LINE__, "zx3D: there is no X display to draw on (is DISPLAY set?)");
+        return false;
+    }
+    // bgfx would take the process down over a handle that is no window.
+    if (NativeWindowWatch().Watch(options.nativeWindowHandle))
+        return true;
+    Trace(options.callback, __FILE__, __LINE__,
+          "zx3D: native handle %p is not a window of the X display (with Qt, use the platform \"xcb\")",
+          options.nativeWindowHandle);
+    return false;
+}
+
+bool RunningContext::PrepareThreads(ContextOptions const& options)
+{
+    static bool singleThreadedBefore = false;
+    if (singleThreadedBefore && BX_CONFIG_DEBUG) {
+        Trace(options.callback, __FILE__, __LINE__,
+              "zx3D: a debug build of bgfx does not start again after a single-threaded run");
+        return false;
+    }
+    if (options.threadMode == ContextOptions::ThreadMode::SingleThreaded) {
+        bgfx::renderFrame(); // before bgfx::init, it tells bgfx to start no render thread
+        singleThreadedBefore = true;
+    } else if (singleThreadedBefore) {
+        m_renderThread.emplace();
+    }
+    return true;
+}
+
+bool RunningContext::StartBgfx(ContextOptions const& options, bgfx::RendererType::Enum renderer)
+{
+    m_bgfxRuns = bgfx::init(ToInit(options, renderer, m_display.GetNativeDisplay()));
+    if (!m_bgfxRuns) {
+        Trace(options.callback, __FILE__, __LINE__, "zx3D: bgfx does not start");
+        return false;
+    }
+    // When every other renderer failed, bgfx falls back to the one that draws nothing.
+    bool const drawsNothing = bgfx::getRendererType() == bgfx::RendererType::Noop;
+    if (drawsNothing && renderer != bgfx::RendererType::Noop) {
+        Trace(options.callback, __FILE__, __LINE__, "zx3D: bgfx finds no renderer that works on this machine");
+        return false;
+    }
+    return true;
+}
+
+} // namespace zarvex::zx3D

@@ -1,0 +1,132 @@
+// Creating programs from the embedded shaders, once each.
+#include <zx3D/ProgramFactory.h>
+
+#include <zx3D/Context.h>
+
+#include "../context/Trace.h"
+#include "EmbeddedShaders.h"
+
+#include <span>
+
+namespace zarvex::zx3D {
+
+namespace {
+
+void Report(std::string_view shader, char const* what)
+{
+    Trace(Context::GetOptions().callback, __FILE__, __LINE__, "zx3D: shader \"%.*s\" %s",
+          static_cast<int>(shader.size()), shader.data(), what);
+}
+
+/// The shader's binary for the running renderer. The renderer that draws nothing takes any.
+std::span<std::uint8_t const> SelectBinary(EmbeddedShader const& shader)
+{
+    switch (bgfx::getRendererType()) {
+    case bgfx::RendererType::OpenGL:
+    case bgfx::RendererType::Noop:
+        return shader.openGL;
+    case bgfx::RendererType::Vulkan:
+        return shader.vulkan;
+    default:
+        return {};
+    }
+}
+
+bgfx::ShaderHandle CreateShader(std::string_view name)
+{
+    EmbeddedShader const* const shader = FindEmbeddedShader(name);
+    if (shader == nullptr) {
+        Report(name, "does not exist");
+        return BGFX_INVALID_HANDLE;
+    }
+    std::span<std::uint8_t const> const binary = SelectBinary(*shader);
+    if (binary.empty()) {
+        Report(name, "is not available for the running renderer");
+        return BGFX_INVALID_HANDLE;
+    }
+    // Embedded data outlives bgfx, so a reference will do.
+    return bgfx::createShader(bgfx::makeRef(binary.data(), static_cast<std::uint32_t>(binary.size())));
+}
+
+void DestroyIfValid(bgfx::ShaderHandle shader)
+{
+    if (bgfx::isValid(shader))
+        bgfx::destroy(shader);
+}
+
+bgfx::ProgramHandle CreateGraphicsProgram(std::string_view vertexShaderName,
+                                          std::string_view fragmentShaderName)
+{
+    bgfx::ShaderHandle const vertex = CreateShader(vertexShaderName);
+    bgfx::ShaderHandle const fragment = CreateShader(fragmentShaderName);
+    if (bgfx::isValid(vertex) && bgfx::isValid(fragment)) {
+        constexpr bool ownsShaders = true;
+        bgfx::ProgramHandle const program = bgfx::createProgram(vertex, fragment, ownsShaders);
+        if (bgfx::isValid(program))
+            return program;
+        Report(fragmentShaderName, "does not fit its vertex shader");
+    }
+    DestroyIfValid(vertex);
+    DestroyIfValid(fragment);
+    return BGFX_INVALID_HANDLE;
+}
+
+bgfx::ProgramHandle CreateComputeProgram(std::string_view name)
+{
+    bgfx::ShaderHandle const compute = CreateShader(name);
+    if (!bgfx::isValid(compute))
+        return BGFX_INVALID_HANDLE;
+    constexpr bool ownsShaders = true;
+    bgfx::ProgramHandle const program = bgfx::createProgram(compute, ownsShaders);
+    if (!bgfx::isValid(program)) {
+        Report(name, "is not a compute shader");
+        bgfx::destroy(compute);
+    }
+    return program;
+}
+
+} // namespace
+
+ProgramFactory& ProgramFactory::Get()
+{
+    static ProgramFactory factory;
+    return factory;
+}
+
+std::optional<bgfx::ProgramHandle> ProgramFactory::CreateProgram(std::string_view vertexShaderName,
+                                                                 std::string_view fragmentShaderName)
+{
+    // No shader name contains a line feed.
+    std::string key = std::string(vertexShaderName) + '\n' + std::string(fragmentShaderName);
+    return FindOrCreate(std::move(key),
+                        [&] { return CreateGraphicsProgram(vertexShaderName, fragmentShaderName); });
+}
+
+std::optional<bgfx::ProgramHandle> ProgramFactory::CreateProgram(std::string_view computeShaderName)
+{
+    bool const hasCompute = (bgfx::getCaps()->supported & BGFX_CAPS_COMPUTE) != 0;
+    if (!hasCompute && FindEmbeddedShader(computeShaderName) != nullptr)
+        return bgfx::ProgramHandle(BGFX_INVALID_HANDLE);
+    return FindOrCreate(std::string(computeShaderName), [&] { return CreateComputeProgram(computeShaderName); });
+}
+
+template<typename Create>
+std::optional<bgfx::ProgramHandle> ProgramFactory::FindOrCreate(std::string key, Create create)
+{
+    if (auto const found = m_programs.find(key); found != m_programs.end())
+        return found->second;
+    bgfx::ProgramHandle const program = create();
+    if (!bgfx::isValid(program))
+        return std::nullopt;
+    m_programs.emplace(std::move(key), program);
+    return program;
+}
+
+void ProgramFactory::DestroyPrograms()
+{
+    for (auto const& [name, program] : m_programs)
+        bgfx::destroy(program);
+    m_programs.clear();
+}
+
+} // namespace zarvex::zx3D

@@ -1,0 +1,118 @@
+// Creating, re-creating and destroying the bgfx object of a surface.
+#include "Surface.h"
+
+#include "../context/FramePump.h"
+#include "../context/Trace.h"
+#include "SurfaceRegistry.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zarvex::zx3D {
+
+std::shared_ptr<Surface> Surface::Create(void* nativeWindow, bgfx::TextureFormat::Enum colorFormat,
+                                         bgfx::TextureFormat::Enum depthFormat)
+{
+    auto const release = [](Surface* last) {
+        std::unique_ptr<Surface> surface(last);
+        if (surface->HasObject())
+            SurfaceRegistry::Get().Adopt(std::move(surface));
+    };
+    return {new Surface(nativeWindow, colorFormat, depthFormat), release};
+}
+
+Surface::Surface(void* nativeWindow, bgfx::TextureFormat::Enum colorFormat,
+                 bgfx::TextureFormat::Enum depthFormat)
+    : m_nativeWindow(nativeWindow), m_colorFormat(colorFormat), m_depthFormat(depthFormat)
+{}
+
+bgfx::FrameBufferHandle Surface::GetHandle() const
+{
+    return m_run.IsCurrent() ? m_handle : bgfx::FrameBufferHandle(BGFX_INVALID_HANDLE);
+}
+
+void Surface::RequestResize(std::uint16_t width, std::uint16_t height)
+{
+    m_requested = {width, height};
+    m_sized = true;
+}
+
+void Surface::SubmitOnDemand()
+{
+    if (!Context::IsInitialized())
+        return;
+    SurfaceRegistry::Get().FreeDeadOrphans();
+    LetGoOfDeadWindow();
+    if (IsCollapsed() || (HasObject() && m_created == m_requested))
+        return;
+    Recreate();
+}
+
+void Surface::Destroy()
+{
+    if (!HasObject())
+        return;
+    DestroyObject();
+    if (IsAttached())
+        FinishRecordedFrames();
+}
+
+void Surface::DestroyObject()
+{
+    SurfaceRegistry::Get().Remove(*this);
+    bgfx::destroy(std::exchange(m_handle, BGFX_INVALID_HANDLE));
+}
+
+void Surface::LetGoOfDeadWindow()
+{
+    if (HasObject() && IsAttached() && !SurfaceRegistry::Get().IsWindowAlive(*this))
+        Destroy();
+}
+
+void Surface::Recreate()
+{
+    if (HasObject()) {
+        DestroyObject();
+        // A window has one surface at a time, and bgfx destroys at the end of a frame what it would create
+        // at the start of the same frame.
+        if (IsAttached())
+            bgfx::frame();
+    }
+    m_handle = IsAttached() ? CreateOnWindow() : CreateOnTextures();
+    if (!bgfx::isValid(m_handle))
+        return;
+    m_run = ContextRun::Current();
+    m_created = m_requested;
+    SurfaceRegistry::Get().Add(*this);
+}
+
+bgfx::FrameBufferHandle Surface::CreateOnWindow() const
+{
+    if (!SurfaceRegistry::Get().ClaimWindow(*this)) {
+        Trace(Context::GetOptions().callback, __FILE__, __LINE__, "zx3D: native window %p does not exist",
+              m_nativeWindow);
+        return BGFX_INVALID_HANDLE;
+    }
+    return bgfx::createFrameBuffer(m_nativeWindow, m_requested.width, m_requested.height, m_colorFormat,
+                                   m_depthFormat);
+}
+
+bgfx::FrameBufferHandle Surface::CreateOnTextures() const
+{
+    auto const [width, height] = m_requested;
+    if (std::max(width, height) > bgfx::getCaps()->limits.maxTextureSize) {
+        Trace(Context::GetOptions().callback, __FILE__, __LINE__,
+              "zx3D: a frame buffer of %u x %u pixels is beyond this GPU's textures (at most %u)", width,
+              height, bgfx::getCaps()->limits.maxTextureSize);
+        return BGFX_INVALID_HANDLE;
+    }
+    constexpr std::uint64_t colorFlags = BGFX_TEXTURE_RT | BGFX_SAMPLER_U_CLAMP | BGFX_SAMPLER_V_CLAMP;
+    bgfx::TextureHandle const textures[] = {
+        bgfx::createTexture2D(width, height, false, 1, m_colorFormat, colorFlags),
+        bgfx::createTexture2D(width, height, false, 1, m_depthFormat, BGFX_TEXTURE_RT_WRITE_ONLY),
+    };
+    constexpr bool ownsTextures = true;
+    return bgfx::createFrameBuffer(2, textures, ownsTextures);
+}
+
+} // namespace zarvex::zx3D
