@@ -9,8 +9,7 @@
 using namespace zarvex;
 
 // Records one frame and hands it to bgfx. `seconds` since the start.
-void DrawFrame(zx3DQt::BGFXWindow& window, float seconds)
-{
+void DrawFrame(zx3DQt::BGFXWindow& window, float seconds) {
     zx3DQt::BGFXRenderer& renderer = window.GetRenderer();
     if (!renderer.StartFrame(window.GetFrameBuffer()))
         return; // the window has no area now
@@ -37,8 +36,7 @@ void DrawFrame(zx3DQt::BGFXWindow& window, float seconds)
     renderer.PresentCurrentAndSubmitNextFrame(false);
 }
 
-int main(int argc, char* argv[])
-{
+int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
     if (application.arguments().contains("--opengl")) // otherwise bgfx chooses

@@ -32,8 +32,10 @@ public:
     void registerFatalAbortHandler(std::function<void()> handler);
 
     void fatal(char const* filePath, std::uint16_t line, bgfx::Fatal::Enum code, char const* str) override;
-    void traceVargs(char const* filePath, std::uint16_t line, char const* format, std::va_list argList) override;
-    void profilerBegin(char const* name, std::uint32_t abgr, char const* filePath, std::uint16_t line) override;
+    void traceVargs(char const* filePath, std::uint16_t line, char const* format,
+                    std::va_list argList) override;
+    void profilerBegin(char const* name, std::uint32_t abgr, char const* filePath,
+                       std::uint16_t line) override;
     void profilerBeginLiteral(char const* name, std::uint32_t abgr, char const* filePath,
                               std::uint16_t line) override;
     void profilerEnd() override;

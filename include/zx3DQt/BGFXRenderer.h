@@ -33,8 +33,8 @@ namespace zarvex::zx3DQt {
 ///         renderer.PresentCurrentAndSubmitNextFrame(false);
 ///     }
 ///
-/// Lifetime: creates its bgfx resources with the first frame of a context and frees them with `CleanUp` or its
-/// destructor. One that outlives `Shutdown` calls bgfx no more, and starts anew with the next `Init`.
+/// Lifetime: creates its bgfx resources with the first frame of a context and frees them with `CleanUp` or
+/// its destructor. One that outlives `Shutdown` calls bgfx no more, and starts anew with the next `Init`.
 ///
 /// Thread: the GUI thread, which calls bgfx's API. Errors: none are reported, except that a missing shader
 /// program throws `std::bad_optional_access`. It is neither copied nor moved.
@@ -87,8 +87,8 @@ public:
     /// callback. With bgfx's render thread the frame appears while the next one is recorded.
     std::uint32_t PresentCurrentAndSubmitNextFrame(bool capture);
 
-    /// Hands the recorded frame to bgfx together with an empty one after it, so that the recorded one has been
-    /// rendered when the call returns. Returns the number of the second.
+    /// Hands the recorded frame to bgfx together with an empty one after it, so that the recorded one has
+    /// been rendered when the call returns. Returns the number of the second.
     std::uint32_t PresentSubmittedFrame(bool capture);
 
     /// Makes `matrix` (model to world) the current transform, which draw operations use unless they are given
@@ -96,8 +96,8 @@ public:
     ModelTransformCacheId SetModelTransform(QMatrix4x4 const& matrix);
 
     /// Draws triangles of interpolated vertex colours, without light. `indices` are taken three by three into
-    /// `vertices`, and not checked. An empty span of either draws nothing. An absent `modelTransform` means the
-    /// current one, an absent `state` `STATE_OPAQUE`. The data are copied.
+    /// `vertices`, and not checked. An empty span of either draws nothing. An absent `modelTransform` means
+    /// the current one, an absent `state` `STATE_OPAQUE`. The data are copied.
     void DrawTriangles(BGFXViewContext const& view,
                        zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const> vertices,
                        zx3D::DataSpan<std::uint16_t const> indices,

@@ -41,7 +41,8 @@ struct BGFXViewClearOptions {
 /// of the same id may have changed them. It checks nothing that it passes to bgfx.
 class ZX3DQT_EXPORT BGFXViewContext {
 public:
-    /// A view with identity matrices and an empty viewport. Contexts of the same `viewId` share one bgfx view.
+    /// A view with identity matrices and an empty viewport. Contexts of the same `viewId` share one bgfx
+    /// view.
     BGFXViewContext(std::uint16_t viewId = 127,
                     std::optional<BGFXViewClearOptions> const& clearOptions = std::nullopt,
                     std::optional<bgfx::ViewMode::Enum> viewMode = std::nullopt);
@@ -76,8 +77,7 @@ public:
     /// What `Submit` tells bgfx to clear. Empty: the view keeps the clear that it has.
     std::optional<BGFXViewClearOptions>& GetViewClearOptions() { return m_clearOptions; }
     std::optional<BGFXViewClearOptions> const& GetViewClearOptions() const { return m_clearOptions; }
-    void SetViewClearOptions(std::optional<BGFXViewClearOptions> const& clearOptions)
-    {
+    void SetViewClearOptions(std::optional<BGFXViewClearOptions> const& clearOptions) {
         m_clearOptions = clearOptions;
     }
 
@@ -108,9 +108,9 @@ public:
     QPointF TransformToViewport(bx::Vec3 const& position) const;
     QPointF TransformToViewport(QVector3D const& position) const;
 
-    /// Binds the view to the frame buffer for the frame being recorded, with the context's viewport, matrices,
-    /// mode and, if there are any, clear options. Does not touch the view: without a draw call into it, bgfx
-    /// does not process it.
+    /// Binds the view to the frame buffer for the frame being recorded, with the context's viewport,
+    /// matrices, mode and, if there are any, clear options. Does not touch the view: without a draw call into
+    /// it, bgfx does not process it.
     void Submit(zx3D::FrameBuffer const& frameBuffer) const;
 
     /// The same with another rectangle, pixels; a `QRectF` is rounded, and coordinates wrap at 16 bits.

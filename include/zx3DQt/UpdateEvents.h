@@ -16,8 +16,8 @@ namespace zarvex::zx3DQt {
 
 /// Says that the frame buffer must follow a new size.
 ///
-/// An argument of signals and slots, never posted: it lives on the sender's stack until the signal returns, so
-/// receivers must not keep its address. `clone()` gives a plain QEvent without the size.
+/// An argument of signals and slots, never posted: it lives on the sender's stack until the signal returns,
+/// so receivers must not keep its address. `clone()` gives a plain QEvent without the size.
 class ZX3DQT_EXPORT UpdateFrameBufferEvent : public QEvent {
 public:
     /// The event type of this class, registered when the library is loaded.

@@ -15,8 +15,7 @@ namespace zarvex::zx3DQt {
 
 namespace {
 
-char const* NameOf(bgfx::Fatal::Enum code)
-{
+char const* NameOf(bgfx::Fatal::Enum code) {
     switch (code) {
     case bgfx::Fatal::DebugCheck:
         return "DebugCheck";
@@ -34,22 +33,19 @@ char const* NameOf(bgfx::Fatal::Enum code)
 
 /// The formatted text, cut to 4095 characters. bgfx's own formatter, since its trace text may use bx's
 /// extensions of the printf formats.
-QString Format(char const* format, std::va_list argList)
-{
+QString Format(char const* format, std::va_list argList) {
     std::array<char, 4096> buffer;
     bx::vsnprintf(buffer.data(), static_cast<std::int32_t>(buffer.size()), format, argList);
     return QString::fromUtf8(buffer.data());
 }
 
-void StripLineEnds(QString& text)
-{
+void StripLineEnds(QString& text) {
     while (text.endsWith(u'\n') || text.endsWith(u'\r'))
         text.chop(1);
 }
 
 template<typename... Pieces>
-void LogWarning(Pieces const&... pieces)
-{
+void LogWarning(Pieces const&... pieces) {
     if (BgfxLog().isWarningEnabled())
         (LoggerOf(BgfxLog()).warning() << ... << pieces);
 }
@@ -61,14 +57,12 @@ BGFXDefaultCallback::BGFXDefaultCallback(BGFXDefaultCallback const&) = default;
 BGFXDefaultCallback& BGFXDefaultCallback::operator=(BGFXDefaultCallback const&) = default;
 BGFXDefaultCallback::~BGFXDefaultCallback() = default;
 
-void BGFXDefaultCallback::registerFatalAbortHandler(std::function<void()> handler)
-{
+void BGFXDefaultCallback::registerFatalAbortHandler(std::function<void()> handler) {
     m_fatalAbortHandler = std::move(handler);
 }
 
 void BGFXDefaultCallback::fatal(char const* filePath, std::uint16_t line, bgfx::Fatal::Enum code,
-                                char const* str)
-{
+                                char const* str) {
     QString const message = QString("BGFX encountered a fatal error at %1:%2 [error:%3]: %4")
                                 .arg(filePath)
                                 .arg(line)
@@ -85,8 +79,7 @@ void BGFXDefaultCallback::fatal(char const* filePath, std::uint16_t line, bgfx::
 }
 
 void BGFXDefaultCallback::traceVargs(char const* filePath, std::uint16_t line, char const* format,
-                                     std::va_list argList)
-{
+                                     std::va_list argList) {
     QString text = Format(format, argList);
     if (text == "BGFX ") // the prefix of bgfx's lines, which it sends by itself
         return;
@@ -104,39 +97,33 @@ void BGFXDefaultCallback::profilerBeginLiteral(char const*, std::uint32_t, char 
 
 void BGFXDefaultCallback::profilerEnd() {}
 
-std::uint32_t BGFXDefaultCallback::cacheReadSize(std::uint64_t)
-{
+std::uint32_t BGFXDefaultCallback::cacheReadSize(std::uint64_t) {
     return 0;
 }
 
-bool BGFXDefaultCallback::cacheRead(std::uint64_t, void*, std::uint32_t)
-{
+bool BGFXDefaultCallback::cacheRead(std::uint64_t, void*, std::uint32_t) {
     return false;
 }
 
 void BGFXDefaultCallback::cacheWrite(std::uint64_t, void const*, std::uint32_t) {}
 
 void BGFXDefaultCallback::screenShot(char const* filePath, std::uint32_t width, std::uint32_t height,
-                                     std::uint32_t pitch, void const*, std::uint32_t, bool yflip)
-{
+                                     std::uint32_t pitch, void const*, std::uint32_t, bool yflip) {
     LogWarning("Screenshot captured (not implemented):", filePath, "Width:", width, "Height", height,
                "Pitch:", pitch, "Y-flip:", yflip);
 }
 
 void BGFXDefaultCallback::captureBegin(std::uint32_t width, std::uint32_t height, std::uint32_t pitch,
-                                       bgfx::TextureFormat::Enum format, bool yflip)
-{
+                                       bgfx::TextureFormat::Enum format, bool yflip) {
     LogWarning("Video capture begin (not implemented):", "Width:", width, "Height", height, "Pitch:", pitch,
                "Format:", static_cast<int>(format), "Y-flip:", yflip);
 }
 
-void BGFXDefaultCallback::captureEnd()
-{
+void BGFXDefaultCallback::captureEnd() {
     LogWarning("Video capture end (not implemented)");
 }
 
-void BGFXDefaultCallback::captureFrame(void const*, std::uint32_t size)
-{
+void BGFXDefaultCallback::captureFrame(void const*, std::uint32_t size) {
     LogWarning("Frame captured (not implemented):", " size: ", size, " bytes ");
 }
 

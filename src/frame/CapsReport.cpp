@@ -46,8 +46,7 @@ constexpr LimitEntry kLimits[] = {
     {"transientIbSize", "Transient Ib Size: ", &Limits::transientIbSize},
 };
 
-char const* RendererName(bgfx::RendererType::Enum type)
-{
+char const* RendererName(bgfx::RendererType::Enum type) {
     switch (type) {
     case bgfx::RendererType::Noop:
         return "No Rendering";
@@ -74,8 +73,7 @@ char const* RendererName(bgfx::RendererType::Enum type)
     }
 }
 
-char const* VendorName(std::uint16_t vendorId)
-{
+char const* VendorName(std::uint16_t vendorId) {
     switch (vendorId) {
     case BGFX_PCI_ID_NONE:
         return "None (Autoselect)";
@@ -98,33 +96,27 @@ char const* VendorName(std::uint16_t vendorId)
     }
 }
 
-QString Hex(std::uint64_t value)
-{
+QString Hex(std::uint64_t value) {
     return QString::number(value, 16);
 }
 
-char const* TrueOrFalse(bool value)
-{
+char const* TrueOrFalse(bool value) {
     return value ? "true" : "false";
 }
 
-int GpuCount(bgfx::Caps const& caps)
-{
+int GpuCount(bgfx::Caps const& caps) {
     return std::min<int>(caps.numGPUs, static_cast<int>(std::size(caps.gpu)));
 }
 
-bool IsActive(bgfx::Caps const& caps, bgfx::Caps::GPU const& gpu)
-{
+bool IsActive(bgfx::Caps const& caps, bgfx::Caps::GPU const& gpu) {
     return gpu.vendorId == caps.vendorId && gpu.deviceId == caps.deviceId;
 }
 
-QJsonObject GpuToJson(std::uint16_t vendorId, std::uint16_t deviceId)
-{
+QJsonObject GpuToJson(std::uint16_t vendorId, std::uint16_t deviceId) {
     return {{"vendorId", Hex(vendorId)}, {"vendorName", VendorName(vendorId)}, {"deviceId", Hex(deviceId)}};
 }
 
-QJsonArray GpusToJson(bgfx::Caps const& caps)
-{
+QJsonArray GpusToJson(bgfx::Caps const& caps) {
     QJsonArray gpus;
     for (int i = 0; i < GpuCount(caps); ++i) {
         QJsonObject gpu = GpuToJson(caps.gpu[i].vendorId, caps.gpu[i].deviceId);
@@ -134,16 +126,14 @@ QJsonArray GpusToJson(bgfx::Caps const& caps)
     return gpus;
 }
 
-QJsonObject LimitsToJson(Limits const& limits)
-{
+QJsonObject LimitsToJson(Limits const& limits) {
     QJsonObject object;
     for (LimitEntry const& entry : kLimits)
         object.insert(entry.key, static_cast<std::int32_t>(limits.*entry.value));
     return object;
 }
 
-QJsonObject FormatsToJson(bgfx::Caps const& caps)
-{
+QJsonObject FormatsToJson(bgfx::Caps const& caps) {
     QJsonObject formats;
     for (int i = 0; i < bgfx::TextureFormat::Count; ++i) {
         if (caps.formats[i] != 0)
@@ -152,8 +142,7 @@ QJsonObject FormatsToJson(bgfx::Caps const& caps)
     return formats;
 }
 
-void WriteGpus(QTextStream& stream, bgfx::Caps const& caps)
-{
+void WriteGpus(QTextStream& stream, bgfx::Caps const& caps) {
     stream << "Available GPUs:\n";
     for (int i = 0; i < GpuCount(caps); ++i) {
         bgfx::Caps::GPU const& gpu = caps.gpu[i];
@@ -163,15 +152,13 @@ void WriteGpus(QTextStream& stream, bgfx::Caps const& caps)
     }
 }
 
-void WriteLimits(QTextStream& stream, Limits const& limits)
-{
+void WriteLimits(QTextStream& stream, Limits const& limits) {
     stream << "Limits:\n";
     for (LimitEntry const& entry : kLimits)
         stream << "  " << entry.label << limits.*entry.value << "\n";
 }
 
-void WriteFormats(QTextStream& stream, bgfx::Caps const& caps)
-{
+void WriteFormats(QTextStream& stream, bgfx::Caps const& caps) {
     stream << "Texture Format Support:\n";
     for (int i = 0; i < bgfx::TextureFormat::Count; ++i) {
         if (caps.formats[i] != 0)
@@ -181,8 +168,7 @@ void WriteFormats(QTextStream& stream, bgfx::Caps const& caps)
 
 } // namespace
 
-QJsonObject ToJson(bgfx::Caps const& caps)
-{
+QJsonObject ToJson(bgfx::Caps const& caps) {
     QJsonObject object;
     object.insert("rendererType", static_cast<int>(caps.rendererType));
     object.insert("rendererTypeName", RendererName(caps.rendererType));
@@ -197,8 +183,7 @@ QJsonObject ToJson(bgfx::Caps const& caps)
     return object;
 }
 
-QString ToString(bgfx::Caps const& caps)
-{
+QString ToString(bgfx::Caps const& caps) {
     QString text;
     QTextStream stream(&text, QIODevice::ReadWrite);
     stream << "Renderer Type: " << RendererName(caps.rendererType) << " ("

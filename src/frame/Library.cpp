@@ -26,16 +26,14 @@ struct LibraryState {
 
 constinit std::mutex lifecycleMutex;
 
-LibraryState& GetState()
-{
+LibraryState& GetState() {
     // Never destroyed: an application that ends without `Shutdown` leaves bgfx's render thread running, which
     // may call the callback to the last moment.
     static LibraryState& state = *new LibraryState;
     return state;
 }
 
-void CreateBackBufferWidget(std::unique_ptr<QWidget>& widget)
-{
+void CreateBackBufferWidget(std::unique_ptr<QWidget>& widget) {
     widget.reset(new QWidget(nullptr, {}));
     QSizePolicy policy = widget->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
@@ -44,8 +42,7 @@ void CreateBackBufferWidget(std::unique_ptr<QWidget>& widget)
     widget->hide();
 }
 
-zx3D::ContextOptions CreateContextOptions(LibraryState const& state, bool verticalSync)
-{
+zx3D::ContextOptions CreateContextOptions(LibraryState const& state, bool verticalSync) {
     auto const height = static_cast<std::uint32_t>(state.backBufferWidget->height());
     auto const width = static_cast<std::uint32_t>(state.backBufferWidget->width());
     auto* const window = reinterpret_cast<void*>(state.backBufferWidget->winId());
@@ -55,8 +52,7 @@ zx3D::ContextOptions CreateContextOptions(LibraryState const& state, bool vertic
 
 } // namespace
 
-bool Init(bool verticalSync, std::unique_ptr<bgfx::CallbackI> callback)
-{
+bool Init(bool verticalSync, std::unique_ptr<bgfx::CallbackI> callback) {
     std::lock_guard const lock(lifecycleMutex);
     LibraryState& state = GetState();
     if (state.backBufferWidget)
@@ -66,8 +62,7 @@ bool Init(bool verticalSync, std::unique_ptr<bgfx::CallbackI> callback)
     return zx3D::Context::Initialize(CreateContextOptions(state, verticalSync));
 }
 
-void Shutdown()
-{
+void Shutdown() {
     std::lock_guard const lock(lifecycleMutex);
     // bgfx uses the window and the callback until it has stopped.
     zx3D::Context::Shutdown();
@@ -75,8 +70,7 @@ void Shutdown()
     GetState().callback.reset();
 }
 
-void ClearBackBufferWidget(QColor const& color)
-{
+void ClearBackBufferWidget(QColor const& color) {
     constexpr bgfx::ViewId view = 0;
     std::lock_guard const lock(lifecycleMutex);
     bgfx::setViewFrameBuffer(view, BGFX_INVALID_HANDLE);
@@ -84,13 +78,11 @@ void ClearBackBufferWidget(QColor const& color)
     bgfx::touch(view);
 }
 
-QWidget* GetBackBufferWidget()
-{
+QWidget* GetBackBufferWidget() {
     return GetState().backBufferWidget.get();
 }
 
-zx3D::ContextOptions const& GetZx3DContextOptions()
-{
+zx3D::ContextOptions const& GetZx3DContextOptions() {
     return zx3D::Context::GetOptions();
 }
 

@@ -3,14 +3,12 @@
 
 namespace zarvex::zx3DQt {
 
-QLoggingCategory const& LibraryLog()
-{
+QLoggingCategory const& LibraryLog() {
     static QLoggingCategory const category("zarvex.zx3dqt", QtDebugMsg);
     return category;
 }
 
-QLoggingCategory const& BgfxLog()
-{
+QLoggingCategory const& BgfxLog() {
     static QLoggingCategory const category("zarvex.bgfx", QtDebugMsg);
     return category;
 }

@@ -14,16 +14,14 @@ QLoggingCategory const& LibraryLog();
 QLoggingCategory const& BgfxLog();
 
 /// A logger of the category without source file, line and function.
-inline QMessageLogger LoggerOf(QLoggingCategory const& category)
-{
+inline QMessageLogger LoggerOf(QLoggingCategory const& category) {
     return {nullptr, 0, nullptr, category.categoryName()};
 }
 
 /// Streams the pieces one by one into a debug message of the library, with Qt's default blanks between them.
 /// Builds nothing when the level is disabled.
 template<typename... Pieces>
-void LogDebug(Pieces const&... pieces)
-{
+void LogDebug(Pieces const&... pieces) {
     if (LibraryLog().isDebugEnabled())
         (LoggerOf(LibraryLog()).debug() << ... << pieces);
 }

@@ -5,8 +5,7 @@
 
 namespace zarvex::zx3DQt {
 
-bool BGFXRenderer::StartFrame(zx3D::FrameBuffer& frameBuffer)
-{
+bool BGFXRenderer::StartFrame(zx3D::FrameBuffer& frameBuffer) {
     std::uint16_t const width = frameBuffer.GetWidth();
     std::uint16_t const height = frameBuffer.GetHeight();
     if (width == 0 || height == 0) {
@@ -22,16 +21,14 @@ bool BGFXRenderer::StartFrame(zx3D::FrameBuffer& frameBuffer)
     return true;
 }
 
-std::uint32_t BGFXRenderer::PresentCurrentAndSubmitNextFrame(bool capture)
-{
+std::uint32_t BGFXRenderer::PresentCurrentAndSubmitNextFrame(bool capture) {
     std::uint32_t const frame = bgfx::frame(capture);
     LogDebug("--- [1] Presenting current frame [", frame, "] ---");
     LogDebug("--- [2] Submitting next    frame [", frame + 1, "] ---");
     return frame;
 }
 
-std::uint32_t BGFXRenderer::PresentSubmittedFrame(bool capture)
-{
+std::uint32_t BGFXRenderer::PresentSubmittedFrame(bool capture) {
     // bgfx runs up to one frame behind: the second call waits for the recorded frame.
     LogDebug("--- [1] Presenting discarded frame [count:", bgfx::frame(capture), "] ---");
     std::uint32_t const frame = bgfx::frame(capture);
@@ -39,16 +36,14 @@ std::uint32_t BGFXRenderer::PresentSubmittedFrame(bool capture)
     return frame;
 }
 
-ModelTransformCacheId BGFXRenderer::SetModelTransform(QMatrix4x4 const& matrix)
-{
+ModelTransformCacheId BGFXRenderer::SetModelTransform(QMatrix4x4 const& matrix) {
     std::uint32_t const id = bgfx::setTransform(matrix.constData(), 1);
     m_modelTransformId = id;
     m_modelTransforms.insert_or_assign(id, matrix);
     return ModelTransformCacheId{id};
 }
 
-void BGFXRenderer::SetTransform(std::optional<ModelTransformCacheId> modelTransform) const
-{
+void BGFXRenderer::SetTransform(std::optional<ModelTransformCacheId> modelTransform) const {
     bgfx::setTransform(modelTransform ? std::uint32_t{*modelTransform} : m_modelTransformId, 1);
 }
 

@@ -9,13 +9,11 @@ namespace zarvex::zx3DQt {
 
 namespace {
 
-bgfx::UniformHandle CreateVec4Uniform(char const* name)
-{
+bgfx::UniformHandle CreateVec4Uniform(char const* name) {
     return bgfx::createUniform(name, bgfx::UniformType::Vec4, 1);
 }
 
-void DestroyUniform(bgfx::UniformHandle& uniform)
-{
+void DestroyUniform(bgfx::UniformHandle& uniform) {
     if (bgfx::isValid(uniform))
         bgfx::destroy(uniform);
     uniform = BGFX_INVALID_HANDLE;
@@ -23,19 +21,16 @@ void DestroyUniform(bgfx::UniformHandle& uniform)
 
 } // namespace
 
-BGFXRenderer::BGFXRenderer(QObject* parent) : QObject(parent)
-{
+BGFXRenderer::BGFXRenderer(QObject* parent) : QObject(parent) {
     LogDebug("Creating BGFXRenderer [this: ", static_cast<void const*>(this), "]");
 }
 
-BGFXRenderer::~BGFXRenderer()
-{
+BGFXRenderer::~BGFXRenderer() {
     LogDebug("Destroying BGFXRenderer [this: ", static_cast<void const*>(this), "]");
     CleanUp();
 }
 
-void BGFXRenderer::Initialize()
-{
+void BGFXRenderer::Initialize() {
     if (IsInitialized())
         return;
     m_initialized = false; // what an earlier context created went with it
@@ -47,8 +42,7 @@ void BGFXRenderer::Initialize()
     m_initialized = true;
 }
 
-void BGFXRenderer::CleanUp()
-{
+void BGFXRenderer::CleanUp() {
     if (!IsInitialized())
         return;
     LogDebug("Destroying BGFXRenderer bgfx resources [this: ", static_cast<void const*>(this), "]");
@@ -63,8 +57,7 @@ void BGFXRenderer::CleanUp()
     m_initialized = false;
 }
 
-void BGFXRenderer::InitUniforms()
-{
+void BGFXRenderer::InitUniforms() {
     if (m_initialized)
         return;
     LogDebug("Init bgfx uniforms [this: ", static_cast<void const*>(this), "]");
@@ -77,16 +70,14 @@ void BGFXRenderer::InitUniforms()
     m_depthOffsetBiasUniform = CreateVec4Uniform("u_depthOffsetBias");
 }
 
-void BGFXRenderer::InitTextureSamplers()
-{
+void BGFXRenderer::InitTextureSamplers() {
     if (m_initialized)
         return;
     LogDebug("Init bgfx texture samplers [this: ", static_cast<void const*>(this), "]");
     m_fullscreenTextureSampler = bgfx::createUniform("s_fullscreen_texture", bgfx::UniformType::Sampler, 1);
 }
 
-void BGFXRenderer::InitPrograms()
-{
+void BGFXRenderer::InitPrograms() {
     if (m_initialized)
         return;
     LogDebug("Init BGFXRenderer bgfx programs [this: ", static_cast<void const*>(this), "]");

@@ -12,23 +12,21 @@ namespace zarvex::zx3DQt {
 BGFXViewContext::BGFXViewContext(std::uint16_t viewId,
                                  std::optional<BGFXViewClearOptions> const& clearOptions,
                                  std::optional<bgfx::ViewMode::Enum> viewMode)
-    : m_viewId(viewId), m_viewMode(viewMode.value_or(bgfx::ViewMode::Default)), m_clearOptions(clearOptions)
-{}
+    : m_viewId(viewId),
+      m_viewMode(viewMode.value_or(bgfx::ViewMode::Default)),
+      m_clearOptions(clearOptions) {}
 
-void BGFXViewContext::SetViewMatrix(QQuaternion const& rotation)
-{
+void BGFXViewContext::SetViewMatrix(QQuaternion const& rotation) {
     m_viewMatrix = QMatrix4x4();
     m_viewMatrix.rotate(rotation);
 }
 
-void BGFXViewContext::SetToIdentity()
-{
+void BGFXViewContext::SetToIdentity() {
     m_viewMatrix.setToIdentity();
     m_projectionMatrix.setToIdentity();
 }
 
-QMatrix4x4 BGFXViewContext::ComputeOrthoProjection(QRectF const& rect, float near, float far, float offset)
-{
+QMatrix4x4 BGFXViewContext::ComputeOrthoProjection(QRectF const& rect, float near, float far, float offset) {
     // Qt's bottom is the larger y; taken as the projection's bottom it turns the y axis up.
     QMatrix4x4 projection;
     bx::mtxOrtho(projection.data(), static_cast<float>(rect.left()), static_cast<float>(rect.right()),
@@ -37,33 +35,27 @@ QMatrix4x4 BGFXViewContext::ComputeOrthoProjection(QRectF const& rect, float nea
     return projection;
 }
 
-void BGFXViewContext::SetOrthoProjectionFromRect(QRectF const& rect, float near, float far, float offset)
-{
+void BGFXViewContext::SetOrthoProjectionFromRect(QRectF const& rect, float near, float far, float offset) {
     m_projectionMatrix = ComputeOrthoProjection(rect, near, far, offset);
 }
 
-void BGFXViewContext::SetOrthoProjectionFromViewport(float near, float far, float offset)
-{
+void BGFXViewContext::SetOrthoProjectionFromViewport(float near, float far, float offset) {
     m_projectionMatrix = ComputeOrthoProjection(QRectF(m_viewport), near, far, offset);
 }
 
-QVector3D BGFXViewContext::ComputeViewPosition(QMatrix4x4 const& viewMatrix)
-{
+QVector3D BGFXViewContext::ComputeViewPosition(QMatrix4x4 const& viewMatrix) {
     return viewMatrix.inverted().column(3).toVector3D();
 }
 
-QVector3D BGFXViewContext::ComputeViewPosition() const
-{
+QVector3D BGFXViewContext::ComputeViewPosition() const {
     return ComputeViewPosition(m_viewMatrix);
 }
 
-double BGFXViewContext::ComputeViewportAspectRatio() const
-{
+double BGFXViewContext::ComputeViewportAspectRatio() const {
     return static_cast<double>(std::max(m_viewport.width(), 1)) / std::max(m_viewport.height(), 1);
 }
 
-QVector4D BGFXViewContext::TransformToNDC(bx::Vec3 const& position) const
-{
+QVector4D BGFXViewContext::TransformToNDC(bx::Vec3 const& position) const {
     QMatrix4x4 const worldToClip = m_projectionMatrix * m_viewMatrix;
     QVector4D const clip = worldToClip * QVector4D(position.x, position.y, position.z, 1.0f);
     // By component: Qt's own division asserts that w is not 0.
@@ -71,44 +63,39 @@ QVector4D BGFXViewContext::TransformToNDC(bx::Vec3 const& position) const
     return {clip.x() / w, clip.y() / w, clip.z() / w, w / w};
 }
 
-QPointF BGFXViewContext::TransformFromNDCToViewPort(QPointF const& ndc) const
-{
+QPointF BGFXViewContext::TransformFromNDCToViewPort(QPointF const& ndc) const {
     return {m_viewport.x() + m_viewport.width() * (ndc.x() + 1.0) * 0.5,
             m_viewport.y() + m_viewport.height() * (1.0 - ndc.y()) * 0.5};
 }
 
-QPointF BGFXViewContext::TransformToViewport(bx::Vec3 const& position) const
-{
+QPointF BGFXViewContext::TransformToViewport(bx::Vec3 const& position) const {
     QVector4D const ndc = TransformToNDC(position);
     return TransformFromNDCToViewPort(QPointF(ndc.x(), ndc.y()));
 }
 
-QPointF BGFXViewContext::TransformToViewport(QVector3D const& position) const
-{
+QPointF BGFXViewContext::TransformToViewport(QVector3D const& position) const {
     return TransformToViewport(bx::Vec3(position.x(), position.y(), position.z()));
 }
 
-void BGFXViewContext::Submit(zx3D::FrameBuffer const& frameBuffer) const
-{
+void BGFXViewContext::Submit(zx3D::FrameBuffer const& frameBuffer) const {
     Submit(frameBuffer, m_viewport);
 }
 
-void BGFXViewContext::Submit(zx3D::FrameBuffer const& frameBuffer, QRectF const& viewRect) const
-{
+void BGFXViewContext::Submit(zx3D::FrameBuffer const& frameBuffer, QRectF const& viewRect) const {
     Submit(frameBuffer, viewRect.toRect());
 }
 
-void BGFXViewContext::Submit(zx3D::FrameBuffer const& frameBuffer, QRect const& viewRect) const
-{
+void BGFXViewContext::Submit(zx3D::FrameBuffer const& frameBuffer, QRect const& viewRect) const {
     LogDebug("Submitting view context [this: ", static_cast<void const*>(this), "] ", "[viewId: ", m_viewId,
-             "] ", "[viewMode: ", static_cast<int>(m_viewMode), "] ", "[framebuffer: (w:",
-             frameBuffer.GetWidth(), ",h:", frameBuffer.GetHeight(), "), handle: ", frameBuffer.GetHandle().idx,
-             "] ", "[viewRect: (w:", viewRect.width(), ",h:", viewRect.height(), ")]");
+             "] ", "[viewMode: ", static_cast<int>(m_viewMode), "] ",
+             "[framebuffer: (w:", frameBuffer.GetWidth(), ",h:", frameBuffer.GetHeight(),
+             "), handle: ", frameBuffer.GetHandle().idx, "] ", "[viewRect: (w:", viewRect.width(),
+             ",h:", viewRect.height(), ")]");
     bgfx::setViewMode(m_viewId, m_viewMode);
     bgfx::setViewFrameBuffer(m_viewId, frameBuffer.GetHandle());
-    bgfx::setViewRect(m_viewId, static_cast<std::uint16_t>(viewRect.left()),
-                      static_cast<std::uint16_t>(viewRect.top()), static_cast<std::uint16_t>(viewRect.width()),
-                      static_cast<std::uint16_t>(viewRect.height()));
+    bgfx::setViewRect(
+        m_viewId, static_cast<std::uint16_t>(viewRect.left()), static_cast<std::uint16_t>(viewRect.top()),
+        static_cast<std::uint16_t>(viewRect.width()), static_cast<std::uint16_t>(viewRect.height()));
     bgfx::setViewTransform(m_viewId, m_viewMatrix.constData(), m_projectionMatrix.constData());
     if (m_clearOptions) {
         bgfx::setViewClear(m_viewId, m_clearOptions->flags, m_clearOptions->rgba, m_clearOptions->depth,

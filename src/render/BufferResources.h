@@ -9,8 +9,8 @@
 
 namespace zarvex::zx3DQt {
 
-/// A pair of index and vertex buffer with the data behind them; `IndexBuffer` and `VertexBuffer` are bgfx handle
-/// types.
+/// A pair of index and vertex buffer with the data behind them; `IndexBuffer` and `VertexBuffer` are bgfx
+/// handle types.
 ///
 /// Owns the handles: the destructor destroys the index buffer, then the vertex buffer, each if it was created
 /// and if its context still runs. It is not copied, so keep it in a `std::any` behind a shared pointer.
@@ -18,8 +18,7 @@ template<typename IndexBuffer, typename VertexBuffer, typename V, typename I>
 class BufferResource {
 public:
     BufferResource() = default;
-    ~BufferResource()
-    {
+    ~BufferResource() {
         if (!m_run.IsCurrent())
             return;
         if (bgfx::isValid(indexBuffer))

@@ -9,8 +9,7 @@ void BGFXRenderer::DrawTriangles(BGFXViewContext const& view,
                                  zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const> vertices,
                                  zx3D::DataSpan<std::uint16_t const> indices,
                                  std::optional<ModelTransformCacheId> modelTransform,
-                                 std::optional<BGFXRenderState> state) const
-{
+                                 std::optional<BGFXRenderState> state) const {
     if (vertices.IsEmpty() || indices.IsEmpty())
         return;
     static bgfx::VertexLayout const* const layout = &zx3D::Vertex::Pos3fColorRGBA::Layout();

@@ -12,27 +12,25 @@ namespace {
 constexpr bgfx::TextureFormat::Enum kColorFormat = bgfx::TextureFormat::BGRA8;
 constexpr bgfx::TextureFormat::Enum kDepthFormat = bgfx::TextureFormat::D16;
 
-void const* AddressOf(BGFXWindow const* window)
-{
+void const* AddressOf(BGFXWindow const* window) {
     return window;
 }
 
 } // namespace
 
 BGFXWindow::BGFXWindow(QWindow* parent)
-    : QWindow(parent), m_renderer(nullptr), m_frameBuffer(nullptr, kColorFormat, kDepthFormat)
-{
+    : QWindow(parent),
+      m_renderer(nullptr),
+      m_frameBuffer(nullptr, kColorFormat, kDepthFormat) {
     LogDebug("Creating BGFXWindow [this: ", AddressOf(this), "]");
     setObjectName("BGFXWindow");
 }
 
-BGFXWindow::~BGFXWindow()
-{
+BGFXWindow::~BGFXWindow() {
     LogDebug("Destroying BGFXWindow [this: ", AddressOf(this), "]");
 }
 
-bool BGFXWindow::event(QEvent* event)
-{
+bool BGFXWindow::event(QEvent* event) {
     LogHandler("QEvent", event);
     switch (event->type()) {
     case QEvent::MouseButtonPress:
@@ -66,16 +64,14 @@ bool BGFXWindow::event(QEvent* event)
     return QWindow::event(event);
 }
 
-void BGFXWindow::exposeEvent(QExposeEvent* event)
-{
+void BGFXWindow::exposeEvent(QExposeEvent* event) {
     LogHandler("QExposeEvent", event);
     LogGeometry("BGFXWindow ");
     QWindow::exposeEvent(event);
     UpdateFrameBufferSize();
 }
 
-void BGFXWindow::resizeEvent(QResizeEvent* event)
-{
+void BGFXWindow::resizeEvent(QResizeEvent* event) {
     LogHandler("QResizeEvent", event);
     QWindow::resizeEvent(event);
     LogGeometry("Resizing BGFXWindow ");
@@ -83,19 +79,16 @@ void BGFXWindow::resizeEvent(QResizeEvent* event)
     LogGeometry("Resized BGFXWindow ");
 }
 
-bool BGFXWindow::nativeEvent(QByteArray const& eventType, void* message, qintptr* result)
-{
+bool BGFXWindow::nativeEvent(QByteArray const& eventType, void* message, qintptr* result) {
     return QWindow::nativeEvent(eventType, message, result);
 }
 
-void BGFXWindow::updateFrameBufferEvent(UpdateFrameBufferEvent* event)
-{
+void BGFXWindow::updateFrameBufferEvent(UpdateFrameBufferEvent* event) {
     LogHandler("UpdateFrameBufferEvent", event);
     UpdateFrameBufferSize();
 }
 
-void BGFXWindow::updateViewPortEvent(UpdateViewportEvent* event)
-{
+void BGFXWindow::updateViewPortEvent(UpdateViewportEvent* event) {
     LogHandler("UpdateViewportEvent", event);
     QRect const bounds = event->maybeRegion().value().boundingRect();
     qreal const ratio = devicePixelRatio();
@@ -103,8 +96,7 @@ void BGFXWindow::updateViewPortEvent(UpdateViewportEvent* event)
                        QSize(qRound(bounds.width() * ratio), qRound(bounds.height() * ratio)));
 }
 
-void BGFXWindow::InitializeFrameBufferOnce()
-{
+void BGFXWindow::InitializeFrameBufferOnce() {
     if (m_initialized)
         return;
     LogDebug("Initializing framebuffer [this:", static_cast<QWindow const*>(this), "]");
@@ -115,13 +107,12 @@ void BGFXWindow::InitializeFrameBufferOnce()
     m_initialized = true;
 }
 
-void BGFXWindow::UpdateFrameBufferSize()
-{
+void BGFXWindow::UpdateFrameBufferSize() {
     auto const* const window = static_cast<QWindow const*>(this);
     std::uint16_t const handle = m_frameBuffer.GetHandle().idx;
     if (!m_initialized) {
-        LogDebug("Skipping early framebuffer update (not initialized yet) [this:", window, "]", "[handle: ",
-                 handle, "]");
+        LogDebug("Skipping early framebuffer update (not initialized yet) [this:", window, "]",
+                 "[handle: ", handle, "]");
         return;
     }
     if (size().width() == 0 || size().height() == 0)
@@ -133,14 +124,12 @@ void BGFXWindow::UpdateFrameBufferSize()
                                 static_cast<std::uint16_t>(m_viewport.height()));
 }
 
-void BGFXWindow::LogHandler(char const* eventClass, QEvent const* event) const
-{
-    LogDebug("BGFXWindow", "::", eventClass, "[this:", AddressOf(this), "]", "[objectName:", objectName(), "]",
-             "[event: ", event, "]");
+void BGFXWindow::LogHandler(char const* eventClass, QEvent const* event) const {
+    LogDebug("BGFXWindow", "::", eventClass, "[this:", AddressOf(this), "]", "[objectName:", objectName(),
+             "]", "[event: ", event, "]");
 }
 
-void BGFXWindow::LogGeometry(char const* prefix) const
-{
+void BGFXWindow::LogGeometry(char const* prefix) const {
     LogDebug(prefix, "[size:", size(), "]", "[geometry:", geometry(), "]", "[frameGeometry:", frameGeometry(),
              "]", "[pixelRatio: ", devicePixelRatio(), "]");
 }

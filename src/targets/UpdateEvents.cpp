@@ -14,8 +14,7 @@ UpdateFrameBufferEvent::UpdateFrameBufferEvent() : QEvent(EventType) {}
 
 UpdateFrameBufferEvent::UpdateFrameBufferEvent(QSize const& size) : QEvent(EventType), m_size(size) {}
 
-UpdateFrameBufferEvent::UpdateFrameBufferEvent(QResizeEvent* event) : QEvent(EventType)
-{
+UpdateFrameBufferEvent::UpdateFrameBufferEvent(QResizeEvent* event) : QEvent(EventType) {
     if (event != nullptr)
         m_size = event->size();
 }
@@ -28,8 +27,7 @@ UpdateViewportEvent::UpdateViewportEvent() : QEvent(EventType) {}
 
 UpdateViewportEvent::UpdateViewportEvent(QRegion const& region) : QEvent(EventType), m_region(region) {}
 
-UpdateViewportEvent::UpdateViewportEvent(QPaintEvent* event) : QEvent(EventType)
-{
+UpdateViewportEvent::UpdateViewportEvent(QPaintEvent* event) : QEvent(EventType) {
     if (event != nullptr)
         m_region = event->region();
 }

@@ -112,7 +112,8 @@ private:
 
 } // namespace
 
-std::variant<CompileRequest, HelpRequest, UsageError> ParseCommandLine(std::span<char const* const> arguments) {
+std::variant<CompileRequest, HelpRequest, UsageError>
+ParseCommandLine(std::span<char const* const> arguments) {
     return CommandLineParser(arguments).Run();
 }
 
@@ -132,7 +133,8 @@ Options:
   --help            show this text
 
 Shaders are written without #version, with layout(location = n) on every input and output, and with
-uniforms of the types vec4, mat3, mat4 and vec4[n]. VULKAN is defined when compiling for Vulkan.
+uniforms of the types vec4, mat3, mat4 and vec4[n]. Samplers have layout(binding = n), n being the
+texture stage, and are used in texture functions only. VULKAN is defined when compiling for Vulkan.
 
 Exit status: 0 done, 1 the shader is wrong or a file cannot be read or written, 2 wrong usage.
 Nothing is written unless the status is 0.

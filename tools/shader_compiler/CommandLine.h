@@ -24,7 +24,8 @@ struct CompileRequest {
     std::filesystem::path depfile;
 };
 
-std::variant<CompileRequest, HelpRequest, UsageError> ParseCommandLine(std::span<char const* const> arguments);
+std::variant<CompileRequest, HelpRequest, UsageError>
+ParseCommandLine(std::span<char const* const> arguments);
 
 std::string_view HelpText();
 

@@ -11,12 +11,14 @@ namespace zarvex::zx3D::ShaderCompiler {
 namespace {
 
 void AddMessage(std::string const& line, SourceText const& source, Diagnostics& diagnostics) {
-    // "ERROR: 0:12: 'x' : undeclared identifier", or without a place when the message is about the whole shader.
-    static std::regex const message(R"(^(ERROR|WARNING): (?:\d+:(\d+): )?(.*)$)");
-    static std::regex const summary(R"(\d+ compilation errors?\..*)");
+    // "ERROR: 0:12: 'x' : undeclared identifier", or without a place when the message is about the whole
+    // shader, and with an empty name when it is about no name.
+    static std::regex const message(R"(^(ERROR|WARNING): (?:\d+:(\d+): )?(?:'' : *)?(.*?) *$)");
+    static std::regex const summary(R"(\d+ compilation errors?\..*|compilation terminated)");
 
     std::smatch match;
-    if (!std::regex_match(line, match, message) || std::regex_match(match[3].first, match[3].second, summary)) {
+    if (!std::regex_match(line, match, message) ||
+        std::regex_match(match[3].first, match[3].second, summary)) {
         return;
     }
     auto location = source.LocationOfLine(match[2].matched ? std::stoi(match[2]) : 1);

@@ -20,8 +20,8 @@ public:
 
 EShLanguage ToGlslangStage(ShaderStage stage);
 
-/// Parses the text and links it as a program of one stage. Whatever glslang has to say goes to the diagnostics,
-/// at the authored lines; the result is whether there was no error.
+/// Parses the text and links it as a program of one stage. Whatever glslang has to say goes to the
+/// diagnostics, at the authored lines; the result is whether there was no error.
 bool ParseAndLink(glslang::TShader& shader, glslang::TProgram& program, SourceText const& source, int version,
                   EShMessages messages, Diagnostics& diagnostics);
 

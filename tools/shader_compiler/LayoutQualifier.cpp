@@ -3,10 +3,23 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace zarvex::zx3D::ShaderCompiler {
 
 namespace {
+
+/// The index of the token that closes the bracket opened at `open`.
+std::optional<std::size_t> FindClosingBracket(std::span<Token const> tokens, std::size_t open) {
+    int depth = 0;
+    for (auto index = open; index < tokens.size(); ++index) {
+        depth += tokens[index].text == "(" ? 1 : tokens[index].text == ")" ? -1 : 0;
+        if (depth == 0) {
+            return index;
+        }
+    }
+    return std::nullopt;
+}
 
 std::string_view FindStorage(std::span<Token const> tokens, std::size_t begin) {
     static constexpr std::array<std::string_view, 4> kStorageWords = {"in", "out", "uniform", "buffer"};
@@ -42,17 +55,6 @@ std::vector<LayoutItem> ReadItems(std::span<Token const> tokens) {
 }
 
 } // namespace
-
-std::optional<std::size_t> FindClosingBracket(std::span<Token const> tokens, std::size_t open) {
-    int depth = 0;
-    for (auto index = open; index < tokens.size(); ++index) {
-        depth += tokens[index].text == "(" ? 1 : tokens[index].text == ")" ? -1 : 0;
-        if (depth == 0) {
-            return index;
-        }
-    }
-    return std::nullopt;
-}
 
 std::vector<LayoutQualifier> FindLayoutQualifiers(std::span<Token const> tokens) {
     std::vector<LayoutQualifier> qualifiers;

@@ -3,7 +3,6 @@
 
 #include "Tokenizer.h"
 
-#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -27,8 +26,5 @@ struct LayoutQualifier {
 };
 
 std::vector<LayoutQualifier> FindLayoutQualifiers(std::span<Token const> tokens);
-
-/// The index of the token that closes the bracket opened at `open`.
-std::optional<std::size_t> FindClosingBracket(std::span<Token const> tokens, std::size_t open);
 
 } // namespace zarvex::zx3D::ShaderCompiler

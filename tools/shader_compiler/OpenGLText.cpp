@@ -39,7 +39,8 @@ std::string StripLayouts(std::string_view text, ShaderStage stage) {
         if (kept.empty()) {
             edits.Erase(tokens[qualifier.first].offset, tokens[qualifier.last].End());
         } else {
-            edits.Replace(tokens[qualifier.first].offset, tokens[qualifier.last].End(), "layout(" + kept + ")");
+            edits.Replace(tokens[qualifier.first].offset, tokens[qualifier.last].End(),
+                          "layout(" + kept + ")");
         }
     }
     return edits.Finish();
@@ -55,7 +56,8 @@ std::string StripComments(std::string_view text) {
             continue;
         }
         auto const found = isBlock ? text.find("*/", position + 2) : text.find('\n', position);
-        auto const end = std::min(text.size(), found == std::string_view::npos ? found : found + (isBlock ? 2 : 0));
+        auto const end =
+            std::min(text.size(), found == std::string_view::npos ? found : found + (isBlock ? 2 : 0));
         edits.Erase(position, end);
         position = end - 1;
     }
@@ -64,7 +66,9 @@ std::string StripComments(std::string_view text) {
 
 } // namespace
 
-int OpenGLVersion(ShaderStage stage) { return stage == ShaderStage::Compute ? 430 : 330; }
+int OpenGLVersion(ShaderStage stage) {
+    return stage == ShaderStage::Compute ? 430 : 330;
+}
 
 SourceText MakeOpenGLText(SourceText const& source, ShaderStage stage) {
     SourceText result;

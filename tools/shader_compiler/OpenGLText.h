@@ -11,8 +11,8 @@ namespace zarvex::zx3D::ShaderCompiler {
 int OpenGLVersion(ShaderStage stage);
 
 /// Puts the version line in front and takes away what that version does not know: locations of variables
-/// between the stages, and bindings. Locations of vertex attributes and of fragment outputs stay. Comments go,
-/// line breaks stay.
+/// between the stages, and bindings. Locations of vertex attributes and of fragment outputs stay. Comments
+/// go, line breaks stay.
 SourceText MakeOpenGLText(SourceText const& source, ShaderStage stage);
 
 } // namespace zarvex::zx3D::ShaderCompiler

@@ -37,7 +37,8 @@ bool MatchVertexShader(std::filesystem::path const& path, CompilationOptions con
         return false;
     }
     fragment.files.insert(fragment.files.end(), loaded->files.begin(), loaded->files.end());
-    return MatchStages(vertex->interface.outputs, path, fragment.interface.inputs, fragmentSource, diagnostics);
+    return MatchStages(vertex->interface.outputs, path, fragment.interface.inputs, fragmentSource,
+                       diagnostics);
 }
 
 } // namespace

@@ -57,7 +57,8 @@ struct ShaderInterface {
 };
 
 /// A hash over every name, type, interpolation and location; never 0, which bgfx reads as "do not compare".
-/// bgfx makes a program only of shaders whose hashes agree: OpenGL joins the stages by name, Vulkan by location.
+/// bgfx makes a program only of shaders whose hashes agree: OpenGL joins the stages by name, Vulkan by
+/// location.
 std::uint32_t HashStageVariables(std::vector<StageVariable> const& variables);
 
 } // namespace zarvex::zx3D::ShaderCompiler

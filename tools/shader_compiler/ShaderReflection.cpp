@@ -23,15 +23,22 @@ constexpr std::uint16_t kStorageBufferDescriptor = 7;
 
 /// The uniforms that bgfx itself keeps up to date, for draws and for dispatches.
 constexpr std::array<std::string_view, 12> kPredefinedUniforms = {
-    "u_viewRect",    "u_viewTexel", "u_view",      "u_invView",       "u_proj",      "u_invProj", "u_viewProj",
-    "u_invViewProj", "u_model",     "u_modelView", "u_modelViewProj", "u_alphaRef4",
+    "u_viewRect", "u_viewTexel",   "u_view",  "u_invView",   "u_proj",          "u_invProj",
+    "u_viewProj", "u_invViewProj", "u_model", "u_modelView", "u_modelViewProj", "u_alphaRef4",
 };
 
 bool IsPredefined(UniformEntry const& entry) {
     return std::ranges::find(kPredefinedUniforms, entry.name) != kPredefinedUniforms.end();
 }
 
-std::string WithoutArraySuffix(std::string const& name) { return name.substr(0, name.find('[')); }
+/// Textures, images and buffers have a binding; the other entries are places in the uniform block.
+bool IsBound(UniformEntry const& entry) {
+    return entry.type == UniformType::Sampler || entry.type == UniformType::End;
+}
+
+std::string WithoutArraySuffix(std::string const& name) {
+    return name.substr(0, name.find('['));
+}
 
 TextureDimension DimensionOf(glslang::TSampler const& type) {
     switch (type.dim) {
@@ -68,8 +75,12 @@ std::string InterpolationOf(glslang::TQualifier const& qualifier) {
 
 class Reflector {
 public:
-    Reflector(glslang::TProgram& program, ShaderStage stage, SourceText const& source, Diagnostics& diagnostics)
-        : m_program(program), m_stage(stage), m_source(source), m_diagnostics(diagnostics),
+    Reflector(glslang::TProgram& program, ShaderStage stage, SourceText const& source,
+              Diagnostics& diagnostics)
+        : m_program(program),
+          m_stage(stage),
+          m_source(source),
+          m_diagnostics(diagnostics),
           m_tokens(Tokenize(source.text)) {}
 
     ShaderInterface Run() {
@@ -121,6 +132,10 @@ private:
 
     void ReflectLooseUniform(glslang::TObjectReflection const& uniform) {
         auto const name = WithoutArraySuffix(uniform.name);
+        if (auto const dot = name.find('.'); dot != std::string::npos) {
+            Error(name.substr(0, dot), "a uniform of a structure type is not supported");
+            return;
+        }
         auto const& type = *uniform.getType();
         auto entry = EntryOfType(type);
         if (!entry) {
@@ -235,6 +250,13 @@ private:
             return;
         }
         entry.registerIndex = static_cast<std::uint16_t>(binding);
+        auto const other = std::ranges::find_if(m_interface.uniforms, [&](UniformEntry const& candidate) {
+            return IsBound(candidate) && candidate.registerIndex == entry.registerIndex;
+        });
+        if (other != m_interface.uniforms.end()) {
+            Error(entry.name, "has the same binding as '" + other->name + "'");
+            return;
+        }
         Add(std::move(entry));
     }
 
@@ -246,9 +268,9 @@ private:
         m_interface.uniforms.push_back(std::move(entry));
     }
 
-    /// bgfx writes a program's uniform block, and passes on where it wrote it, only when a uniform changed or the
-    /// program uses a predefined one. Without either, the second use in a row is bound without the offset that
-    /// the block needs, so a block without a predefined uniform gets one at its end.
+    /// bgfx writes a program's uniform block, and passes on where it wrote it, only when a uniform changed or
+    /// the program uses a predefined one. Without either, the second use in a row is bound without the offset
+    /// that the block needs, so a block without a predefined uniform gets one at its end.
     void KeepBlockUpToDate() {
         if (m_interface.uniformBlockSize == 0 || std::ranges::any_of(m_interface.uniforms, IsPredefined)) {
             return;
@@ -259,7 +281,8 @@ private:
         entry.registerIndex = m_interface.uniformBlockSize;
         entry.registerCount = 1;
         Add(std::move(entry));
-        m_interface.uniformBlockSize = static_cast<std::uint16_t>(m_interface.uniformBlockSize + kRegisterSize);
+        m_interface.uniformBlockSize =
+            static_cast<std::uint16_t>(m_interface.uniformBlockSize + kRegisterSize);
     }
 
     void ReflectStageVariables() {
@@ -303,15 +326,15 @@ private:
         }
     }
 
+    /// The name of a scalar, vector or matrix type in GLSL; array sizes are left out.
     static std::string TypeName(glslang::TType const& type) {
-        return std::string(type.getBasicTypeString().c_str()) + ShapeName(type);
-    }
-
-    static std::string ShapeName(glslang::TType const& type) {
+        auto const scalar = std::string(type.getBasicTypeString().c_str());
+        auto const prefix = type.getBasicType() == glslang::EbtFloat ? "" : scalar.substr(0, 1);
         if (type.isMatrix()) {
-            return std::to_string(type.getMatrixCols()) + "x" + std::to_string(type.getMatrixRows());
+            return prefix + "mat" + std::to_string(type.getMatrixCols()) + "x" +
+                   std::to_string(type.getMatrixRows());
         }
-        return type.getVectorSize() > 1 ? std::to_string(type.getVectorSize()) : "";
+        return type.getVectorSize() > 1 ? prefix + "vec" + std::to_string(type.getVectorSize()) : scalar;
     }
 
     glslang::TProgram& m_program;

@@ -24,7 +24,8 @@ std::optional<std::string> ReadFile(std::filesystem::path const& path) {
 class IncludeExpander {
 public:
     IncludeExpander(std::vector<std::filesystem::path> const& includeDirectories, Diagnostics& diagnostics)
-        : m_includeDirectories(includeDirectories), m_diagnostics(diagnostics) {}
+        : m_includeDirectories(includeDirectories),
+          m_diagnostics(diagnostics) {}
 
     void Expand(std::filesystem::path const& path, SourceLocation const& includedFrom) {
         auto const content = ReadFile(path);
@@ -44,10 +45,17 @@ public:
         }
     }
 
-    LoadedSource TakeResult() { return std::move(m_loaded); }
+    LoadedSource TakeResult() {
+        if (m_loaded.source.lines.empty()) {
+            // An empty shader still has a first line for messages to point at.
+            m_loaded.source = {"\n", {{m_loaded.files.front().string(), 1}}};
+        }
+        return std::move(m_loaded);
+    }
 
 private:
-    void ExpandLine(std::string const& line, std::filesystem::path const& file, SourceLocation const& location) {
+    void ExpandLine(std::string const& line, std::filesystem::path const& file,
+                    SourceLocation const& location) {
         static std::regex const include(R"re(^\s*#\s*include\b\s*(?:"([^"]+)"\s*(?://.*)?$)?)re");
         static std::regex const version(R"re(^\s*#\s*version\b)re");
 
@@ -92,9 +100,8 @@ private:
     }
 
     bool WasExpanded(std::filesystem::path const& path) const {
-        return std::ranges::any_of(m_loaded.files, [&](auto const& file) {
-            return std::filesystem::equivalent(file, path);
-        });
+        return std::ranges::any_of(m_loaded.files,
+                                   [&](auto const& file) { return std::filesystem::equivalent(file, path); });
     }
 
     std::vector<std::filesystem::path> const& m_includeDirectories;
@@ -105,9 +112,6 @@ private:
 } // namespace
 
 SourceLocation SourceText::LocationOfLine(int line) const {
-    if (lines.empty()) {
-        return {};
-    }
     auto const last = static_cast<int>(lines.size());
     return lines[static_cast<std::size_t>(std::clamp(line, 1, last) - 1)];
 }

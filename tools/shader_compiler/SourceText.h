@@ -11,7 +11,8 @@
 namespace zarvex::zx3D::ShaderCompiler {
 
 /// Text for a GLSL front end. `lines[i]` is the authored place of text line i, so a message about the text
-/// can be turned into one about the author's file, whatever was inserted or rewritten in between.
+/// can be turned into one about the author's file, whatever was inserted or rewritten in between. There is at
+/// least one line.
 struct SourceText {
     std::string text;
     std::vector<SourceLocation> lines;
@@ -28,8 +29,8 @@ struct LoadedSource {
     std::vector<std::filesystem::path> files;
 };
 
-/// Reads a shader and expands each `#include "name"`, which is looked up beside the including file and then in
-/// the include directories. A file is expanded once: later includes of it are empty. Returns nothing, with
+/// Reads a shader and expands each `#include "name"`, which is looked up beside the including file and then
+/// in the include directories. A file is expanded once: later includes of it are empty. Returns nothing, with
 /// errors added, when a file cannot be read or the shader states a #version: the compiler owns the version.
 std::optional<LoadedSource> LoadSource(std::filesystem::path const& path,
                                        std::vector<std::filesystem::path> const& includeDirectories,

@@ -32,12 +32,13 @@ void ConfigureForVulkan(glslang::TShader& shader, ShaderStage stage) {
     shader.setShiftBinding(glslang::EResSampler, kSamplerBindingShift);
 }
 
-bool IsValidSpirv(std::vector<std::uint32_t> const& words, SourceText const& source, Diagnostics& diagnostics) {
+bool IsValidSpirv(std::vector<std::uint32_t> const& words, SourceText const& source,
+                  Diagnostics& diagnostics) {
     spvtools::SpirvTools tools(SPV_ENV_VULKAN_1_0);
-    tools.SetMessageConsumer(
-        [&](spv_message_level_t, char const*, spv_position_t const&, char const* message) {
-            diagnostics.Error(source.LocationOfLine(1), std::string("generated SPIR-V is invalid: ") + message);
-        });
+    tools.SetMessageConsumer([&](spv_message_level_t, char const*, spv_position_t const&,
+                                 char const* message) {
+        diagnostics.Error(source.LocationOfLine(1), std::string("generated SPIR-V is invalid: ") + message);
+    });
     return tools.Validate(words);
 }
 

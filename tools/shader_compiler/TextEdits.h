@@ -19,8 +19,8 @@ public:
         m_position = end;
     }
 
-    /// Removes a range but keeps its line breaks, so that line numbers stay what they are, and a space, so that
-    /// the words around it stay apart.
+    /// Removes a range but keeps its line breaks, so that line numbers stay what they are, and a space, so
+    /// that the words around it stay apart.
     void Erase(std::size_t begin, std::size_t end) {
         std::string lineBreaks = " ";
         for (char const character : m_text.substr(begin, end - begin)) {

@@ -13,7 +13,9 @@ bool IsWordCharacter(char character) {
     return std::isalnum(static_cast<unsigned char>(character)) != 0 || character == '_';
 }
 
-bool IsSpace(char character) { return std::isspace(static_cast<unsigned char>(character)) != 0; }
+bool IsSpace(char character) {
+    return std::isspace(static_cast<unsigned char>(character)) != 0;
+}
 
 class Scanner {
 public:
@@ -53,7 +55,8 @@ private:
     void SkipDirective() {
         do {
             SkipTo("\n", 0);
-        } while (m_position < m_text.size() && m_text[m_position - 1] == '\\' && ++m_position < m_text.size());
+        } while (m_position < m_text.size() && m_text[m_position - 1] == '\\' &&
+                 ++m_position < m_text.size());
     }
 
     void TakeToken(std::string_view rest) {
@@ -72,6 +75,8 @@ private:
 
 } // namespace
 
-std::vector<Token> Tokenize(std::string_view text) { return Scanner(text).Run(); }
+std::vector<Token> Tokenize(std::string_view text) {
+    return Scanner(text).Run();
+}
 
 } // namespace zarvex::zx3D::ShaderCompiler

@@ -6,6 +6,7 @@
 #include "Tokenizer.h"
 
 #include <map>
+#include <optional>
 
 namespace zarvex::zx3D::ShaderCompiler {
 
@@ -43,7 +44,10 @@ std::optional<SamplerType> SplitSamplerType(std::string_view word) {
 
 class SamplerSeparator {
 public:
-    explicit SamplerSeparator(std::string_view text) : m_text(text), m_tokens(Tokenize(text)), m_edits(text) {}
+    explicit SamplerSeparator(std::string_view text)
+        : m_text(text),
+          m_tokens(Tokenize(text)),
+          m_edits(text) {}
 
     std::string Run() {
         for (m_index = 0; m_index < m_tokens.size(); ++m_index) {
@@ -68,8 +72,8 @@ private:
         auto const name = std::string(m_tokens[m_index + 2].text);
         m_samplers.emplace(name, type->combined);
         m_edits.Replace(m_tokens[m_index + 1].offset, m_tokens[m_index + 3].End(),
-                        type->texture + " " + name + "; " + LayoutBefore(m_index) + " uniform " + type->sampler +
-                            " " + SeparateSamplerName(name) + ";");
+                        type->texture + " " + name + "; " + LayoutBefore(m_index) + " uniform " +
+                            type->sampler + " " + SeparateSamplerName(name) + ";");
         m_index += 3;
         return true;
     }
@@ -107,6 +111,8 @@ SourceText MakeVulkanText(SourceText const& source) {
     return {SamplerSeparator(source.text).Run(), source.lines};
 }
 
-std::string SeparateSamplerName(std::string_view name) { return std::string(name) + "_separateSampler"; }
+std::string SeparateSamplerName(std::string_view name) {
+    return std::string(name) + "_separateSampler";
+}
 
 } // namespace zarvex::zx3D::ShaderCompiler

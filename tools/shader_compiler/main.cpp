@@ -37,8 +37,8 @@ int Compile(CompileRequest const& request) {
 } // namespace
 
 int main(int argumentCount, char** arguments) {
-    auto const request =
-        ParseCommandLine({const_cast<char const**>(arguments) + 1, static_cast<std::size_t>(argumentCount - 1)});
+    auto const request = ParseCommandLine(
+        {const_cast<char const**>(arguments) + 1, static_cast<std::size_t>(argumentCount - 1)});
     if (auto const* const compile = std::get_if<CompileRequest>(&request)) {
         return Compile(*compile);
     }

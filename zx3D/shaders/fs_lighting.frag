@@ -89,14 +89,24 @@ bool HasMaterial() {
            IsSet(u_material_emission) || IsSet(u_material_shininess);
 }
 
-// The unit normal on the side that the viewer sees; a missing normal faces the viewer.
+// The side of the triangle itself that the viewer sees, of any length.
+vec3 VisibleFaceNormal(vec3 toViewer) {
+    vec3 faceNormal = cross(dFdx(v_worldPosition), dFdy(v_worldPosition));
+    return dot(faceNormal, toViewer) < 0.0 ? -faceNormal : faceNormal;
+}
+
+// The unit normal on the side that the viewer sees; a missing normal faces the viewer. A normal that points away from
+// the viewer is turned round only when it points away from the visible side of the triangle too: near the outline of a
+// curved surface it may do the one and not the other, and would light single pixels from the wrong side.
 vec3 VisibleNormal(vec3 toViewer) {
+    vec3 faceNormal = VisibleFaceNormal(toViewer);
     float squaredLength = dot(v_worldNormal, v_worldNormal);
     if (!(squaredLength > 0.0)) {
         return toViewer;
     }
     vec3 normal = v_worldNormal * inversesqrt(squaredLength);
-    return dot(normal, toViewer) < 0.0 ? -normal : normal;
+    bool isBackSide = dot(normal, toViewer) < 0.0 && dot(normal, faceNormal) < 0.0;
+    return isBackSide ? -normal : normal;
 }
 
 vec3 DirectionToLight(vec4 position, Surface surface) {

@@ -21,12 +21,12 @@ struct ContextOptions {
         SingleThreaded = 1,
     };
 
-    void* nativeWindowHandle = nullptr;     ///< window that bgfx starts on: an X11 window id
-    std::uint32_t width = 0;                ///< of that window, pixels
-    std::uint32_t height = 0;               ///< of that window, pixels
-    bgfx::CallbackI* callback = nullptr;    ///< receives errors and trace text, from any thread; may be null
+    void* nativeWindowHandle = nullptr;  ///< window that bgfx starts on: an X11 window id
+    std::uint32_t width = 0;             ///< of that window, pixels
+    std::uint32_t height = 0;            ///< of that window, pixels
+    bgfx::CallbackI* callback = nullptr; ///< receives errors and trace text, from any thread; may be null
     ThreadMode threadMode = ThreadMode::MultiThreaded;
-    bool verticalSync = false;              ///< wait for the display's refresh when presenting
+    bool verticalSync = false; ///< wait for the display's refresh when presenting
 
     /// Space for vertices and indices that one frame may allocate transiently, bytes. The defaults hold a
     /// million `Vertex::Pos3fColorRGBA` and two million indices. On OpenGL the whole of it is re-created in

@@ -21,7 +21,8 @@ class Surface;
 ///
 /// Lifetime: the bgfx object goes with `Destroy()`, or with `Context::Shutdown`, never with the destructor:
 /// the owner decides. `Destroy()` an attached frame buffer before its native window goes. If a window dies
-/// without that, its surface is never presented to again and is freed when it is next noticed.
+/// without that, what is drawn for it is shown nowhere, and the bgfx object is freed when that is noticed,
+/// at the latest with the context.
 /// A frame buffer may outlive the context, and is created anew in the next one.
 ///
 /// Thread: the one that calls bgfx's API.
@@ -56,8 +57,7 @@ public:
 
     /// Creates the bgfx object if there is none, or re-creates it if its size is not the requested one. Does
     /// nothing while collapsed or while the context is not initialised. Re-creating an attached frame buffer
-    /// submits what was recorded so far with one `bgfx::frame`: a window can have only one surface at a
-    /// time, and bgfx destroys at the end of a frame. Call it before recording.
+    /// submits what was recorded so far, as `Destroy` does: call it before recording.
     void SubmitOnDemand();
 
     /// Destroys the bgfx object, for all copies. For an attached frame buffer it returns when bgfx and its

@@ -16,7 +16,8 @@ struct Pos3fColorRGBA {
 
     Pos3fColorRGBA() = default;
     Pos3fColorRGBA(bx::Vec3 vertexPosition, Color vertexColor)
-        : position(vertexPosition), color(vertexColor) {}
+        : position(vertexPosition),
+          color(vertexColor) {}
 
     /// Position 3 × Float, Color0 4 × Float. Owned by zx3D, valid for the life of the process.
     ZX3D_EXPORT static bgfx::VertexLayout const& Layout();
@@ -30,7 +31,9 @@ struct Pos3fNormal3fColorRGBA {
 
     Pos3fNormal3fColorRGBA() = default;
     Pos3fNormal3fColorRGBA(bx::Vec3 vertexPosition, bx::Vec3 vertexNormal, Color vertexColor)
-        : position(vertexPosition), normal(vertexNormal), color(vertexColor) {}
+        : position(vertexPosition),
+          normal(vertexNormal),
+          color(vertexColor) {}
 
     /// Position 3 × Float, Normal 3 × Float, Color0 4 × Float. Owned by zx3D, valid for the life of the
     /// process.

@@ -17,8 +17,7 @@ struct State {
     std::uint64_t runs = 0; ///< successful starts so far
 };
 
-State& GetState()
-{
+State& GetState() {
     // Never destroyed: frame buffers of static storage duration may ask for it at the end of the process.
     static State& state = *new State;
     return state;
@@ -26,16 +25,14 @@ State& GetState()
 
 } // namespace
 
-ContextRun ContextRun::Current()
-{
+ContextRun ContextRun::Current() {
     ContextRun run;
     if (GetState().running)
         run.m_number = GetState().runs;
     return run;
 }
 
-bool Context::Initialize(ContextOptions const& options)
-{
+bool Context::Initialize(ContextOptions const& options) {
     State& state = GetState();
     if (state.running)
         return false;
@@ -44,12 +41,11 @@ bool Context::Initialize(ContextOptions const& options)
     if (!state.running)
         return false;
     ++state.runs;
-    SurfaceRegistry::Get().BeginRun(state.running->HasDisplay());
+    SurfaceRegistry::Get().BeginRun(state.running->GetNativeWindows());
     return true;
 }
 
-void Context::Shutdown()
-{
+void Context::Shutdown() {
     State& state = GetState();
     if (!state.running)
         return;
@@ -59,18 +55,15 @@ void Context::Shutdown()
     state.options.callback = nullptr; // borrowed until now
 }
 
-ContextOptions const& Context::GetOptions()
-{
+ContextOptions const& Context::GetOptions() {
     return GetState().options;
 }
 
-bool Context::IsInitialized()
-{
+bool Context::IsInitialized() {
     return GetState().running != nullptr;
 }
 
-void Context::PreferRenderer(bgfx::RendererType::Enum renderer)
-{
+void Context::PreferRenderer(bgfx::RendererType::Enum renderer) {
     GetState().preferredRenderer = renderer;
 }
 

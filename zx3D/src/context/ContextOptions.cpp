@@ -4,8 +4,7 @@
 namespace zarvex::zx3D {
 
 ContextOptions ContextOptions::Create(void* nativeWindowHandle, std::uint32_t width, std::uint32_t height,
-                                      bgfx::CallbackI* callback, ThreadMode threadMode, bool verticalSync)
-{
+                                      bgfx::CallbackI* callback, ThreadMode threadMode, bool verticalSync) {
     ContextOptions options;
     options.nativeWindowHandle = nativeWindowHandle;
     options.width = width;

@@ -5,8 +5,7 @@
 
 namespace zarvex::zx3D {
 
-DisplayConnection DisplayConnection::Open()
-{
+DisplayConnection DisplayConnection::Open() {
     // The connection is made here and used on bgfx's render thread.
     XInitThreads();
     DisplayConnection connection;
@@ -14,8 +13,7 @@ DisplayConnection DisplayConnection::Open()
     return connection;
 }
 
-void DisplayConnection::Close::operator()(void* display) const
-{
+void DisplayConnection::Close::operator()(void* display) const {
     XCloseDisplay(static_cast<Display*>(display));
 }
 

@@ -1,5 +1,4 @@
-// How many frames bgfx needs: it runs up to one frame behind on a render thread of its own, and presents a
-// frame when it turns to the next.
+// How many frames it takes: bgfx runs up to one frame behind when it has a render thread.
 #include "FramePump.h"
 
 #include <zx3D/Context.h>
@@ -8,29 +7,10 @@
 
 namespace zarvex::zx3D {
 
-namespace {
-
-void SubmitFrames(int count)
-{
-    for (int i = 0; i < count; ++i)
-        bgfx::frame();
-}
-
-int FramesBehind()
-{
-    return Context::GetOptions().threadMode == ContextOptions::ThreadMode::MultiThreaded ? 1 : 0;
-}
-
-} // namespace
-
-void FinishRecordedFrames()
-{
-    SubmitFrames(1 + FramesBehind());
-}
-
-void FinishPresentation()
-{
-    SubmitFrames(2 + FramesBehind());
+void FinishRecordedFrames() {
+    bgfx::frame();
+    if (Context::GetOptions().threadMode == ContextOptions::ThreadMode::MultiThreaded)
+        bgfx::frame(); // waits for the one before
 }
 
 } // namespace zarvex::zx3D

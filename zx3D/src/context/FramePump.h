@@ -7,7 +7,4 @@ namespace zarvex::zx3D {
 /// included. bgfx may present it later.
 void FinishRecordedFrames();
 
-/// Submits what was recorded so far and returns when bgfx has executed and presented it.
-void FinishPresentation();
-
 } // namespace zarvex::zx3D

@@ -10,8 +10,7 @@ namespace zarvex::zx3D {
 
 namespace {
 
-void ExecuteFramesUntilShutdown(std::stop_token const& stop)
-{
+void ExecuteFramesUntilShutdown(std::stop_token const& stop) {
     for (;;) {
         switch (bgfx::renderFrame()) {
         case bgfx::RenderFrame::Exiting:
@@ -29,8 +28,7 @@ void ExecuteFramesUntilShutdown(std::stop_token const& stop)
 
 } // namespace
 
-RenderThread::RenderThread()
-{
+RenderThread::RenderThread() {
     std::latch known(1);
     m_thread = std::jthread([&known](std::stop_token stop) {
         bgfx::renderFrame(); // without a context, it marks the calling thread as the one that renders

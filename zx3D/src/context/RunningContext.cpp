@@ -1,7 +1,6 @@
 // Starting bgfx, and being sure that what started is what was meant.
 #include "RunningContext.h"
 
-#include "../surface/NativeWindowWatch.h"
 #include "Trace.h"
 
 #include <bgfx/platform.h>
@@ -10,8 +9,7 @@ namespace zarvex::zx3D {
 
 namespace {
 
-bgfx::Init ToInit(ContextOptions const& options, bgfx::RendererType::Enum renderer, void* nativeDisplay)
-{
+bgfx::Init ToInit(ContextOptions const& options, bgfx::RendererType::Enum renderer, void* nativeDisplay) {
     bgfx::Init init;
     init.type = renderer;
     init.callback = options.callback;
@@ -28,8 +26,7 @@ bgfx::Init ToInit(ContextOptions const& options, bgfx::RendererType::Enum render
 } // namespace
 
 std::unique_ptr<RunningContext> RunningContext::Start(ContextOptions const& options,
-                                                      bgfx::RendererType::Enum preferredRenderer)
-{
+                                                      bgfx::RendererType::Enum preferredRenderer) {
     std::unique_ptr<RunningContext> context(new RunningContext);
     bool const needsDisplay = preferredRenderer != bgfx::RendererType::Noop;
     if (needsDisplay && !context->OpenDisplay(options))
@@ -39,21 +36,21 @@ std::unique_ptr<RunningContext> RunningContext::Start(ContextOptions const& opti
     return context;
 }
 
-RunningContext::~RunningContext()
-{
+RunningContext::~RunningContext() {
     if (m_bgfxRuns)
         bgfx::shutdown();
 }
 
-bool RunningContext::OpenDisplay(ContextOptions const& options)
-{
+bool RunningContext::OpenDisplay(ContextOptions const& options) {
     m_display = DisplayConnection::Open();
-    if (!m_display.IsOpen()) {
-        Trace(options.callback, __FILE__, __LINE__, "zx3D: there is no X display to draw on (is DISPLAY set?)");
+    m_windows = NativeWindows::Connect();
+    if (!m_display.IsOpen() || !m_windows) {
+        Trace(options.callback, __FILE__, __LINE__,
+              "zx3D: there is no X display to draw on (is DISPLAY set?)");
         return false;
     }
     // bgfx would take the process down over a handle that is no window.
-    if (NativeWindowWatch().Watch(options.nativeWindowHandle))
+    if (m_windows->Exists(options.nativeWindowHandle))
         return true;
     Trace(options.callback, __FILE__, __LINE__,
           "zx3D: native handle %p is not a window of the X display (with Qt, use the platform \"xcb\")",
@@ -61,8 +58,7 @@ bool RunningContext::OpenDisplay(ContextOptions const& options)
     return false;
 }
 
-bool RunningContext::PrepareThreads(ContextOptions const& options)
-{
+bool RunningContext::PrepareThreads(ContextOptions const& options) {
     static bool singleThreadedBefore = false;
     if (singleThreadedBefore && BX_CONFIG_DEBUG) {
         Trace(options.callback, __FILE__, __LINE__,
@@ -78,8 +74,7 @@ bool RunningContext::PrepareThreads(ContextOptions const& options)
     return true;
 }
 
-bool RunningContext::StartBgfx(ContextOptions const& options, bgfx::RendererType::Enum renderer)
-{
+bool RunningContext::StartBgfx(ContextOptions const& options, bgfx::RendererType::Enum renderer) {
     m_bgfxRuns = bgfx::init(ToInit(options, renderer, m_display.GetNativeDisplay()));
     if (!m_bgfxRuns) {
         Trace(options.callback, __FILE__, __LINE__, "zx3D: bgfx does not start");
@@ -88,7 +83,8 @@ bool RunningContext::StartBgfx(ContextOptions const& options, bgfx::RendererType
     // When every other renderer failed, bgfx falls back to the one that draws nothing.
     bool const drawsNothing = bgfx::getRendererType() == bgfx::RendererType::Noop;
     if (drawsNothing && renderer != bgfx::RendererType::Noop) {
-        Trace(options.callback, __FILE__, __LINE__, "zx3D: bgfx finds no renderer that works on this machine");
+        Trace(options.callback, __FILE__, __LINE__,
+              "zx3D: bgfx finds no renderer that works on this machine");
         return false;
     }
     return true;

@@ -1,6 +1,7 @@
 // The state that lives from a successful start of bgfx to its shutdown.
 #pragma once
 
+#include "../surface/NativeWindows.h"
 #include "DisplayConnection.h"
 #include "RenderThread.h"
 
@@ -24,8 +25,8 @@ public:
     RunningContext(RunningContext const&) = delete;
     RunningContext& operator=(RunningContext const&) = delete;
 
-    /// True when surfaces are shown on a display, and so need their native window.
-    bool HasDisplay() const { return m_display.IsOpen(); }
+    /// The windows of the display; null when the renderer needs none.
+    NativeWindows* GetNativeWindows() const { return m_windows.get(); }
 
 private:
     RunningContext() = default;
@@ -34,8 +35,9 @@ private:
     bool PrepareThreads(ContextOptions const& options);
     bool StartBgfx(ContextOptions const& options, bgfx::RendererType::Enum renderer);
 
-    // Destroyed in reverse: the render thread ends before the display that it draws through goes.
+    // Destroyed in reverse: the render thread ends before what it draws to goes.
     DisplayConnection m_display;
+    std::unique_ptr<NativeWindows> m_windows;
     std::optional<RenderThread> m_renderThread;
     bool m_bgfxRuns = false;
 };

@@ -5,8 +5,7 @@
 
 namespace zarvex::zx3D {
 
-void Trace(bgfx::CallbackI* callback, char const* filePath, std::uint16_t line, char const* format, ...)
-{
+void Trace(bgfx::CallbackI* callback, char const* filePath, std::uint16_t line, char const* format, ...) {
     if (callback == nullptr)
         return;
     std::va_list arguments;

@@ -5,8 +5,7 @@ namespace zarvex::zx3D {
 
 namespace {
 
-std::uint32_t ToByte(float channel)
-{
+std::uint32_t ToByte(float channel) {
     // Written so that a NaN fails the first comparison.
     if (!(channel > 0.0f))
         return 0;
@@ -15,8 +14,7 @@ std::uint32_t ToByte(float channel)
 
 } // namespace
 
-std::uint32_t Color::ToRGBA() const
-{
+std::uint32_t Color::ToRGBA() const {
     return ToByte(red) << 24 | ToByte(green) << 16 | ToByte(blue) << 8 | ToByte(alpha);
 }
 

@@ -3,8 +3,7 @@
 
 namespace zarvex::zx3D::Vertex {
 
-bgfx::VertexLayout const& Pos3fColorRGBA::Layout()
-{
+bgfx::VertexLayout const& Pos3fColorRGBA::Layout() {
     static bgfx::VertexLayout const layout = [] {
         bgfx::VertexLayout l;
         l.begin()
@@ -16,8 +15,7 @@ bgfx::VertexLayout const& Pos3fColorRGBA::Layout()
     return layout;
 }
 
-bgfx::VertexLayout const& Pos3fNormal3fColorRGBA::Layout()
-{
+bgfx::VertexLayout const& Pos3fNormal3fColorRGBA::Layout() {
     static bgfx::VertexLayout const layout = [] {
         bgfx::VertexLayout l;
         l.begin()

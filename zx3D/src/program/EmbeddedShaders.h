@@ -7,8 +7,8 @@
 
 namespace zarvex::zx3D {
 
-/// One shader in the binary form that bgfx::createShader takes, for each backend. The bytes live as long as the
-/// library.
+/// One shader in the binary form that bgfx::createShader takes, for each backend. The bytes live as long as
+/// the library.
 struct EmbeddedShader {
     std::string_view name;
     std::span<std::uint8_t const> openGL;

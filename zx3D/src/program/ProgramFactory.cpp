@@ -12,15 +12,13 @@ namespace zarvex::zx3D {
 
 namespace {
 
-void Report(std::string_view shader, char const* what)
-{
+void Report(std::string_view shader, char const* what) {
     Trace(Context::GetOptions().callback, __FILE__, __LINE__, "zx3D: shader \"%.*s\" %s",
           static_cast<int>(shader.size()), shader.data(), what);
 }
 
 /// The shader's binary for the running renderer. The renderer that draws nothing takes any.
-std::span<std::uint8_t const> SelectBinary(EmbeddedShader const& shader)
-{
+std::span<std::uint8_t const> SelectBinary(EmbeddedShader const& shader) {
     switch (bgfx::getRendererType()) {
     case bgfx::RendererType::OpenGL:
     case bgfx::RendererType::Noop:
@@ -32,8 +30,7 @@ std::span<std::uint8_t const> SelectBinary(EmbeddedShader const& shader)
     }
 }
 
-bgfx::ShaderHandle CreateShader(std::string_view name)
-{
+bgfx::ShaderHandle CreateShader(std::string_view name) {
     EmbeddedShader const* const shader = FindEmbeddedShader(name);
     if (shader == nullptr) {
         Report(name, "does not exist");
@@ -48,15 +45,13 @@ bgfx::ShaderHandle CreateShader(std::string_view name)
     return bgfx::createShader(bgfx::makeRef(binary.data(), static_cast<std::uint32_t>(binary.size())));
 }
 
-void DestroyIfValid(bgfx::ShaderHandle shader)
-{
+void DestroyIfValid(bgfx::ShaderHandle shader) {
     if (bgfx::isValid(shader))
         bgfx::destroy(shader);
 }
 
 bgfx::ProgramHandle CreateGraphicsProgram(std::string_view vertexShaderName,
-                                          std::string_view fragmentShaderName)
-{
+                                          std::string_view fragmentShaderName) {
     bgfx::ShaderHandle const vertex = CreateShader(vertexShaderName);
     bgfx::ShaderHandle const fragment = CreateShader(fragmentShaderName);
     if (bgfx::isValid(vertex) && bgfx::isValid(fragment)) {
@@ -71,8 +66,7 @@ bgfx::ProgramHandle CreateGraphicsProgram(std::string_view vertexShaderName,
     return BGFX_INVALID_HANDLE;
 }
 
-bgfx::ProgramHandle CreateComputeProgram(std::string_view name)
-{
+bgfx::ProgramHandle CreateComputeProgram(std::string_view name) {
     bgfx::ShaderHandle const compute = CreateShader(name);
     if (!bgfx::isValid(compute))
         return BGFX_INVALID_HANDLE;
@@ -87,32 +81,29 @@ bgfx::ProgramHandle CreateComputeProgram(std::string_view name)
 
 } // namespace
 
-ProgramFactory& ProgramFactory::Get()
-{
+ProgramFactory& ProgramFactory::Get() {
     static ProgramFactory factory;
     return factory;
 }
 
 std::optional<bgfx::ProgramHandle> ProgramFactory::CreateProgram(std::string_view vertexShaderName,
-                                                                 std::string_view fragmentShaderName)
-{
+                                                                 std::string_view fragmentShaderName) {
     // No shader name contains a line feed.
     std::string key = std::string(vertexShaderName) + '\n' + std::string(fragmentShaderName);
     return FindOrCreate(std::move(key),
                         [&] { return CreateGraphicsProgram(vertexShaderName, fragmentShaderName); });
 }
 
-std::optional<bgfx::ProgramHandle> ProgramFactory::CreateProgram(std::string_view computeShaderName)
-{
+std::optional<bgfx::ProgramHandle> ProgramFactory::CreateProgram(std::string_view computeShaderName) {
     bool const hasCompute = (bgfx::getCaps()->supported & BGFX_CAPS_COMPUTE) != 0;
     if (!hasCompute && FindEmbeddedShader(computeShaderName) != nullptr)
         return bgfx::ProgramHandle(BGFX_INVALID_HANDLE);
-    return FindOrCreate(std::string(computeShaderName), [&] { return CreateComputeProgram(computeShaderName); });
+    return FindOrCreate(std::string(computeShaderName),
+                        [&] { return CreateComputeProgram(computeShaderName); });
 }
 
 template<typename Create>
-std::optional<bgfx::ProgramHandle> ProgramFactory::FindOrCreate(std::string key, Create create)
-{
+std::optional<bgfx::ProgramHandle> ProgramFactory::FindOrCreate(std::string key, Create create) {
     if (auto const found = m_programs.find(key); found != m_programs.end())
         return found->second;
     bgfx::ProgramHandle const program = create();
@@ -122,8 +113,7 @@ std::optional<bgfx::ProgramHandle> ProgramFactory::FindOrCreate(std::string key,
     return program;
 }
 
-void ProgramFactory::DestroyPrograms()
-{
+void ProgramFactory::DestroyPrograms() {
     for (auto const& [name, program] : m_programs)
         bgfx::destroy(program);
     m_programs.clear();

@@ -7,45 +7,37 @@ namespace zarvex::zx3D {
 
 FrameBuffer::FrameBuffer(void* nativeWindowHandle, bgfx::TextureFormat::Enum colorFormat,
                          bgfx::TextureFormat::Enum depthFormat)
-    : m_surface(Surface::Create(nativeWindowHandle, colorFormat, depthFormat))
-{}
+    : m_surface(Surface::Create(nativeWindowHandle, colorFormat, depthFormat)) {}
 
 FrameBuffer::FrameBuffer(FrameBuffer const&) = default;
 FrameBuffer& FrameBuffer::operator=(FrameBuffer const&) = default;
 FrameBuffer::~FrameBuffer() = default;
 
-std::uint16_t FrameBuffer::GetWidth() const
-{
+std::uint16_t FrameBuffer::GetWidth() const {
     return m_surface->GetWidth();
 }
 
-std::uint16_t FrameBuffer::GetHeight() const
-{
+std::uint16_t FrameBuffer::GetHeight() const {
     return m_surface->GetHeight();
 }
 
-bool FrameBuffer::IsSized() const
-{
+bool FrameBuffer::IsSized() const {
     return m_surface->IsSized();
 }
 
-bgfx::FrameBufferHandle FrameBuffer::GetHandle() const
-{
+bgfx::FrameBufferHandle FrameBuffer::GetHandle() const {
     return m_surface->GetHandle();
 }
 
-void FrameBuffer::RequestResize(std::uint16_t width, std::uint16_t height)
-{
+void FrameBuffer::RequestResize(std::uint16_t width, std::uint16_t height) {
     m_surface->RequestResize(width, height);
 }
 
-void FrameBuffer::SubmitOnDemand()
-{
+void FrameBuffer::SubmitOnDemand() {
     m_surface->SubmitOnDemand();
 }
 
-void FrameBuffer::Destroy()
-{
+void FrameBuffer::Destroy() {
     m_surface->Destroy();
 }
 

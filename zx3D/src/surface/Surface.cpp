@@ -3,6 +3,7 @@
 
 #include "../context/FramePump.h"
 #include "../context/Trace.h"
+#include "NativeWindows.h"
 #include "SurfaceRegistry.h"
 
 #include <algorithm>
@@ -11,8 +12,7 @@
 namespace zarvex::zx3D {
 
 std::shared_ptr<Surface> Surface::Create(void* nativeWindow, bgfx::TextureFormat::Enum colorFormat,
-                                         bgfx::TextureFormat::Enum depthFormat)
-{
+                                         bgfx::TextureFormat::Enum depthFormat) {
     auto const release = [](Surface* last) {
         std::unique_ptr<Surface> surface(last);
         if (surface->HasObject())
@@ -23,61 +23,26 @@ std::shared_ptr<Surface> Surface::Create(void* nativeWindow, bgfx::TextureFormat
 
 Surface::Surface(void* nativeWindow, bgfx::TextureFormat::Enum colorFormat,
                  bgfx::TextureFormat::Enum depthFormat)
-    : m_nativeWindow(nativeWindow), m_colorFormat(colorFormat), m_depthFormat(depthFormat)
-{}
+    : m_nativeWindow(nativeWindow),
+      m_colorFormat(colorFormat),
+      m_depthFormat(depthFormat) {}
 
-bgfx::FrameBufferHandle Surface::GetHandle() const
-{
+bgfx::FrameBufferHandle Surface::GetHandle() const {
     return m_run.IsCurrent() ? m_handle : bgfx::FrameBufferHandle(BGFX_INVALID_HANDLE);
 }
 
-void Surface::RequestResize(std::uint16_t width, std::uint16_t height)
-{
+void Surface::RequestResize(std::uint16_t width, std::uint16_t height) {
     m_requested = {width, height};
     m_sized = true;
 }
 
-void Surface::SubmitOnDemand()
-{
+void Surface::SubmitOnDemand() {
     if (!Context::IsInitialized())
         return;
     SurfaceRegistry::Get().FreeDeadOrphans();
-    LetGoOfDeadWindow();
-    if (IsCollapsed() || (HasObject() && m_created == m_requested))
+    if (IsCollapsed() || IsUpToDate())
         return;
-    Recreate();
-}
-
-void Surface::Destroy()
-{
-    if (!HasObject())
-        return;
-    DestroyObject();
-    if (IsAttached())
-        FinishRecordedFrames();
-}
-
-void Surface::DestroyObject()
-{
-    SurfaceRegistry::Get().Remove(*this);
-    bgfx::destroy(std::exchange(m_handle, BGFX_INVALID_HANDLE));
-}
-
-void Surface::LetGoOfDeadWindow()
-{
-    if (HasObject() && IsAttached() && !SurfaceRegistry::Get().IsWindowAlive(*this))
-        Destroy();
-}
-
-void Surface::Recreate()
-{
-    if (HasObject()) {
-        DestroyObject();
-        // A window has one surface at a time, and bgfx destroys at the end of a frame what it would create
-        // at the start of the same frame.
-        if (IsAttached())
-            bgfx::frame();
-    }
+    Destroy();
     m_handle = IsAttached() ? CreateOnWindow() : CreateOnTextures();
     if (!bgfx::isValid(m_handle))
         return;
@@ -86,19 +51,51 @@ void Surface::Recreate()
     SurfaceRegistry::Get().Add(*this);
 }
 
-bgfx::FrameBufferHandle Surface::CreateOnWindow() const
-{
-    if (!SurfaceRegistry::Get().ClaimWindow(*this)) {
-        Trace(Context::GetOptions().callback, __FILE__, __LINE__, "zx3D: native window %p does not exist",
-              m_nativeWindow);
-        return BGFX_INVALID_HANDLE;
-    }
-    return bgfx::createFrameBuffer(m_nativeWindow, m_requested.width, m_requested.height, m_colorFormat,
-                                   m_depthFormat);
+void Surface::Destroy() {
+    if (!HasObject())
+        return;
+    DestroyObject();
+    if (!IsAttached())
+        return;
+    FinishRecordedFrames();
+    if (NativeWindows* const windows = SurfaceRegistry::Get().GetNativeWindows())
+        windows->DestroyChild(m_child);
 }
 
-bgfx::FrameBufferHandle Surface::CreateOnTextures() const
-{
+void Surface::DestroyObject() {
+    SurfaceRegistry::Get().Remove(*this);
+    bgfx::destroy(std::exchange(m_handle, BGFX_INVALID_HANDLE));
+}
+
+void Surface::LeaveWindow() {
+    NativeWindows* const windows = SurfaceRegistry::Get().GetNativeWindows();
+    if (IsAttached() && windows != nullptr)
+        windows->MoveOutOfSight(m_child);
+}
+
+bool Surface::IsWindowAlive() const {
+    NativeWindows* const windows = SurfaceRegistry::Get().GetNativeWindows();
+    return !IsAttached() || windows == nullptr || windows->IsAlive(m_nativeWindow);
+}
+
+bool Surface::IsUpToDate() const {
+    // A surface whose window died is created once more, out of sight, so that drawing goes on harmlessly.
+    return HasObject() && m_created == m_requested && IsWindowAlive() == m_windowExisted;
+}
+
+bgfx::FrameBufferHandle Surface::CreateOnWindow() {
+    NativeWindows* const windows = SurfaceRegistry::Get().GetNativeWindows();
+    auto const [width, height] = m_requested;
+    m_child = windows != nullptr ? windows->CreateChild(m_nativeWindow, width, height) : m_nativeWindow;
+    m_windowExisted = IsWindowAlive();
+    if (!m_windowExisted) {
+        Trace(Context::GetOptions().callback, __FILE__, __LINE__,
+              "zx3D: native window %p does not exist; what is drawn for it is not shown", m_nativeWindow);
+    }
+    return bgfx::createFrameBuffer(m_child, width, height, m_colorFormat, m_depthFormat);
+}
+
+bgfx::FrameBufferHandle Surface::CreateOnTextures() const {
     auto const [width, height] = m_requested;
     if (std::max(width, height) > bgfx::getCaps()->limits.maxTextureSize) {
         Trace(Context::GetOptions().callback, __FILE__, __LINE__,

@@ -24,8 +24,6 @@ public:
     std::uint16_t GetWidth() const { return m_requested.width; }
     std::uint16_t GetHeight() const { return m_requested.height; }
     bool IsSized() const { return m_sized; }
-    void* GetNativeWindow() const { return m_nativeWindow; }
-    bool IsAttached() const { return m_nativeWindow != nullptr; }
     bgfx::FrameBufferHandle GetHandle() const;
     bool HasObject() const { return bgfx::isValid(GetHandle()); }
 
@@ -36,6 +34,12 @@ public:
     /// Gives the bgfx object up without waiting for bgfx to let go of it. There must be one.
     void DestroyObject();
 
+    /// Takes what bgfx draws into out of the native window, which may then die.
+    void LeaveWindow();
+
+    /// False when the surface has a native window that was destroyed.
+    bool IsWindowAlive() const;
+
 private:
     struct Size {
         std::uint16_t width = 0;
@@ -43,13 +47,12 @@ private:
         friend bool operator==(Size const&, Size const&) = default;
     };
 
-    Surface(void* nativeWindow, bgfx::TextureFormat::Enum colorFormat,
-            bgfx::TextureFormat::Enum depthFormat);
+    Surface(void* nativeWindow, bgfx::TextureFormat::Enum colorFormat, bgfx::TextureFormat::Enum depthFormat);
 
+    bool IsAttached() const { return m_nativeWindow != nullptr; }
     bool IsCollapsed() const { return m_requested.width == 0 || m_requested.height == 0; }
-    void LetGoOfDeadWindow();
-    void Recreate();
-    bgfx::FrameBufferHandle CreateOnWindow() const;
+    bool IsUpToDate() const;
+    bgfx::FrameBufferHandle CreateOnWindow();
     bgfx::FrameBufferHandle CreateOnTextures() const;
 
     void* m_nativeWindow;
@@ -57,9 +60,13 @@ private:
     bgfx::TextureFormat::Enum m_depthFormat;
     bool m_sized = false;
     Size m_requested;
-    Size m_created; ///< size of the bgfx object, while there is one
+
+    // What belongs to the bgfx object, while there is one:
     bgfx::FrameBufferHandle m_handle = BGFX_INVALID_HANDLE;
-    ContextRun m_run; ///< in which `m_handle` was created
+    ContextRun m_run; ///< in which it was created
+    Size m_created;
+    void* m_child = nullptr;     ///< window of ours inside the native window that bgfx draws into
+    bool m_windowExisted = true; ///< false: the native window was dead when the child was created
 };
 
 } // namespace zarvex::zx3D

@@ -1,0 +1,3 @@
+# A package without bgfx::bimg.
+add_library(bgfx::bgfx INTERFACE IMPORTED)
+add_library(bgfx::bx INTERFACE IMPORTED)

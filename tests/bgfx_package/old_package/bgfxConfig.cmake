@@ -1,0 +1,5 @@
+# A package of a bgfx that is older than the libraries support.
+add_library(bgfx::bgfx INTERFACE IMPORTED)
+add_library(bgfx::bx INTERFACE IMPORTED)
+add_library(bgfx::bimg INTERFACE IMPORTED)
+target_include_directories(bgfx::bgfx INTERFACE ${CMAKE_CURRENT_LIST_DIR}/include)

@@ -1,0 +1,146 @@
+// The library's own shaders, as the build embeds them.
+#include "EmbeddedShaders.h"
+#include "ParsedContainer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <spirv-tools/libspirv.hpp>
+
+#include <cctype>
+#include <stdexcept>
+
+namespace zarvex::zx3D::ShaderCompiler {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+struct Program {
+    std::string_view vertex;
+    std::string_view fragment;
+};
+
+constexpr Program kPrograms[] = {
+    {"vs_basic", "fs_basic"},
+    {"vs_lighting", "fs_lighting"},
+    {"vs_line_simple_dash", "fs_line_simple_dash"},
+    {"vs_line_opengl_stipple", "fs_line_opengl_stipple"},
+    {"vs_point_sprite", "fs_point_sprite"},
+    {"vs_rectangle_sprite", "fs_rectangle_sprite_opengl_stipple"},
+    {"vs_fullscreen_triangle", "fs_fullscreen_texture"},
+};
+
+constexpr std::string_view kShaders[] = {
+    "cs_point_sprite",
+    "cs_rectangle_sprite",
+    "fs_basic",
+    "fs_fullscreen_texture",
+    "fs_lighting",
+    "fs_line_opengl_stipple",
+    "fs_line_simple_dash",
+    "fs_point_sprite",
+    "fs_rectangle_sprite_opengl_stipple",
+    "vs_basic",
+    "vs_fullscreen_triangle",
+    "vs_lighting",
+    "vs_line_opengl_stipple",
+    "vs_line_simple_dash",
+    "vs_point_sprite",
+    "vs_rectangle_sprite",
+};
+
+EmbeddedShader const& Find(std::string_view name) {
+    auto const* const shader = FindEmbeddedShader(name);
+    if (shader == nullptr) {
+        throw std::runtime_error("no shader " + std::string(name));
+    }
+    return *shader;
+}
+
+std::vector<std::string> UniformNames(std::string_view name) {
+    std::vector<std::string> names;
+    for (auto const& uniform : ParseContainer(Find(name).vulkan).uniforms) {
+        names.push_back(uniform.name);
+    }
+    return names;
+}
+
+class EmbeddedShaderTest : public testing::TestWithParam<std::string_view> {};
+
+TEST_P(EmbeddedShaderTest, IsThereForBothBackends) {
+    auto const& shader = Find(GetParam());
+    auto const openGL = ParseContainer(shader.openGL);
+    auto const vulkan = ParseContainer(shader.vulkan);
+    auto const stage = static_cast<char>(std::toupper(GetParam().front()));
+
+    EXPECT_EQ(shader.name, GetParam());
+    EXPECT_EQ(openGL.stage, stage);
+    EXPECT_EQ(vulkan.stage, stage);
+    EXPECT_EQ(openGL.uniforms, vulkan.uniforms);
+    EXPECT_THAT(openGL.Text(), StartsWith(stage == 'C' ? "#version 430\n" : "#version 330\n"));
+    EXPECT_TRUE(spvtools::SpirvTools(SPV_ENV_VULKAN_1_0).Validate(vulkan.Words()));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, EmbeddedShaderTest, testing::ValuesIn(kShaders),
+                         [](auto const& row) { return std::string(row.param); });
+
+TEST(EmbeddedShadersTest, UnknownNameFindsNothing) {
+    EXPECT_EQ(FindEmbeddedShader("vs_basi"), nullptr);
+    EXPECT_EQ(FindEmbeddedShader(""), nullptr);
+}
+
+TEST(EmbeddedShadersTest, StagesOfEachProgramMatch) {
+    for (auto const& program : kPrograms) {
+        for (auto const container : {&EmbeddedShader::openGL, &EmbeddedShader::vulkan}) {
+            auto const hashOut = ParseContainer(Find(program.vertex).*container).hashOut;
+            EXPECT_NE(hashOut, 0u) << program.vertex;
+            EXPECT_EQ(hashOut, ParseContainer(Find(program.fragment).*container).hashIn) << program.vertex;
+        }
+    }
+}
+
+TEST(EmbeddedShadersTest, AttributesMatchTheVertexLayouts) {
+    auto const attributes = [](std::string_view name) {
+        return ParseContainer(Find(name).vulkan).attributes;
+    };
+    EXPECT_THAT(attributes("vs_basic"), ElementsAre(0x01, 0x05));
+    EXPECT_THAT(attributes("vs_lighting"), ElementsAre(0x01, 0x02, 0x05));
+    EXPECT_THAT(attributes("vs_line_opengl_stipple"), ElementsAre(0x01, 0x05));
+    EXPECT_THAT(attributes("vs_line_simple_dash"), ElementsAre(0x01, 0x05));
+    EXPECT_THAT(attributes("vs_point_sprite"), ElementsAre(0x01, 0x05));
+    EXPECT_THAT(attributes("vs_rectangle_sprite"), ElementsAre(0x10, 0x05, 0x11, 0x12));
+    EXPECT_THAT(attributes("vs_fullscreen_triangle"), IsEmpty());
+}
+
+TEST(EmbeddedShadersTest, ComputeShadersTakeTheirBuffersFromStages0And1) {
+    for (auto const name : {"cs_point_sprite", "cs_rectangle_sprite"}) {
+        auto const uniforms = ParseContainer(Find(name).vulkan).uniforms;
+        constexpr std::uint16_t kStorageBuffer = 7;
+        std::vector<std::pair<int, bool>> buffers;
+        for (auto const& uniform : uniforms) {
+            if (uniform.registerCount == kStorageBuffer) {
+                buffers.emplace_back(uniform.registerIndex - 2, (uniform.type & 0x40) != 0);
+            }
+        }
+        EXPECT_THAT(buffers, ElementsAre(std::pair(0, true), std::pair(1, false))) << name;
+    }
+}
+
+TEST(EmbeddedShadersTest, UniformsAreThoseThatTheRendererSets) {
+    EXPECT_THAT(UniformNames("fs_line_opengl_stipple"), testing::Contains("u_lineStipple"));
+    EXPECT_THAT(UniformNames("fs_line_simple_dash"), testing::Contains("u_lineStyle"));
+    EXPECT_THAT(UniformNames("vs_line_opengl_stipple"), testing::Contains("u_viewport"));
+    EXPECT_THAT(UniformNames("cs_point_sprite"), testing::IsSupersetOf({"u_pointSprite", "u_viewport"}));
+    EXPECT_THAT(UniformNames("cs_rectangle_sprite"),
+                testing::IsSupersetOf({"u_rectangleSprite", "u_viewport"}));
+    EXPECT_THAT(UniformNames("fs_rectangle_sprite_opengl_stipple"), testing::Contains("u_lineStipple"));
+    EXPECT_THAT(UniformNames("fs_fullscreen_texture"), ElementsAre("s_fullscreen_texture"));
+    EXPECT_THAT(UniformNames("fs_lighting"),
+                testing::IsSupersetOf({"u_viewPosition", "u_material_ambient", "u_material_diffuse",
+                                       "u_material_specular", "u_material_emission", "u_material_shininess",
+                                       "u_light0_position", "u_light7_specular"}));
+}
+
+} // namespace
+} // namespace zarvex::zx3D::ShaderCompiler

@@ -1,0 +1,174 @@
+// X protocol side of the windows.
+#include "NativeWindows.h"
+
+#include <xcb/shape.h>
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace zarvex::zx3D {
+
+namespace {
+
+template<typename T>
+using Reply = std::unique_ptr<T, decltype([](T* reply) { std::free(reply); })>;
+
+std::uint32_t ToId(void* window) {
+    return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(window));
+}
+
+void* ToHandle(std::uint32_t window) {
+    return reinterpret_cast<void*>(static_cast<std::uintptr_t>(window));
+}
+
+/// Waits for the display server; true when it carried the request out.
+bool Succeeds(xcb_connection_t* connection, xcb_void_cookie_t request) {
+    return !Reply<xcb_generic_error_t>(xcb_request_check(connection, request));
+}
+
+} // namespace
+
+std::unique_ptr<NativeWindows> NativeWindows::Connect() {
+    xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+    std::unique_ptr<NativeWindows> windows(new NativeWindows(connection));
+    if (xcb_connection_has_error(connection) != 0)
+        return nullptr;
+    windows->CreateNowhere();
+    windows->m_eventThread = std::thread(&NativeWindows::HandleEvents, windows.get());
+    return windows;
+}
+
+NativeWindows::NativeWindows(xcb_connection_t* connection) : m_connection(connection) {}
+
+NativeWindows::~NativeWindows() {
+    if (!m_eventThread.joinable())
+        return;
+    // Its destruction ends the event thread; the server destroys the other windows with the connection.
+    xcb_destroy_window(m_connection.get(), m_nowhere);
+    xcb_flush(m_connection.get());
+    m_eventThread.join();
+}
+
+bool NativeWindows::Exists(void* window) {
+    auto const request = xcb_get_geometry(m_connection.get(), ToId(window));
+    return Reply<xcb_get_geometry_reply_t>(xcb_get_geometry_reply(m_connection.get(), request, nullptr)) !=
+           nullptr;
+}
+
+void* NativeWindows::CreateChild(void* parent, std::uint16_t width, std::uint16_t height) {
+    Window const parentId = WatchParent(ToId(parent)) ? ToId(parent) : m_nowhere;
+    Window const child = xcb_generate_id(m_connection.get());
+    // Without a background the server leaves on the screen what is there until bgfx presents.
+    constexpr std::uint32_t attributes[] = {XCB_BACK_PIXMAP_NONE, XCB_EVENT_MASK_EXPOSURE};
+    xcb_create_window(m_connection.get(), XCB_COPY_FROM_PARENT, child, parentId, 0, 0, width, height, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                      XCB_CW_BACK_PIXMAP | XCB_CW_EVENT_MASK, attributes);
+    {
+        std::lock_guard const lock(m_mutex);
+        m_parentOfChild[child] = parentId;
+    }
+    LetInputThrough(child);
+    // Waits for the server, since bgfx uses the window on another connection.
+    bool const shown = Succeeds(m_connection.get(), xcb_map_window_checked(m_connection.get(), child));
+    if (!shown && parentId != m_nowhere)
+        return CreateChild(ToHandle(m_nowhere), width, height); // the parent died just now
+    return ToHandle(child);
+}
+
+void NativeWindows::MoveOutOfSight(void* child) {
+    auto const request = xcb_reparent_window_checked(m_connection.get(), ToId(child), m_nowhere, 0, 0);
+    Succeeds(m_connection.get(), request); // it fails when the child died with its parent
+    std::lock_guard const lock(m_mutex);
+    m_parentOfChild.erase(ToId(child));
+}
+
+void NativeWindows::DestroyChild(void* child) {
+    xcb_destroy_window(m_connection.get(),
+                       ToId(child)); // an error, if it died with its parent, is left unread
+    xcb_flush(m_connection.get());
+    std::lock_guard const lock(m_mutex);
+    m_parentOfChild.erase(ToId(child));
+}
+
+bool NativeWindows::IsAlive(void* parent) {
+    std::lock_guard const lock(m_mutex);
+    return m_aliveParents.contains(ToId(parent));
+}
+
+void NativeWindows::CreateNowhere() {
+    xcb_screen_t const* const screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get())).data;
+    m_nowhere = xcb_generate_id(m_connection.get());
+    constexpr std::uint32_t attributes[] = {true, XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+    xcb_create_window(m_connection.get(), XCB_COPY_FROM_PARENT, m_nowhere, screen->root, 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                      XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, attributes);
+    xcb_flush(m_connection.get());
+}
+
+bool NativeWindows::WatchParent(Window parent) {
+    constexpr std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    {
+        // First, so that a destruction that comes with the answer already finds it.
+        std::lock_guard const lock(m_mutex);
+        m_aliveParents.insert(parent);
+    }
+    auto const request =
+        xcb_change_window_attributes_checked(m_connection.get(), parent, XCB_CW_EVENT_MASK, &events);
+    if (Succeeds(m_connection.get(), request))
+        return true;
+    std::lock_guard const lock(m_mutex);
+    m_aliveParents.erase(parent);
+    return false;
+}
+
+void NativeWindows::LetInputThrough(Window child) {
+    if (xcb_get_extension_data(m_connection.get(), &xcb_shape_id)->present == 0)
+        return; // input then reaches the parent as it does from any child that selects none
+    xcb_shape_rectangles(m_connection.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED,
+                         child, 0, 0, 0, nullptr);
+}
+
+void NativeWindows::HandleEvents() {
+    while (Reply<xcb_generic_event_t> const event{xcb_wait_for_event(m_connection.get())}) {
+        switch (event->response_type & ~0x80) {
+        case XCB_EXPOSE:
+            ForwardExposure(event.get());
+            break;
+        case XCB_DESTROY_NOTIFY: {
+            Window const window = reinterpret_cast<xcb_destroy_notify_event_t const*>(event.get())->window;
+            if (window == m_nowhere)
+                return;
+            std::lock_guard const lock(m_mutex);
+            m_aliveParents.erase(window);
+            break;
+        }
+        default:
+            break;
+        }
+    }
+    std::lock_guard const lock(m_mutex);
+    m_aliveParents.clear(); // the display is gone, and every window with it
+}
+
+void NativeWindows::ForwardExposure(void const* exposeEvent) {
+    xcb_expose_event_t expose;
+    std::memcpy(&expose, exposeEvent, sizeof expose);
+    {
+        std::lock_guard const lock(m_mutex);
+        auto const child = m_parentOfChild.find(expose.window);
+        if (child == m_parentOfChild.end())
+            return;
+        expose.window = child->second;
+    }
+    char event[32] = {}; // the length of every event
+    std::memcpy(event, &expose, sizeof expose);
+    xcb_send_event(m_connection.get(), false, expose.window, XCB_EVENT_MASK_EXPOSURE, event);
+    xcb_flush(m_connection.get());
+}
+
+void NativeWindows::Disconnect::operator()(xcb_connection_t* connection) const {
+    xcb_disconnect(connection);
+}
+
+} // namespace zarvex::zx3D

@@ -1,0 +1,76 @@
+// The windows that bgfx draws into, inside those that the application gives.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <thread>
+
+struct xcb_connection_t;
+
+namespace zarvex::zx3D {
+
+/// Creates and watches X11 windows, through a connection of its own.
+///
+/// bgfx is never given the application's window itself but a child of exactly the frame buffer's size,
+/// because
+/// - Vulkan sizes its images by the window. The application's may have another size at any moment (the user
+///   drags its edge, a fractional scale factor rounds), and bgfx would then draw beyond the images;
+/// - the application's window may die at any moment, and takes its surface with it; a child can be moved
+/// away;
+/// - a window can have one surface at a time, and a new child has none.
+///
+/// To the application a child is invisible: input passes through it, and where it is exposed its parent is
+/// told.
+class NativeWindows {
+public:
+    /// Connects to the display of the environment; null when there is none.
+    static std::unique_ptr<NativeWindows> Connect();
+    ~NativeWindows();
+
+    NativeWindows(NativeWindows const&) = delete;
+    NativeWindows& operator=(NativeWindows const&) = delete;
+
+    /// True when the handle is a window of the display.
+    bool Exists(void* window);
+
+    /// Creates a child of the given size in pixels at the parent's top-left, and shows it. When the parent
+    /// does not exist, the child is created out of sight.
+    void* CreateChild(void* parent, std::uint16_t width, std::uint16_t height);
+
+    /// Takes a child out of its parent, so that it stays when the parent dies. When the call returns, the
+    /// display server has done so.
+    void MoveOutOfSight(void* child);
+
+    void DestroyChild(void* child);
+
+    /// True while a window that was a parent once has not been destroyed. Does not wait for the display
+    /// server.
+    bool IsAlive(void* parent);
+
+private:
+    using Window = std::uint32_t;
+
+    struct Disconnect {
+        void operator()(xcb_connection_t* connection) const;
+    };
+
+    explicit NativeWindows(xcb_connection_t* connection);
+
+    void CreateNowhere();
+    bool WatchParent(Window parent);
+    void LetInputThrough(Window child);
+    void HandleEvents();
+    void ForwardExposure(void const* exposeEvent);
+
+    std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
+    Window m_nowhere = 0; ///< never shown; parent of what is out of sight
+    std::mutex m_mutex;   ///< guards the two below
+    std::set<Window> m_aliveParents;
+    std::map<Window, Window> m_parentOfChild;
+    std::thread m_eventThread;
+};
+
+} // namespace zarvex::zx3D
