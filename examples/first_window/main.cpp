@@ -39,8 +39,8 @@ void DrawFrame(zx3DQt::BGFXWindow& window, float seconds) {
 int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
-    if (application.arguments().contains("--opengl")) // otherwise bgfx chooses
-        zx3D::Context::PreferRenderer(bgfx::RendererType::OpenGL);
+    bool const openGL = application.arguments().contains("--opengl");
+    zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
     if (!zx3DQt::Init(true)) // wait for the display's refresh
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
     {
