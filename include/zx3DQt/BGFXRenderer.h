@@ -5,7 +5,7 @@
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/zx3DQtExport.h>
 
-#include <zx3D/Context.h>
+#include <zx3D/ContextListener.h>
 #include <zx3D/DataSpan.h>
 #include <zx3D/FrameBuffer.h>
 #include <zx3D/Line.h>
@@ -33,12 +33,13 @@ namespace zarvex::zx3DQt {
 ///         renderer.PresentCurrentAndSubmitNextFrame(false);
 ///     }
 ///
-/// Lifetime: creates its bgfx resources with the first frame of a context and frees them with `CleanUp` or
-/// its destructor. One that outlives `Shutdown` calls bgfx no more, and starts anew with the next `Init`.
+/// Lifetime: creates its bgfx resources with the first frame of a context and frees them with `CleanUp`, its
+/// destructor, or the end of the context. Without a context `StartFrame` returns false; in the next one it
+/// creates its resources anew.
 ///
 /// Thread: the GUI thread, which calls bgfx's API. Errors: none are reported, except that a missing shader
 /// program throws `std::bad_optional_access`. It is neither copied nor moved.
-class ZX3DQT_EXPORT BGFXRenderer : public QObject {
+class ZX3DQT_EXPORT BGFXRenderer : public QObject, private zx3D::ContextListener {
     Q_OBJECT
 
 public:
@@ -79,8 +80,8 @@ public:
     void UpdateViewPositionUniform(QVector3D const& position) const;
 
     /// Begins to record a frame: follows the frame buffer's requested size and frees the buffers of the frame
-    /// before. Returns false, having done nothing, when the frame buffer is collapsed: draw and present
-    /// nothing then. Throws as `Initialize`.
+    /// before. Returns false, having done nothing, when the frame buffer is collapsed or no context runs:
+    /// draw and present nothing then. Throws as `Initialize`.
     bool StartFrame(zx3D::FrameBuffer& frameBuffer);
 
     /// Hands the recorded frame to bgfx and returns its number. `capture` asks bgfx to capture it for the
@@ -108,7 +109,8 @@ private:
     /// Per-frame and persistent buffers of the draw operations, by the tag of their kind.
     using ResourceStore = std::map<std::uint8_t, std::vector<std::any>>;
 
-    bool IsInitialized() const { return m_initialized && m_run.IsCurrent(); }
+    void OnContextStopping() override;
+
     void InitUniforms();
     void InitTextureSamplers();
     void InitPrograms();
@@ -123,7 +125,6 @@ private:
     void SetTransform(std::optional<ModelTransformCacheId> modelTransform) const;
 
     bool m_initialized = false;
-    zx3D::ContextRun m_run; ///< in which the resources below were created
     std::uint32_t m_modelTransformId = 0;
 
     bgfx::UniformHandle m_lineStippleUniform = BGFX_INVALID_HANDLE;

@@ -22,6 +22,9 @@ namespace zarvex::zx3DQt {
 /// itself: the application starts, records and presents frames, for example in a slot of a timer or in an
 /// override of `exposeEvent`. Input is republished as signals, whose arguments live until the signal returns.
 ///
+/// Closing the window destroys its surface, and a surface that comes later is not taken: to show the window
+/// again, hide it instead of closing it.
+///
 /// Lifetime: create it after `Init`. It may be destroyed after `Shutdown`. Thread: the GUI thread.
 class ZX3DQT_EXPORT BGFXWindow : public QWindow {
     Q_OBJECT

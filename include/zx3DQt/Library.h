@@ -27,12 +27,12 @@ namespace zarvex::zx3DQt {
 ZX3DQT_EXPORT bool Init(bool verticalSync, std::unique_ptr<bgfx::CallbackI> callback = nullptr);
 
 /// Stops the context, then frees the hidden widget and last the callback. On the GUI thread, after the render
-/// targets are destroyed; targets and renderers that are left can still be destroyed later. Harmless
-/// without `Init`.
+/// targets are destroyed and before the QApplication goes; targets and renderers that are left can still be
+/// destroyed later. Harmless without `Init`.
 ZX3DQT_EXPORT void Shutdown();
 
 /// Lets view 0 clear the hidden back buffer (colour, and depth to 1) in the next frame, so that the frame
-/// has work even when nothing is drawn. Submits no frame. GUI thread, while initialised.
+/// has work even when nothing is drawn. Submits no frame. GUI thread; does nothing while no context runs.
 ZX3DQT_EXPORT void ClearBackBufferWidget(QColor const& color);
 
 /// The hidden widget that bgfx was started on; null before `Init` and after `Shutdown`. Owned by the library.

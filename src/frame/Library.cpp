@@ -73,6 +73,8 @@ void Shutdown() {
 void ClearBackBufferWidget(QColor const& color) {
     constexpr bgfx::ViewId view = 0;
     std::lock_guard const lock(lifecycleMutex);
+    if (!zx3D::Context::IsInitialized())
+        return;
     bgfx::setViewFrameBuffer(view, BGFX_INVALID_HANDLE);
     bgfx::setViewClear(view, BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, QColorToClearColor(color), 1.0f, 0);
     bgfx::touch(view);

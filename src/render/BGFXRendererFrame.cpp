@@ -1,6 +1,8 @@
 // From the start of a frame to its presentation, and the model transforms recorded in between.
 #include <zx3DQt/BGFXRenderer.h>
 
+#include <zx3D/Context.h>
+
 #include "../frame/Logging.h"
 
 namespace zarvex::zx3DQt {
@@ -12,6 +14,8 @@ bool BGFXRenderer::StartFrame(zx3D::FrameBuffer& frameBuffer) {
         LogDebug("--- WARNING: Framebuffer is collapsed: cannot render to framebuffer ---");
         return false;
     }
+    if (!zx3D::Context::IsInitialized())
+        return false;
     LogDebug("--- Starting next frame [(width,height):(", width, ",", height, ")] ---");
     Initialize();
     frameBuffer.SubmitOnDemand();
@@ -30,7 +34,8 @@ std::uint32_t BGFXRenderer::PresentCurrentAndSubmitNextFrame(bool capture) {
 
 std::uint32_t BGFXRenderer::PresentSubmittedFrame(bool capture) {
     // bgfx runs up to one frame behind: the second call waits for the recorded frame.
-    LogDebug("--- [1] Presenting discarded frame [count:", bgfx::frame(capture), "] ---");
+    std::uint32_t const discarded = bgfx::frame(capture);
+    LogDebug("--- [1] Presenting discarded frame [count:", discarded, "] ---");
     std::uint32_t const frame = bgfx::frame(capture);
     LogDebug("--- [2] Presenting submitted frame [count:", frame, "] ---");
     return frame;

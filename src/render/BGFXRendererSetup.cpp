@@ -31,11 +31,9 @@ BGFXRenderer::~BGFXRenderer() {
 }
 
 void BGFXRenderer::Initialize() {
-    if (IsInitialized())
+    if (m_initialized)
         return;
-    m_initialized = false; // what an earlier context created went with it
     LogDebug("Init BGFXRenderer [this: ", static_cast<void const*>(this), "]");
-    m_run = zx3D::ContextRun::Current();
     InitUniforms();
     InitTextureSamplers();
     InitPrograms();
@@ -43,7 +41,7 @@ void BGFXRenderer::Initialize() {
 }
 
 void BGFXRenderer::CleanUp() {
-    if (!IsInitialized())
+    if (!m_initialized)
         return;
     LogDebug("Destroying BGFXRenderer bgfx resources [this: ", static_cast<void const*>(this), "]");
     DestroyUniform(m_lineStippleUniform);
@@ -55,6 +53,12 @@ void BGFXRenderer::CleanUp() {
     DestroyUniform(m_depthOffsetBiasUniform);
     DestroyUniform(m_fullscreenTextureSampler);
     m_initialized = false;
+}
+
+void BGFXRenderer::OnContextStopping() {
+    CleanUp();
+    m_frameResources.clear();
+    m_persistentResources.clear();
 }
 
 void BGFXRenderer::InitUniforms() {

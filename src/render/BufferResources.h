@@ -1,10 +1,9 @@
 // Buffers that live longer than the draw call that creates them.
 #pragma once
 
-#include <zx3D/Context.h>
-
 #include <bgfx/bgfx.h>
 
+#include <cstdint>
 #include <vector>
 
 namespace zarvex::zx3DQt {
@@ -12,15 +11,13 @@ namespace zarvex::zx3DQt {
 /// A pair of index and vertex buffer with the data behind them; `IndexBuffer` and `VertexBuffer` are bgfx
 /// handle types.
 ///
-/// Owns the handles: the destructor destroys the index buffer, then the vertex buffer, each if it was created
-/// and if its context still runs. It is not copied, so keep it in a `std::any` behind a shared pointer.
+/// Owns the handles: the destructor destroys the index buffer, then the vertex buffer, each if it was
+/// created; bgfx must still run. It is not copied, so keep it in a `std::any` behind a shared pointer.
 template<typename IndexBuffer, typename VertexBuffer, typename V, typename I>
 class BufferResource {
 public:
     BufferResource() = default;
     ~BufferResource() {
-        if (!m_run.IsCurrent())
-            return;
         if (bgfx::isValid(indexBuffer))
             bgfx::destroy(indexBuffer);
         if (bgfx::isValid(vertexBuffer))
@@ -34,9 +31,6 @@ public:
     VertexBuffer vertexBuffer = BGFX_INVALID_HANDLE;
     std::vector<I> indices;
     std::vector<V> vertices;
-
-private:
-    zx3D::ContextRun m_run = zx3D::ContextRun::Current();
 };
 
 /// Buffers of one frame's sprites.

@@ -28,6 +28,8 @@ BGFXWindow::BGFXWindow(QWindow* parent)
 
 BGFXWindow::~BGFXWindow() {
     LogDebug("Destroying BGFXWindow [this: ", AddressOf(this), "]");
+    // QWindow's destructor destroys the native window, too late for event() to hear of it.
+    m_frameBuffer.LeaveWindow();
 }
 
 bool BGFXWindow::event(QEvent* event) {
@@ -125,11 +127,15 @@ void BGFXWindow::UpdateFrameBufferSize() {
 }
 
 void BGFXWindow::LogHandler(char const* eventClass, QEvent const* event) const {
+    if (!LibraryLog().isDebugEnabled())
+        return;
     LogDebug("BGFXWindow", "::", eventClass, "[this:", AddressOf(this), "]", "[objectName:", objectName(),
              "]", "[event: ", event, "]");
 }
 
 void BGFXWindow::LogGeometry(char const* prefix) const {
+    if (!LibraryLog().isDebugEnabled())
+        return;
     LogDebug(prefix, "[size:", size(), "]", "[geometry:", geometry(), "]", "[frameGeometry:", frameGeometry(),
              "]", "[pixelRatio: ", devicePixelRatio(), "]");
 }

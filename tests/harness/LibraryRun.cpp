@@ -1,7 +1,6 @@
 // Start, stop and what went wrong in between.
 #include "LibraryRun.h"
 
-#include "Sanitizers.h"
 #include "Trouble.h"
 
 #include <zx3DQt/Library.h>
@@ -18,7 +17,6 @@ LibraryRun::LibraryRun(bgfx::RendererType::Enum backend) {
     zx3D::Context::PreferRenderer(backend);
     EXPECT_TRUE(zx3DQt::Init(false, std::make_unique<TroubleCallback>()));
     EXPECT_EQ(bgfx::getRendererType(), backend) << "bgfx fell back to another backend";
-    PinLoadedLibraries(); // with the backend's drivers
 }
 
 LibraryRun::~LibraryRun() {

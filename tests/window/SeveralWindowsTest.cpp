@@ -56,6 +56,24 @@ TEST_P(SeveralWindowsTest, OthersGoOnWhenOneIsDeleted) {
     }
 }
 
+TEST_P(SeveralWindowsTest, AChildWindowStaysInFrontOfItsParent) {
+    CornerWindow parent(Qt::darkCyan, 0);
+    CornerWindow child(Qt::darkYellow, 1);
+    child.setParent(&parent);
+    child.setGeometry(100, 80, 60, 40);
+    ShowAndWait(parent);
+    child.show();
+    for (int width : {320, 350, 330}) {
+        parent.resize(width, 240);
+        ASSERT_TRUE(WaitUntil([&] {
+            parent.PaintFrame();
+            child.PaintFrame();
+            return GrabFromScreen(parent).pixel(130, 100) == child.GetColor().rgb() &&
+                   GrabFromScreen(parent).pixel(50, 100) == parent.GetColor().rgb();
+        }));
+    }
+}
+
 ZX3D_INSTANTIATE_BACKENDS(SeveralWindowsTest);
 
 } // namespace zarvex::testing

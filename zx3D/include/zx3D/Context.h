@@ -31,14 +31,16 @@ private:
 /// Thread: all operations run on one thread, the one that calls bgfx's API (in a Qt application the GUI
 /// thread). Errors: `Initialize` returns false; nothing throws. Messages go to the callback of the options.
 ///
-/// It does not choose a window system: on Linux it draws through X11 (under Wayland through XWayland).
+/// It draws through X11, on the display that the environment variable DISPLAY names (under Wayland through
+/// XWayland).
 class ZX3D_EXPORT Context {
 public:
     Context() = delete;
 
     /// Starts bgfx on the window of the options. Returns true on success, and false when the context runs
     /// already, when there is no X display, when the handle is not a window of that display, or when bgfx
-    /// finds no renderer that works; it can then be called again. A fatal error inside bgfx goes to the
+    /// finds no renderer that works; it can then be called again. Also false when a debug build of bgfx is to
+    /// start once more after a single-threaded run, which it refuses. A fatal error inside bgfx goes to the
     /// callback's `fatal`.
     static bool Initialize(ContextOptions const& options);
 

@@ -20,10 +20,10 @@ class Surface;
 /// object follow it.
 ///
 /// Lifetime: the bgfx object goes with `Destroy()`, or with `Context::Shutdown`, never with the destructor:
-/// the owner decides. `Destroy()` an attached frame buffer before its native window goes. If a window dies
-/// without that, what is drawn for it is shown nowhere, and the bgfx object is freed when that is noticed,
-/// at the latest with the context.
-/// A frame buffer may outlive the context, and is created anew in the next one.
+/// the owner decides. `Destroy()` an attached frame buffer, or let it `LeaveWindow()`, before its native
+/// window goes. If a window dies without that, what is drawn for it is shown nowhere, and the bgfx object is
+/// freed when that is noticed, at the latest with the context. A frame buffer may outlive the context, and is
+/// created anew in the next one.
 ///
 /// Thread: the one that calls bgfx's API.
 class ZX3D_EXPORT FrameBuffer {
@@ -57,8 +57,13 @@ public:
 
     /// Creates the bgfx object if there is none, or re-creates it if its size is not the requested one. Does
     /// nothing while collapsed or while the context is not initialised. Re-creating an attached frame buffer
-    /// submits what was recorded so far, as `Destroy` does: call it before recording.
+    /// submits what was recorded so far, as `Destroy` does, and so does freeing the surfaces of windows that
+    /// died: call it before recording.
     void SubmitOnDemand();
+
+    /// The native window is about to go, and the bgfx object is to stay: what is drawn from here on is shown
+    /// nowhere. Does nothing for an unattached frame buffer. Quicker than `Destroy`: it submits no frame.
+    void LeaveWindow();
 
     /// Destroys the bgfx object, for all copies. For an attached frame buffer it returns when bgfx and its
     /// render thread have let go of the native window, having submitted what was recorded so far.

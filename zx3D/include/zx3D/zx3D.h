@@ -3,6 +3,7 @@
 
 #include <zx3D/Color.h>
 #include <zx3D/Context.h>
+#include <zx3D/ContextListener.h>
 #include <zx3D/ContextOptions.h>
 #include <zx3D/DataSpan.h>
 #include <zx3D/FrameBuffer.h>

@@ -4,6 +4,7 @@
 #include <zx3D/ProgramFactory.h>
 
 #include "../surface/SurfaceRegistry.h"
+#include "ContextListeners.h"
 #include "RunningContext.h"
 
 namespace zarvex::zx3D {
@@ -47,12 +48,13 @@ bool Context::Initialize(ContextOptions const& options) {
 
 void Context::Shutdown() {
     State& state = GetState();
-    if (!state.running)
-        return;
-    ProgramFactory::Get().DestroyPrograms();
-    SurfaceRegistry::Get().EndRun();
-    state.running.reset();
-    state.options.callback = nullptr; // borrowed until now
+    if (state.running) {
+        NotifyContextStopping();
+        ProgramFactory::Get().DestroyPrograms();
+        SurfaceRegistry::Get().EndRun();
+        state.running.reset();
+    }
+    state.options.callback = nullptr; // borrowed until now, also when the start failed
 }
 
 ContextOptions const& Context::GetOptions() {

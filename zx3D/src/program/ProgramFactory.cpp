@@ -12,9 +12,9 @@ namespace zarvex::zx3D {
 
 namespace {
 
-void Report(std::string_view shader, char const* what) {
-    Trace(Context::GetOptions().callback, __FILE__, __LINE__, "zx3D: shader \"%.*s\" %s",
-          static_cast<int>(shader.size()), shader.data(), what);
+void Report(std::string_view shader, char const* what, char const* detail = "") {
+    Trace(Context::GetOptions().callback, __FILE__, __LINE__, "zx3D: shader \"%.*s\" %s%s",
+          static_cast<int>(shader.size()), shader.data(), what, detail);
 }
 
 /// The shader's binary for the running renderer. The renderer that draws nothing takes any.
@@ -30,7 +30,21 @@ std::span<std::uint8_t const> SelectBinary(EmbeddedShader const& shader) {
     }
 }
 
-bgfx::ShaderHandle CreateShader(std::string_view name) {
+/// What the first byte of a shader's binary tells it to be.
+enum class Stage : std::uint8_t { Vertex = 'V', Fragment = 'F', Compute = 'C' };
+
+char const* NameOf(Stage stage) {
+    switch (stage) {
+    case Stage::Vertex:
+        return "vertex";
+    case Stage::Fragment:
+        return "fragment";
+    default:
+        return "compute";
+    }
+}
+
+bgfx::ShaderHandle CreateShader(std::string_view name, Stage stage) {
     EmbeddedShader const* const shader = FindEmbeddedShader(name);
     if (shader == nullptr) {
         Report(name, "does not exist");
@@ -39,6 +53,10 @@ bgfx::ShaderHandle CreateShader(std::string_view name) {
     std::span<std::uint8_t const> const binary = SelectBinary(*shader);
     if (binary.empty()) {
         Report(name, "is not available for the running renderer");
+        return BGFX_INVALID_HANDLE;
+    }
+    if (binary.front() != static_cast<std::uint8_t>(stage)) { // bgfx would only check in debug builds
+        Report(name, "is of another stage than ", NameOf(stage));
         return BGFX_INVALID_HANDLE;
     }
     // Embedded data outlives bgfx, so a reference will do.
@@ -52,8 +70,8 @@ void DestroyIfValid(bgfx::ShaderHandle shader) {
 
 bgfx::ProgramHandle CreateGraphicsProgram(std::string_view vertexShaderName,
                                           std::string_view fragmentShaderName) {
-    bgfx::ShaderHandle const vertex = CreateShader(vertexShaderName);
-    bgfx::ShaderHandle const fragment = CreateShader(fragmentShaderName);
+    bgfx::ShaderHandle const vertex = CreateShader(vertexShaderName, Stage::Vertex);
+    bgfx::ShaderHandle const fragment = CreateShader(fragmentShaderName, Stage::Fragment);
     if (bgfx::isValid(vertex) && bgfx::isValid(fragment)) {
         constexpr bool ownsShaders = true;
         bgfx::ProgramHandle const program = bgfx::createProgram(vertex, fragment, ownsShaders);
@@ -67,13 +85,13 @@ bgfx::ProgramHandle CreateGraphicsProgram(std::string_view vertexShaderName,
 }
 
 bgfx::ProgramHandle CreateComputeProgram(std::string_view name) {
-    bgfx::ShaderHandle const compute = CreateShader(name);
+    bgfx::ShaderHandle const compute = CreateShader(name, Stage::Compute);
     if (!bgfx::isValid(compute))
         return BGFX_INVALID_HANDLE;
     constexpr bool ownsShaders = true;
     bgfx::ProgramHandle const program = bgfx::createProgram(compute, ownsShaders);
     if (!bgfx::isValid(program)) {
-        Report(name, "is not a compute shader");
+        Report(name, "does not make a program");
         bgfx::destroy(compute);
     }
     return program;
@@ -82,7 +100,8 @@ bgfx::ProgramHandle CreateComputeProgram(std::string_view name) {
 } // namespace
 
 ProgramFactory& ProgramFactory::Get() {
-    static ProgramFactory factory;
+    // Never destroyed: the context may be shut down at the very end of the process.
+    static ProgramFactory& factory = *new ProgramFactory;
     return factory;
 }
 

@@ -37,6 +37,10 @@ void FrameBuffer::SubmitOnDemand() {
     m_surface->SubmitOnDemand();
 }
 
+void FrameBuffer::LeaveWindow() {
+    m_surface->LeaveWindow();
+}
+
 void FrameBuffer::Destroy() {
     m_surface->Destroy();
 }

@@ -24,17 +24,17 @@ void* ToHandle(std::uint32_t window) {
 
 /// Waits for the display server; true when it carried the request out.
 bool Succeeds(xcb_connection_t* connection, xcb_void_cookie_t request) {
-    return !Reply<xcb_generic_error_t>(xcb_request_check(connection, request));
+    Reply<xcb_generic_error_t> const error(xcb_request_check(connection, request));
+    return !error && xcb_connection_has_error(connection) == 0;
 }
 
 } // namespace
 
 std::unique_ptr<NativeWindows> NativeWindows::Connect() {
-    xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
-    std::unique_ptr<NativeWindows> windows(new NativeWindows(connection));
-    if (xcb_connection_has_error(connection) != 0)
+    int screen = 0;
+    std::unique_ptr<NativeWindows> windows(new NativeWindows(xcb_connect(nullptr, &screen)));
+    if (xcb_connection_has_error(windows->m_connection.get()) != 0 || !windows->CreateNowhere(screen))
         return nullptr;
-    windows->CreateNowhere();
     windows->m_eventThread = std::thread(&NativeWindows::HandleEvents, windows.get());
     return windows;
 }
@@ -64,15 +64,14 @@ void* NativeWindows::CreateChild(void* parent, std::uint16_t width, std::uint16_
     xcb_create_window(m_connection.get(), XCB_COPY_FROM_PARENT, child, parentId, 0, 0, width, height, 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                       XCB_CW_BACK_PIXMAP | XCB_CW_EVENT_MASK, attributes);
-    {
-        std::lock_guard const lock(m_mutex);
-        m_parentOfChild[child] = parentId;
-    }
     LetInputThrough(child);
+    PutBelowOthers(child, parentId);
     // Waits for the server, since bgfx uses the window on another connection.
     bool const shown = Succeeds(m_connection.get(), xcb_map_window_checked(m_connection.get(), child));
-    if (!shown && parentId != m_nowhere)
-        return CreateChild(ToHandle(m_nowhere), width, height); // the parent died just now
+    if (!shown && parentId != m_nowhere) { // the parent died just now
+        DestroyChild(ToHandle(child));
+        return CreateChild(ToHandle(m_nowhere), width, height);
+    }
     return ToHandle(child);
 }
 
@@ -96,14 +95,17 @@ bool NativeWindows::IsAlive(void* parent) {
     return m_aliveParents.contains(ToId(parent));
 }
 
-void NativeWindows::CreateNowhere() {
-    xcb_screen_t const* const screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get())).data;
+bool NativeWindows::CreateNowhere(int screenNumber) {
+    xcb_screen_iterator_t screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get()));
+    for (int i = 0; i < screenNumber; ++i)
+        xcb_screen_next(&screen);
     m_nowhere = xcb_generate_id(m_connection.get());
     constexpr std::uint32_t attributes[] = {true, XCB_EVENT_MASK_STRUCTURE_NOTIFY};
-    xcb_create_window(m_connection.get(), XCB_COPY_FROM_PARENT, m_nowhere, screen->root, 0, 0, 1, 1, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                      XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, attributes);
-    xcb_flush(m_connection.get());
+    auto const request =
+        xcb_create_window_checked(m_connection.get(), XCB_COPY_FROM_PARENT, m_nowhere, screen.data->root, 0,
+                                  0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                                  XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, attributes);
+    return Succeeds(m_connection.get(), request);
 }
 
 bool NativeWindows::WatchParent(Window parent) {
@@ -123,10 +125,28 @@ bool NativeWindows::WatchParent(Window parent) {
 }
 
 void NativeWindows::LetInputThrough(Window child) {
-    if (xcb_get_extension_data(m_connection.get(), &xcb_shape_id)->present == 0)
+    xcb_query_extension_reply_t const* const shape =
+        xcb_get_extension_data(m_connection.get(), &xcb_shape_id);
+    if (shape == nullptr || shape->present == 0)
         return; // input then reaches the parent as it does from any child that selects none
     xcb_shape_rectangles(m_connection.get(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED,
                          child, 0, 0, 0, nullptr);
+}
+
+void NativeWindows::PutBelowOthers(Window child, Window parent) {
+    std::lock_guard const lock(m_mutex);
+    Window newest = XCB_NONE; // of ours; ids grow
+    for (auto const& [other, itsParent] : m_parentOfChild)
+        newest = itsParent == parent ? other : newest;
+    if (newest == XCB_NONE) {
+        constexpr std::uint32_t below = XCB_STACK_MODE_BELOW;
+        xcb_configure_window(m_connection.get(), child, XCB_CONFIG_WINDOW_STACK_MODE, &below);
+    } else {
+        std::uint32_t const aboveNewest[] = {newest, XCB_STACK_MODE_ABOVE};
+        xcb_configure_window(m_connection.get(), child,
+                             XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE, aboveNewest);
+    }
+    m_parentOfChild[child] = parent;
 }
 
 void NativeWindows::HandleEvents() {

@@ -59,9 +59,13 @@ private:
 
     explicit NativeWindows(xcb_connection_t* connection);
 
-    void CreateNowhere();
+    bool CreateNowhere(int screenNumber);
     bool WatchParent(Window parent);
     void LetInputThrough(Window child);
+
+    /// Below the windows that the application has in the parent, above those that we have there; notes the
+    /// parent.
+    void PutBelowOthers(Window child, Window parent);
     void HandleEvents();
     void ForwardExposure(void const* exposeEvent);
 

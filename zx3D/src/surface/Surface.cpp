@@ -44,7 +44,7 @@ void Surface::SubmitOnDemand() {
         return;
     Destroy();
     m_handle = IsAttached() ? CreateOnWindow() : CreateOnTextures();
-    if (!bgfx::isValid(m_handle))
+    if (!bgfx::isValid(m_handle)) // as many as bgfx can hold
         return;
     m_run = ContextRun::Current();
     m_created = m_requested;
@@ -69,7 +69,7 @@ void Surface::DestroyObject() {
 
 void Surface::LeaveWindow() {
     NativeWindows* const windows = SurfaceRegistry::Get().GetNativeWindows();
-    if (IsAttached() && windows != nullptr)
+    if (HasObject() && IsAttached() && windows != nullptr)
         windows->MoveOutOfSight(m_child);
 }
 
@@ -92,7 +92,11 @@ bgfx::FrameBufferHandle Surface::CreateOnWindow() {
         Trace(Context::GetOptions().callback, __FILE__, __LINE__,
               "zx3D: native window %p does not exist; what is drawn for it is not shown", m_nativeWindow);
     }
-    return bgfx::createFrameBuffer(m_child, width, height, m_colorFormat, m_depthFormat);
+    bgfx::FrameBufferHandle const handle =
+        bgfx::createFrameBuffer(m_child, width, height, m_colorFormat, m_depthFormat);
+    if (!bgfx::isValid(handle) && windows != nullptr)
+        windows->DestroyChild(m_child);
+    return handle;
 }
 
 bgfx::FrameBufferHandle Surface::CreateOnTextures() const {
@@ -109,7 +113,12 @@ bgfx::FrameBufferHandle Surface::CreateOnTextures() const {
         bgfx::createTexture2D(width, height, false, 1, m_depthFormat, BGFX_TEXTURE_RT_WRITE_ONLY),
     };
     constexpr bool ownsTextures = true;
-    return bgfx::createFrameBuffer(2, textures, ownsTextures);
+    bgfx::FrameBufferHandle const handle = bgfx::createFrameBuffer(2, textures, ownsTextures);
+    if (!bgfx::isValid(handle)) {
+        for (bgfx::TextureHandle const texture : textures)
+            bgfx::destroy(texture);
+    }
+    return handle;
 }
 
 } // namespace zarvex::zx3D

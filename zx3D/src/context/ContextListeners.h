@@ -1,0 +1,9 @@
+// Those who hear of the context's end.
+#pragma once
+
+namespace zarvex::zx3D {
+
+/// Tells every listener that the context is about to stop.
+void NotifyContextStopping();
+
+} // namespace zarvex::zx3D
