@@ -17,7 +17,7 @@ namespace zarvex::testing {
 namespace {
 
 constexpr int kMarkExtent = 12; // pixels
-constexpr int kPatienceSeconds = 5;
+constexpr int kPatienceSeconds = 20;
 
 struct Mark {
     bool right;
