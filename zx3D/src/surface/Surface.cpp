@@ -44,7 +44,7 @@ void Surface::SubmitOnDemand() {
         return;
     Destroy();
     m_handle = IsAttached() ? CreateOnWindow() : CreateOnTextures();
-    if (!bgfx::isValid(m_handle)) // as many as bgfx can hold
+    if (!bgfx::isValid(m_handle)) // too large, or bgfx holds as many as it can
         return;
     m_run = ContextRun::Current();
     m_created = m_requested;
@@ -115,8 +115,10 @@ bgfx::FrameBufferHandle Surface::CreateOnTextures() const {
     constexpr bool ownsTextures = true;
     bgfx::FrameBufferHandle const handle = bgfx::createFrameBuffer(2, textures, ownsTextures);
     if (!bgfx::isValid(handle)) {
-        for (bgfx::TextureHandle const texture : textures)
-            bgfx::destroy(texture);
+        for (bgfx::TextureHandle const texture : textures) {
+            if (bgfx::isValid(texture))
+                bgfx::destroy(texture);
+        }
     }
     return handle;
 }
