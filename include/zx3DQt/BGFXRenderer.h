@@ -13,6 +13,7 @@
 
 #include <bgfx/bgfx.h>
 
+#include <QColor>
 #include <QMatrix4x4>
 #include <QObject>
 #include <QVector3D>
@@ -96,18 +97,71 @@ public:
     /// another one. The id means this matrix until the frame is presented.
     ModelTransformCacheId SetModelTransform(QMatrix4x4 const& matrix);
 
-    /// Draws triangles of interpolated vertex colours, without light. `indices` are taken three by three into
-    /// `vertices`, and not checked. An empty span of either draws nothing. An absent `modelTransform` means
-    /// the current one, an absent `state` `STATE_OPAQUE`. The data are copied.
+    // Draw operations. Each submits into the bgfx view of `view` at once and copies its data. Common to all:
+    // - an empty span draws nothing;
+    // - an absent `modelTransform` means the current one, an absent `state` the operation's own;
+    // - what one frame draws lives in bgfx's transient buffers (`zx3D::ContextOptions` sets their size), wide
+    //   lines and large points excepted. A submission that no longer fits is left out; of a call of points
+    //   those are drawn that fit. A debug build of bgfx stops at the latter with an assertion.
+
+    /// Draws segments, `STATE_LINES` unless told otherwise. Of `width` pixels, rounded, halves away from
+    /// zero: up to 1 they are thin lines of one pixel, above they are wide lines: rectangles on the screen,
+    /// which take `STATE_OPAQUE` for their own state and a state of triangles. At most 65535.
+    ///
+    /// The width does not change with distance. Wide lines are not clipped where they pass behind the camera:
+    /// keep both ends of a line in front of it. `stipple` runs along each segment from its start, in pixels;
+    /// absent, the lines are solid. Thin lines of any count; above 32,768 bgfx gets several draw calls.
+    void DrawLines(BGFXViewContext const& view, zx3D::DataSpan<zx3D::Line const> lines,
+                   std::optional<float> width = std::nullopt,
+                   std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
+                   std::optional<zx3D::LineStipplePattern> const& stipple = std::nullopt,
+                   std::optional<BGFXRenderState> state = std::nullopt) const;
+
+    /// Draws a line strip: joins the positions in the order of `indices`, or in their own order when there
+    /// are fewer than two indices. A pair of equal indices, or with one beyond the positions, makes no
+    /// segment. The rest as above; a stipple starts again at every segment.
+    void DrawLines(BGFXViewContext const& view, zx3D::DataSpan<QVector3D const> positions,
+                   zx3D::DataSpan<std::uint16_t const> indices, QColor const& color,
+                   std::optional<float> width = std::nullopt,
+                   std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
+                   std::optional<zx3D::LineStipplePattern> const& stipple = std::nullopt,
+                   std::optional<BGFXRenderState> state = std::nullopt) const;
+
+    /// Draws points. With a `size` of 2 or more they are squares of that many pixels whatever their distance,
+    /// `STATE_OPAQUE` unless `state`, of triangles, is given. Otherwise they are single pixels, always in
+    /// `STATE_POINTS`.
+    void DrawPoints(BGFXViewContext const& view, zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const> points,
+                    std::optional<std::uint16_t> size = std::nullopt,
+                    std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
+                    std::optional<BGFXRenderState> state = std::nullopt) const;
+
+    /// Draws triangles of interpolated vertex colours, without light, `STATE_OPAQUE` unless told otherwise.
+    /// `indices` are taken three by three into `vertices`, and not checked.
     void DrawTriangles(BGFXViewContext const& view,
                        zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const> vertices,
                        zx3D::DataSpan<std::uint16_t const> indices,
                        std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
                        std::optional<BGFXRenderState> state = std::nullopt) const;
 
+    /// Draws lit triangles of both sides, `STATE_TRANSPARENT` unless told otherwise, with the lighting
+    /// program unless `program` is given. `indices` as above.
+    ///
+    /// The lighting program reads the material, the lights and the view position that were set before the
+    /// call. Without a material the vertex colours are the surface's; without any light the viewer carries
+    /// one.
+    void DrawTriangles(BGFXViewContext const& view,
+                       zx3D::DataSpan<zx3D::Vertex::Pos3fNormal3fColorRGBA const> vertices,
+                       zx3D::DataSpan<std::uint16_t const> indices,
+                       std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
+                       std::optional<BGFXRenderState> state = std::nullopt,
+                       std::optional<bgfx::ProgramHandle> program = std::nullopt) const;
+
 private:
     /// Per-frame and persistent buffers of the draw operations, by the tag of their kind.
     using ResourceStore = std::map<std::uint8_t, std::vector<std::any>>;
+
+    using Lines = zx3D::DataSpan<zx3D::Line const>;
+    using Points = zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const>;
 
     void OnContextStopping() override;
 
@@ -122,7 +176,46 @@ private:
     void UpdateViewportUniform(BGFXViewContext const& view) const;
     void UpdateDepthOffsetBiasUniform(float offset, float bias) const;
 
+    std::uint32_t TransformIdOrCurrent(std::optional<ModelTransformCacheId> modelTransform) const;
     void SetTransform(std::optional<ModelTransformCacheId> modelTransform) const;
+    QMatrix4x4 ModelViewProjection(BGFXViewContext const& view,
+                                   std::optional<ModelTransformCacheId> modelTransform) const;
+
+    void DrawBasicLines(BGFXViewContext const& view, Lines lines,
+                        std::optional<ModelTransformCacheId> modelTransform,
+                        std::optional<zx3D::LineStipplePattern> const& stipple,
+                        std::optional<BGFXRenderState> state) const;
+    void DrawBasicPoints(BGFXViewContext const& view, Points points,
+                         std::optional<ModelTransformCacheId> modelTransform) const;
+
+    // Sprites: expanded to triangles by a compute shader where there is compute, otherwise here.
+    void DrawPointSprites(BGFXViewContext const& view, Points points, std::uint16_t size,
+                          std::optional<ModelTransformCacheId> modelTransform,
+                          std::optional<BGFXRenderState> state) const;
+    void DrawPointSpritesCPU(BGFXViewContext const& view, Points points, std::uint16_t size,
+                             std::optional<ModelTransformCacheId> modelTransform,
+                             std::optional<BGFXRenderState> state) const;
+    void DrawPointSpritesGPU(BGFXViewContext const& view, Points points, std::uint16_t size,
+                             std::optional<ModelTransformCacheId> modelTransform,
+                             std::optional<BGFXRenderState> state) const;
+    void DrawRectangleSprites(BGFXViewContext const& view, Lines lines, std::uint16_t width,
+                              std::optional<ModelTransformCacheId> modelTransform,
+                              std::optional<zx3D::LineStipplePattern> const& stipple,
+                              std::optional<BGFXRenderState> state) const;
+    void DrawRectangleSpritesCPU(BGFXViewContext const& view, Lines lines, std::uint16_t width,
+                                 std::optional<ModelTransformCacheId> modelTransform,
+                                 std::optional<zx3D::LineStipplePattern> const& stipple,
+                                 std::optional<BGFXRenderState> state) const;
+    void DrawRectangleSpritesGPU(BGFXViewContext const& view, Lines lines, std::uint16_t width,
+                                 std::optional<ModelTransformCacheId> modelTransform,
+                                 std::optional<zx3D::LineStipplePattern> const& stipple,
+                                 std::optional<BGFXRenderState> state) const;
+
+    template<typename V>
+    void SubmitTriangles(BGFXViewContext const& view, zx3D::DataSpan<V const> vertices,
+                         zx3D::DataSpan<std::uint16_t const> indices,
+                         std::optional<ModelTransformCacheId> modelTransform, BGFXRenderState state,
+                         bgfx::ProgramHandle program) const;
 
     bool m_initialized = false;
     std::uint32_t m_modelTransformId = 0;
@@ -146,7 +239,7 @@ private:
     bgfx::ProgramHandle m_rectangleSpriteProgram = BGFX_INVALID_HANDLE;
     bgfx::ProgramHandle m_fullscreenTextureProgram = BGFX_INVALID_HANDLE;
 
-    ResourceStore m_frameResources;
+    mutable ResourceStore m_frameResources; ///< draw operations, which change nothing else, append to it
     ResourceStore m_persistentResources;
     std::map<std::uint32_t, QMatrix4x4> m_modelTransforms;
 };

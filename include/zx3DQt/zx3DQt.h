@@ -2,6 +2,8 @@
 #pragma once
 
 #include <zx3DQt/BGFXDefaultCallback.h>
+#include <zx3DQt/BGFXNativeWidget.h>
+#include <zx3DQt/BGFXOffscreenWidget.h>
 #include <zx3DQt/BGFXRenderer.h>
 #include <zx3DQt/BGFXViewContext.h>
 #include <zx3DQt/BGFXWindow.h>

@@ -48,8 +48,19 @@ ModelTransformCacheId BGFXRenderer::SetModelTransform(QMatrix4x4 const& matrix) 
     return ModelTransformCacheId{id};
 }
 
+std::uint32_t BGFXRenderer::TransformIdOrCurrent(std::optional<ModelTransformCacheId> modelTransform) const {
+    return modelTransform ? std::uint32_t{*modelTransform} : m_modelTransformId;
+}
+
 void BGFXRenderer::SetTransform(std::optional<ModelTransformCacheId> modelTransform) const {
-    bgfx::setTransform(modelTransform ? std::uint32_t{*modelTransform} : m_modelTransformId, 1);
+    bgfx::setTransform(TransformIdOrCurrent(modelTransform), 1);
+}
+
+QMatrix4x4 BGFXRenderer::ModelViewProjection(BGFXViewContext const& view,
+                                             std::optional<ModelTransformCacheId> modelTransform) const {
+    auto const found = m_modelTransforms.find(TransformIdOrCurrent(modelTransform));
+    QMatrix4x4 const model = found != m_modelTransforms.end() ? found->second : QMatrix4x4();
+    return view.GetProjectionMatrix() * view.GetViewMatrix() * model;
 }
 
 } // namespace zarvex::zx3DQt

@@ -3,8 +3,9 @@
 
 #include <bgfx/bgfx.h>
 
+#include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 namespace zarvex::zx3DQt {
 
@@ -12,7 +13,8 @@ namespace zarvex::zx3DQt {
 /// handle types.
 ///
 /// Owns the handles: the destructor destroys the index buffer, then the vertex buffer, each if it was
-/// created; bgfx must still run. It is not copied, so keep it in a `std::any` behind a shared pointer.
+/// created; bgfx must still run. The data are owned together with bgfx, see `MakeSharedRef`. It is not
+/// copied, so keep it in a `std::any` behind a shared pointer.
 template<typename IndexBuffer, typename VertexBuffer, typename V, typename I>
 class BufferResource {
 public:
@@ -29,8 +31,8 @@ public:
 
     IndexBuffer indexBuffer = BGFX_INVALID_HANDLE;
     VertexBuffer vertexBuffer = BGFX_INVALID_HANDLE;
-    std::vector<I> indices;
-    std::vector<V> vertices;
+    std::shared_ptr<I[]> indices;
+    std::shared_ptr<V[]> vertices;
 };
 
 /// Buffers of one frame's sprites.
@@ -41,5 +43,15 @@ using DynamicBufferResource =
 /// Buffers that are created once and kept.
 template<typename V, typename I>
 using StaticBufferResource = BufferResource<bgfx::IndexBufferHandle, bgfx::VertexBufferHandle, V, I>;
+
+/// The first `count` values for bgfx, by reference. bgfx shares their ownership until it has read them, which
+/// its render thread may do only after the resource they belong to is gone.
+template<typename T>
+bgfx::Memory const* MakeSharedRef(std::shared_ptr<T[]> const& values, std::size_t count) {
+    using Owner = std::shared_ptr<T[]>;
+    auto const release = [](void*, void* owner) { delete static_cast<Owner*>(owner); };
+    return bgfx::makeRef(values.get(), static_cast<std::uint32_t>(count * sizeof(T)), release,
+                         new Owner(values));
+}
 
 } // namespace zarvex::zx3DQt

@@ -2,6 +2,7 @@
 #include <zx3DQt/BGFXWindow.h>
 
 #include "../frame/Logging.h"
+#include "PixelRatio.h"
 
 #include <QPlatformSurfaceEvent>
 
@@ -92,10 +93,7 @@ void BGFXWindow::updateFrameBufferEvent(UpdateFrameBufferEvent* event) {
 
 void BGFXWindow::updateViewPortEvent(UpdateViewportEvent* event) {
     LogHandler("UpdateViewportEvent", event);
-    QRect const bounds = event->maybeRegion().value().boundingRect();
-    qreal const ratio = devicePixelRatio();
-    m_viewport = QRect(QPoint(qRound(bounds.x() * ratio), qRound(bounds.y() * ratio)),
-                       QSize(qRound(bounds.width() * ratio), qRound(bounds.height() * ratio)));
+    m_viewport = ToPhysical(event->maybeRegion().value().boundingRect(), devicePixelRatio());
 }
 
 void BGFXWindow::InitializeFrameBufferOnce() {
@@ -120,8 +118,7 @@ void BGFXWindow::UpdateFrameBufferSize() {
     if (size().width() == 0 || size().height() == 0)
         LogDebug("Collapsing framebuffer [this:", window, "]", "[handle: ", handle, "]");
     LogDebug("Updating framebuffer [this:", window, "]", "[handle: ", handle, "]");
-    qreal const ratio = devicePixelRatio();
-    m_viewport = QRect(QPoint(0, 0), QSize(qRound(size().width() * ratio), qRound(size().height() * ratio)));
+    m_viewport = QRect(QPoint(0, 0), ToPhysical(size(), devicePixelRatio()));
     m_frameBuffer.RequestResize(static_cast<std::uint16_t>(m_viewport.width()),
                                 static_cast<std::uint16_t>(m_viewport.height()));
 }

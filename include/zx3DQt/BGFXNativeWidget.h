@@ -1,0 +1,111 @@
+// A widget that bgfx draws into directly.
+#pragma once
+
+#include <zx3DQt/BGFXWindow.h>
+#include <zx3DQt/zx3DQtExport.h>
+
+#include <QPixmap>
+#include <QWidget>
+
+#include <memory>
+
+namespace zarvex::zx3DQt {
+
+/// A QWidget that embeds a `BGFXWindow`: the fastest way onto the screen, since nothing is copied. Derive
+/// from it and draw in `paintEvent`:
+///
+///     void paintEvent(QPaintEvent* event) override {
+///         BGFXNativeWidget::paintEvent(event);
+///         if (!GetRenderer().StartFrame(GetFrameBuffer()))
+///             return;
+///         // submit view contexts over GetViewport(), draw
+///         if (event) // not while RenderPixmap takes a picture
+///             GetRenderer().PresentCurrentAndSubmitNextFrame(false);
+///     }
+///
+/// The embedded window is native and lies above everything that is painted in the same top-level window:
+/// ordinary widgets cannot lie over it, be it as siblings or as children. `BGFXOffscreenWidget` can do that.
+///
+/// Sizes: frame buffer and `GetViewport()` are in physical pixels. The frame buffer always has the widget's
+/// size; the viewport is what was painted last, which may be a part of it. When the size changes, the window
+/// is uncovered, or the widget gets another native window (docking, reparenting), it asks for a frame by
+/// itself.
+///
+/// Input: mouse, key and wheel events over the embedded window arrive at the widget's own handlers, in widget
+/// coordinates; a right click asks for a context menu, too. The keyboard focus is the widget's: a click takes
+/// it, Tab leaves it. The cursor of the widget is shown. Touch, tablet and drag-and-drop events over the
+/// embedded window do not arrive.
+///
+/// Lifetime: create it after `Init`; its window goes with it. Thread: the GUI thread.
+class ZX3DQT_EXPORT BGFXNativeWidget : public QWidget {
+    Q_OBJECT
+
+public:
+    BGFXRenderer& GetRenderer() { return m_window->GetRenderer(); }
+    BGFXRenderer const& GetRenderer() const { return m_window->GetRenderer(); }
+
+    zx3D::FrameBuffer& GetFrameBuffer() { return m_window->GetFrameBuffer(); }
+    zx3D::FrameBuffer const& GetFrameBuffer() const { return m_window->GetFrameBuffer(); }
+
+    /// In `paintEvent` the area to draw, physical pixels: all of the widget, or of the picture that
+    /// `RenderPixmap` takes. After it, the part that Qt asked for.
+    QRect& GetViewport() { return m_window->GetViewport(); }
+    QRect const& GetViewport() const { return m_window->GetViewport(); }
+
+    /// Replaces the window's frame buffer by a copy. The old one is not destroyed.
+    void SetFrameBuffer(zx3D::FrameBuffer const& frameBuffer) { m_window->SetFrameBuffer(frameBuffer); }
+    void SetViewport(QRect const& viewport) { m_window->SetViewport(viewport); }
+
+    /// A picture of the scene, `width` × `height` pixels, of any size that the GPU's textures can have,
+    /// upright, alpha included. Calls `paintEvent(nullptr)` once, with frame buffer and viewport of that
+    /// size; present nothing there. Blocks until bgfx has drawn it.
+    ///
+    /// Null, and nothing happened, where bgfx cannot blit or read back, and, with a warning, when the size is
+    /// out of range. Afterwards the widget is as before, and asks for a frame, since the surface on the
+    /// screen was given up meanwhile.
+    QPixmap RenderPixmap(int width, int height);
+
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    bool nativeEvent(QByteArray const& eventType, void* message, qintptr* result) override;
+    QPaintEngine* paintEngine() const override;
+
+signals:
+    /// The embedded window's frame buffer must follow a new size. The event lives until the signal returns.
+    void updateFrameBufferEvent(zarvex::zx3DQt::UpdateFrameBufferEvent* event);
+    /// The embedded window's viewport must follow a new paint region. Likewise.
+    void updateViewPortEvent(zarvex::zx3DQt::UpdateViewportEvent* event);
+
+protected:
+    explicit BGFXNativeWidget(QWidget* parent = nullptr, Qt::WindowFlags flags = {});
+    ~BGFXNativeWidget() override;
+
+    /// Physical pixels per device-independent pixel on the widget's screen, at least 1.
+    double GetPixelRatio() const;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+    /// Connects size and viewport updates to the embedded window and its input to `event`.
+    virtual void ConnectRenderTargetWindowSignals();
+    /// Takes back the connections to the window; its input still arrives.
+    virtual void DisconnectRenderTargetWindowSignals();
+
+private:
+    void InitializeRenderingWidget(QWidget* parent, Qt::WindowFlags flags);
+    void FollowWindow(QEvent const& event);
+    void TakeFocus();
+    void PostContextMenu(QMouseEvent const& press);
+    void BindNewSurface();
+    void UpdateTarget(QPaintEvent const& event);
+    void LogHandler(char const* eventClass, QEvent const* event) const;
+    void LogFilter(char const* prefix, QObject const* watched, QEvent const* event) const;
+
+    std::unique_ptr<BGFXWindow> m_window;
+    std::unique_ptr<QWidget> m_container;
+    bool m_surfaceLost = false; ///< the window's first surface is gone
+};
+
+} // namespace zarvex::zx3DQt
