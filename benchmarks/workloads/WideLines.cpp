@@ -1,0 +1,168 @@
+// W2: 20,000 segments of four pixels, expanded to rectangles by a compute shader or on the CPU.
+#include "runner/Floor.h"
+#include "runner/Scene.h"
+#include "workloads/RandomScene.h"
+#include "workloads/Variants.h"
+#include "workloads/Workloads.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zarvex::benchmarks {
+
+namespace {
+
+constexpr std::uint32_t kCount = 20000;
+constexpr std::uint16_t kWidth = 4;
+constexpr std::uint32_t kThreadsPerGroup = 64;
+
+struct Float4 {
+    float x, y, z, w;
+};
+
+struct Input {
+    Float4 start, end, color;
+};
+
+struct Corner {
+    Float4 corner, color, start, end;
+};
+
+/// Viewport pixels, y down; NDC z.
+Float4 Project(float const* m, bx::Vec3 const& p) {
+    float const x = m[0] * p.x + m[4] * p.y + m[8] * p.z + m[12];
+    float const y = m[1] * p.x + m[5] * p.y + m[9] * p.z + m[13];
+    float const z = m[2] * p.x + m[6] * p.y + m[10] * p.z + m[14];
+    float const w = m[3] * p.x + m[7] * p.y + m[11] * p.z + m[15];
+    return {(x / w + 1.0f) * 0.5f * 1280.0f, (1.0f - y / w) * 0.5f * 720.0f, z / w, 1.0f};
+}
+
+Float4 ToNdc(float x, float y, float depth) {
+    return {2.0f * x / 1280.0f - 1.0f, -(2.0f * y / 720.0f - 1.0f), depth, 1.0f};
+}
+
+class WideLinesScene : public Scene {
+public:
+    explicit WideLinesScene(bool useCompute) : m_useCompute(useCompute) {
+        m_inputLayout.begin()
+            .add(bgfx::Attrib::TexCoord0, 4, bgfx::AttribType::Float)
+            .add(bgfx::Attrib::TexCoord1, 4, bgfx::AttribType::Float)
+            .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Float)
+            .end();
+        m_cornerLayout.begin()
+            .add(bgfx::Attrib::TexCoord0, 4, bgfx::AttribType::Float)
+            .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Float)
+            .add(bgfx::Attrib::TexCoord1, 4, bgfx::AttribType::Float)
+            .add(bgfx::Attrib::TexCoord2, 4, bgfx::AttribType::Float)
+            .end();
+    }
+
+    ~WideLinesScene() override { DestroyBuffers(); }
+
+    std::size_t GetByteCount() const override {
+        return kCount * (m_useCompute ? sizeof(Input) : 6 * sizeof(Corner));
+    }
+
+private:
+    void DrawWithLibrary(zx3DQt::BGFXRenderer const& renderer, zx3DQt::BGFXViewContext const& view) override {
+        renderer.DrawLines(view, m_lines, kWidth);
+    }
+
+    void DrawByHand(bgfx::ViewId view) override {
+        DestroyBuffers();
+        if (m_useCompute)
+            ExpandOnGpu(view);
+        else
+            ExpandOnCpu();
+        bgfx::setVertexBuffer(0, m_corners);
+        m_viewport.Set(1280.0f, 720.0f);
+        m_sprite.Set(kCount, kWidth);
+        m_stipple.Set(65535.0f, 1.0f);
+        bgfx::setState(zx3DQt::BGFXRenderer::STATE_OPAQUE);
+        bgfx::submit(view, m_program);
+    }
+
+    void ExpandOnGpu(bgfx::ViewId view) {
+        m_input = bgfx::createDynamicVertexBuffer(kCount, m_inputLayout, BGFX_BUFFER_COMPUTE_READ);
+        m_corners = bgfx::createDynamicVertexBuffer(6 * kCount, m_cornerLayout, BGFX_BUFFER_COMPUTE_WRITE);
+        bgfx::Memory const* const memory = bgfx::alloc(kCount * sizeof(Input));
+        auto* input = reinterpret_cast<Input*>(memory->data);
+        for (zx3D::Line const& line : m_lines) {
+            *input++ = {{line.start.x, line.start.y, line.start.z, 1.0f},
+                        {line.end.x, line.end.y, line.end.z, 1.0f},
+                        {line.color.red, line.color.green, line.color.blue, line.color.alpha}};
+        }
+        bgfx::update(m_input, 0, memory);
+        m_viewport.Set(1280.0f, 720.0f);
+        m_sprite.Set(kCount, kWidth);
+        bgfx::setBuffer(0, m_input, bgfx::Access::Read);
+        bgfx::setBuffer(1, m_corners, bgfx::Access::Write);
+        bgfx::dispatch(view, m_computeProgram, (kCount + kThreadsPerGroup - 1) / kThreadsPerGroup);
+    }
+
+    void ExpandOnCpu() {
+        m_corners = bgfx::createDynamicVertexBuffer(6 * kCount, m_cornerLayout);
+        bgfx::Memory const* const memory = bgfx::alloc(6 * kCount * sizeof(Corner));
+        QMatrix4x4 const toClip = m_stage.GetView().GetProjectionMatrix() * m_stage.GetView().GetViewMatrix();
+        float m[16]; // of the loop's own, so that no store into the buffer can change it
+        std::copy_n(toClip.constData(), 16, m);
+        auto* vertices = reinterpret_cast<Corner*>(memory->data);
+        for (zx3D::Line const& line : m_lines) {
+            Float4 const start = Project(m, line.start);
+            Float4 const end = Project(m, line.end);
+            Float4 const color{line.color.red, line.color.green, line.color.blue, line.color.alpha};
+            float const x = end.x - start.x;
+            float const y = end.y - start.y;
+            float const length = std::sqrt(x * x + y * y);
+            float const offsetX = -(y / length) * (kWidth * 0.5f);
+            float const offsetY = x / length * (kWidth * 0.5f);
+            Float4 corners[4] = {};
+            if (length > 1e-5f) {
+                corners[0] = ToNdc(start.x - offsetX, start.y - offsetY, start.z);
+                corners[1] = ToNdc(end.x - offsetX, end.y - offsetY, end.z);
+                corners[2] = ToNdc(end.x + offsetX, end.y + offsetY, end.z);
+                corners[3] = ToNdc(start.x + offsetX, start.y + offsetY, start.z);
+            }
+            vertices[0] = {corners[0], color, start, end};
+            vertices[1] = {corners[1], color, start, end};
+            vertices[2] = {corners[2], color, start, end};
+            vertices[3] = {corners[2], color, start, end};
+            vertices[4] = {corners[3], color, start, end};
+            vertices[5] = {corners[0], color, start, end};
+            vertices += 6;
+        }
+        bgfx::update(m_corners, 0, memory);
+    }
+
+    void DestroyBuffers() {
+        for (bgfx::DynamicVertexBufferHandle* const buffer : {&m_input, &m_corners}) {
+            if (bgfx::isValid(*buffer))
+                bgfx::destroy(*buffer);
+            *buffer = BGFX_INVALID_HANDLE;
+        }
+    }
+
+    bool m_useCompute;
+    std::vector<zx3D::Line> m_lines = RandomSegments(2, kCount);
+    bgfx::VertexLayout m_inputLayout, m_cornerLayout;
+    bgfx::DynamicVertexBufferHandle m_input = BGFX_INVALID_HANDLE;
+    bgfx::DynamicVertexBufferHandle m_corners = BGFX_INVALID_HANDLE;
+    bgfx::ProgramHandle m_program = Program("vs_rectangle_sprite", "fs_rectangle_sprite_opengl_stipple");
+    bgfx::ProgramHandle m_computeProgram = ComputeProgram("cs_rectangle_sprite");
+    Vec4Uniform m_viewport{"u_viewport"};
+    Vec4Uniform m_sprite{"u_rectangleSprite"};
+    Vec4Uniform m_stipple{"u_lineStipple"};
+};
+
+} // namespace
+
+WorkloadKind WideLines() {
+    return {.name = "W2",
+            .title = "20,000 segments, 4 px",
+            .variants = ExpansionVariants(),
+            .create = [](std::string const& variant) {
+                return std::make_unique<WideLinesScene>(UseCompute(variant));
+            }};
+}
+
+} // namespace zarvex::benchmarks
