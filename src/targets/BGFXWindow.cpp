@@ -58,6 +58,8 @@ bool BGFXWindow::event(QEvent* event) {
             break;
         case QPlatformSurfaceEvent::SurfaceAboutToBeDestroyed:
             m_frameBuffer.Destroy();
+            // A frame that is drawn before the window is gone must not attach to it again.
+            m_frameBuffer.LeaveWindow();
             break;
         }
         break;

@@ -61,8 +61,9 @@ public:
     /// died: call it before recording.
     void SubmitOnDemand();
 
-    /// The native window is about to go, and the bgfx object is to stay: what is drawn from here on is shown
-    /// nowhere. Does nothing for an unattached frame buffer. Quicker than `Destroy`: it submits no frame.
+    /// The native window is about to go, and drawing may go on: what is drawn from here on is shown nowhere,
+    /// also by a bgfx object that is created later. Does nothing for an unattached frame buffer. Quicker than
+    /// `Destroy`: it submits no frame.
     void LeaveWindow();
 
     /// Destroys the bgfx object, for all copies. For an attached frame buffer it returns when bgfx and its

@@ -68,8 +68,12 @@ void Surface::DestroyObject() {
 }
 
 void Surface::LeaveWindow() {
+    if (!IsAttached())
+        return;
+    m_leftWindow = true;
+    m_inSight = false;
     NativeWindows* const windows = SurfaceRegistry::Get().GetNativeWindows();
-    if (HasObject() && IsAttached() && windows != nullptr)
+    if (HasObject() && windows != nullptr)
         windows->MoveOutOfSight(m_child);
 }
 
@@ -80,15 +84,16 @@ bool Surface::IsWindowAlive() const {
 
 bool Surface::IsUpToDate() const {
     // A surface whose window died is created once more, out of sight, so that drawing goes on harmlessly.
-    return HasObject() && m_created == m_requested && IsWindowAlive() == m_windowExisted;
+    return HasObject() && m_created == m_requested && m_inSight == CanBeInSight();
 }
 
 bgfx::FrameBufferHandle Surface::CreateOnWindow() {
     NativeWindows* const windows = SurfaceRegistry::Get().GetNativeWindows();
     auto const [width, height] = m_requested;
-    m_child = windows != nullptr ? windows->CreateChild(m_nativeWindow, width, height) : m_nativeWindow;
-    m_windowExisted = IsWindowAlive();
-    if (!m_windowExisted) {
+    void* const parent = m_leftWindow ? nullptr : m_nativeWindow;
+    m_child = windows != nullptr ? windows->CreateChild(parent, width, height) : m_nativeWindow;
+    m_inSight = CanBeInSight();
+    if (!m_inSight) {
         Trace(Context::GetOptions().callback, __FILE__, __LINE__,
               "zx3D: native window %p does not exist; what is drawn for it is not shown", m_nativeWindow);
     }

@@ -52,12 +52,14 @@ private:
     bool IsAttached() const { return m_nativeWindow != nullptr; }
     bool IsCollapsed() const { return m_requested.width == 0 || m_requested.height == 0; }
     bool IsUpToDate() const;
+    bool CanBeInSight() const { return !m_leftWindow && IsWindowAlive(); }
     bgfx::FrameBufferHandle CreateOnWindow();
     bgfx::FrameBufferHandle CreateOnTextures() const;
 
     void* m_nativeWindow;
     bgfx::TextureFormat::Enum m_colorFormat;
     bgfx::TextureFormat::Enum m_depthFormat;
+    bool m_leftWindow = false; ///< the native window is about to go: nothing may be created in it again
     bool m_sized = false;
     Size m_requested;
 
@@ -65,8 +67,8 @@ private:
     bgfx::FrameBufferHandle m_handle = BGFX_INVALID_HANDLE;
     ContextRun m_run; ///< in which it was created
     Size m_created;
-    void* m_child = nullptr;     ///< window of ours inside the native window that bgfx draws into
-    bool m_windowExisted = true; ///< false: the native window was dead when the child was created
+    void* m_child = nullptr; ///< window of ours inside the native window that bgfx draws into
+    bool m_inSight = true;   ///< false: the child is not in the native window, which was dead or left
 };
 
 } // namespace zarvex::zx3D
