@@ -9,6 +9,7 @@
 #include <zx3D/DataSpan.h>
 #include <zx3D/FrameBuffer.h>
 #include <zx3D/Line.h>
+#include <zx3D/TextHandles.h>
 #include <zx3D/Vertex.h>
 
 #include <bgfx/bgfx.h>
@@ -16,12 +17,15 @@
 #include <QColor>
 #include <QMatrix4x4>
 #include <QObject>
+#include <QPointF>
+#include <QString>
 #include <QVector3D>
 
 #include <any>
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace zarvex::zx3DQt {
@@ -77,7 +81,8 @@ public:
     bgfx::ProgramHandle GetFullscreenTextureProgram() const { return m_fullscreenTextureProgram; }
     bgfx::UniformHandle GetFullscreenTextureSampler() const { return m_fullscreenTextureSampler; }
 
-    /// Tells the lighting program where the viewer is, world space, for the next draw.
+    /// Tells the lighting program where the viewer is, world space, from the next draw on. bgfx keeps the
+    /// value, for every renderer, until it is set again; before the first time the view's camera counts.
     void UpdateViewPositionUniform(QVector3D const& position) const;
 
     /// Begins to record a frame: follows the frame buffer's requested size and frees the buffers of the frame
@@ -110,7 +115,8 @@ public:
     ///
     /// The width does not change with distance. Wide lines are not clipped where they pass behind the camera:
     /// keep both ends of a line in front of it. `stipple` runs along each segment from its start, in pixels;
-    /// absent, the lines are solid. Thin lines of any count; above 32,768 bgfx gets several draw calls.
+    /// absent, the lines are solid. Any count: above 32,768 thin or 262,144 wide lines bgfx gets several draw
+    /// calls.
     void DrawLines(BGFXViewContext const& view, zx3D::DataSpan<zx3D::Line const> lines,
                    std::optional<float> width = std::nullopt,
                    std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
@@ -128,8 +134,8 @@ public:
                    std::optional<BGFXRenderState> state = std::nullopt) const;
 
     /// Draws points. With a `size` of 2 or more they are squares of that many pixels whatever their distance,
-    /// `STATE_OPAQUE` unless `state`, of triangles, is given. Otherwise they are single pixels, always in
-    /// `STATE_POINTS`.
+    /// `STATE_OPAQUE` unless `state`, of triangles, is given; above 262,144 bgfx gets several draw calls.
+    /// Otherwise they are single pixels, always in `STATE_POINTS`.
     void DrawPoints(BGFXViewContext const& view, zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const> points,
                     std::optional<std::uint16_t> size = std::nullopt,
                     std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
@@ -155,6 +161,30 @@ public:
                        std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
                        std::optional<BGFXRenderState> state = std::nullopt,
                        std::optional<bgfx::ProgramHandle> program = std::nullopt) const;
+
+    /// Draws text at a pen position, pixels from the target's top left, y down, over everything that the view
+    /// has drawn; among texts the one of greater depth lies on top. `alignment` puts the text beside the pen:
+    /// `Qt::AlignRight` ends there, `Qt::AlignHCenter` is centred on it, anything else begins there;
+    /// `Qt::AlignBottom`, `Qt::AlignVCenter` and the rest likewise from top to bottom. Right wins over
+    /// centre, bottom over centre.
+    ///
+    /// A string that was drawn lately in the same font is not shaped again.
+    void RenderText(BGFXViewContext const& view, std::pair<QPointF const, int> const& positionAndDepth,
+                    QString const& text, zx3D::FontHandle font, QColor const& color,
+                    QFlags<Qt::AlignmentFlag> alignment) const;
+
+    /// The same at depth 0.
+    void RenderText(BGFXViewContext const& view, QPointF const& position, QString const& text,
+                    zx3D::FontHandle font, QColor const& color, QFlags<Qt::AlignmentFlag> alignment) const;
+
+    /// The same where a world position appears in the view.
+    void RenderText(BGFXViewContext const& view, bx::Vec3 const& worldPosition, QString const& text,
+                    zx3D::FontHandle font, QColor const& color, QFlags<Qt::AlignmentFlag> alignment) const;
+
+    /// Covers a view with a texture, sampled as the texture's own flags say. The colours replace what is
+    /// there; the depth stays. The colour texture of a frame buffer appears upright on every backend. The
+    /// view must have been submitted (`BGFXViewContext::Submit`); its matrices do not matter.
+    void DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle texture) const;
 
 private:
     /// Per-frame and persistent buffers of the draw operations, by the tag of their kind.
@@ -240,7 +270,7 @@ private:
     bgfx::ProgramHandle m_fullscreenTextureProgram = BGFX_INVALID_HANDLE;
 
     mutable ResourceStore m_frameResources; ///< draw operations, which change nothing else, append to it
-    ResourceStore m_persistentResources;
+    mutable ResourceStore m_persistentResources;
     std::map<std::uint32_t, QMatrix4x4> m_modelTransforms;
 };
 

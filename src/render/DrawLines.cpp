@@ -54,8 +54,12 @@ void ForEachSegment(zx3D::DataSpan<QVector3D const> positions, zx3D::DataSpan<st
 void FillVertices(zx3D::DataSpan<zx3D::Line const> lines, Vertex* vertex) {
     for (std::uint64_t i = 0; i < lines.count; ++i) {
         zx3D::Line const& line = lines.data[i];
-        *vertex++ = Vertex(line.start, line.color);
-        *vertex++ = Vertex(line.end, line.color);
+        // By member: a whole vertex at once would be put together on the stack first.
+        vertex[0].position = line.start;
+        vertex[0].color = line.color;
+        vertex[1].position = line.end;
+        vertex[1].color = line.color;
+        vertex += 2;
     }
 }
 

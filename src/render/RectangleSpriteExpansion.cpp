@@ -19,8 +19,8 @@ using Values = float[kBlockSize];
 constexpr float kShortestLength = 1.1920929e-5f;
 
 struct Projection {
-    float const* matrix; ///< column-major
-    float width;         ///< of the viewport, pixels
+    float matrix[16]; ///< column-major
+    float width;      ///< of the viewport, pixels
     float height;
 };
 
@@ -31,12 +31,7 @@ struct Ends {
     Values depth;          ///< NDC z
 };
 
-/// A corner of each line's rectangle, NDC.
-struct Corners {
-    Values x, y;
-};
-
-/// Lines beyond the block's count stay zero.
+/// Lines beyond the block's count keep what they had, and are computed for nothing.
 void Load(zx3D::Line const* lines, int count, Ends& starts, Ends& ends) {
     for (int i = 0; i < count; ++i) {
         starts.x[i] = lines[i].start.x;
@@ -48,7 +43,9 @@ void Load(zx3D::Line const* lines, int count, Ends& starts, Ends& ends) {
     }
 }
 
-void Project(Projection const& projection, Ends& ends) {
+/// Takes the projection by value, as the functions below: for the compiler a reference might refer to what
+/// the loop writes, and nothing would be vectorised.
+void Project(Projection projection, Ends& ends) {
     float const* const m = projection.matrix;
     for (int i = 0; i < kBlockSize; ++i) {
         float const x = ends.x[i];
@@ -78,69 +75,73 @@ void ComputeOffsets(Ends const& starts, Ends const& ends, float halfWidth, Value
     }
 }
 
-/// Moves the ends by `side` (1 or −1) times the offset.
-void ComputeCorners(Projection const& projection, Ends const& ends, Values const& offsetX,
-                    Values const& offsetY, float side, Values const& length, Corners& corners) {
-    for (int i = 0; i < kBlockSize; ++i) {
-        float const x = 2.0f * (ends.pixelX[i] + side * offsetX[i]) / projection.width - 1.0f;
-        float const y = -(2.0f * (ends.pixelY[i] + side * offsetY[i]) / projection.height - 1.0f);
-        corners.x[i] = length[i] < kShortestLength ? 0.0f : x;
-        corners.y[i] = length[i] < kShortestLength ? 0.0f : y;
-    }
-}
+/// The same values for each line of a block, as they are written.
+using Vectors = Float4[kBlockSize];
 
 /// Everything about a block that its vertices are made of.
 struct Block {
-    Ends starts{}, ends{};
-    Values length;
-    Corners startLeft, endLeft, endRight, startRight; ///< left is where the offset is subtracted
-
-    void Compute(Projection const& projection, float halfWidth) {
-        Project(projection, starts);
-        Project(projection, ends);
-        Values offsetX, offsetY;
-        ComputeOffsets(starts, ends, halfWidth, length, offsetX, offsetY);
-        ComputeCorners(projection, starts, offsetX, offsetY, -1.0f, length, startLeft);
-        ComputeCorners(projection, ends, offsetX, offsetY, -1.0f, length, endLeft);
-        ComputeCorners(projection, ends, offsetX, offsetY, 1.0f, length, endRight);
-        ComputeCorners(projection, starts, offsetX, offsetY, 1.0f, length, startRight);
-    }
-
-    void Write(int i, zx3D::Color const& lineColor, DummyVertexT* vertices) const {
-        bool const isCollapsed = length[i] < kShortestLength;
-        float const startDepth = isCollapsed ? 0.0f : starts.depth[i];
-        float const endDepth = isCollapsed ? 0.0f : ends.depth[i];
-        float const w = isCollapsed ? 0.0f : 1.0f;
-        Float4 const color = ToFloat4(lineColor);
-        Float4 const start{starts.pixelX[i], starts.pixelY[i], starts.depth[i], 1.0f};
-        Float4 const end{ends.pixelX[i], ends.pixelY[i], ends.depth[i], 1.0f};
-        Float4 const corners[] = {{startLeft.x[i], startLeft.y[i], startDepth, w},
-                                  {endLeft.x[i], endLeft.y[i], endDepth, w},
-                                  {endRight.x[i], endRight.y[i], endDepth, w},
-                                  {startRight.x[i], startRight.y[i], startDepth, w}};
-        vertices[0] = {corners[0], color, start, end};
-        vertices[1] = {corners[1], color, start, end};
-        vertices[2] = {corners[2], color, start, end};
-        vertices[3] = {corners[2], color, start, end};
-        vertices[4] = {corners[3], color, start, end};
-        vertices[5] = {corners[0], color, start, end};
-    }
+    Vectors start, end;
+    Vectors startLeft, endLeft, endRight, startRight; ///< left is where the offset is subtracted
 };
+
+void StoreEnds(Ends const& ends, Vectors& vectors) {
+    for (int i = 0; i < kBlockSize; ++i)
+        vectors[i] = {ends.pixelX[i], ends.pixelY[i], ends.depth[i], 1.0f};
+}
+
+void StoreCorners(Projection projection, Ends const& ends, Values const& offsetX, Values const& offsetY,
+                  float side, Values const& length, Vectors& corners) {
+    for (int i = 0; i < kBlockSize; ++i) {
+        float const x = 2.0f * (ends.pixelX[i] + side * offsetX[i]) / projection.width - 1.0f;
+        float const y = -(2.0f * (ends.pixelY[i] + side * offsetY[i]) / projection.height - 1.0f);
+        bool const isCollapsed = length[i] < kShortestLength;
+        corners[i] = {isCollapsed ? 0.0f : x, isCollapsed ? 0.0f : y, isCollapsed ? 0.0f : ends.depth[i],
+                      isCollapsed ? 0.0f : 1.0f};
+    }
+}
+
+void Compute(Projection const& projection, float halfWidth, Ends& starts, Ends& ends, Block& block) {
+    Project(projection, starts);
+    Project(projection, ends);
+    Values length, offsetX, offsetY;
+    ComputeOffsets(starts, ends, halfWidth, length, offsetX, offsetY);
+    StoreEnds(starts, block.start);
+    StoreEnds(ends, block.end);
+    StoreCorners(projection, starts, offsetX, offsetY, -1.0f, length, block.startLeft);
+    StoreCorners(projection, ends, offsetX, offsetY, -1.0f, length, block.endLeft);
+    StoreCorners(projection, ends, offsetX, offsetY, 1.0f, length, block.endRight);
+    StoreCorners(projection, starts, offsetX, offsetY, 1.0f, length, block.startRight);
+}
+
+void Write(Block const& block, zx3D::Line const* lines, int count, DummyVertexT* vertices) {
+    for (int i = 0; i < count; ++i, vertices += kVerticesPerLine) {
+        Float4 const color = ToFloat4(lines[i].color);
+        Vectors const* const corners[] = {&block.startLeft, &block.endLeft,    &block.endRight,
+                                          &block.endRight,  &block.startRight, &block.startLeft};
+        for (int v = 0; v < 6; ++v) {
+            vertices[v].corner = (*corners[v])[i];
+            vertices[v].color = color;
+            vertices[v].start = block.start[i];
+            vertices[v].end = block.end[i];
+        }
+    }
+}
 
 } // namespace
 
 void Expand(zx3D::DataSpan<zx3D::Line const> lines, QMatrix4x4 const& modelViewProjection, QSize viewport,
             float width, DummyVertexT* vertices) {
-    Projection const projection{modelViewProjection.constData(), static_cast<float>(viewport.width()),
-                                static_cast<float>(viewport.height())};
+    Projection projection{{}, static_cast<float>(viewport.width()), static_cast<float>(viewport.height())};
+    std::copy_n(modelViewProjection.constData(), 16, projection.matrix);
+    Ends starts{}, ends{};
+    Block block;
     for (std::uint64_t first = 0; first < lines.count; first += kBlockSize) {
         zx3D::Line const* const blockLines = lines.data + first;
         int const count = static_cast<int>(std::min<std::uint64_t>(lines.count - first, kBlockSize));
-        Block block;
-        Load(blockLines, count, block.starts, block.ends);
-        block.Compute(projection, width * 0.5f);
-        for (int i = 0; i < count; ++i, vertices += kVerticesPerLine)
-            block.Write(i, blockLines[i].color, vertices);
+        Load(blockLines, count, starts, ends);
+        Compute(projection, width * 0.5f, starts, ends, block);
+        Write(block, blockLines, count, vertices);
+        vertices += count * kVerticesPerLine;
     }
 }
 

@@ -11,9 +11,9 @@ namespace zarvex::zx3DQt {
 /// Sprites that one thread group of the compute shaders expands.
 constexpr std::uint32_t kSpritesPerGroup = 64;
 
-/// As many groups as every driver takes in one dimension of a dispatch. Keeps the bytes of a submission in 32
-/// bits too.
-constexpr std::uint64_t kMaxSpritesPerSubmission = 65535 * kSpritesPerGroup;
+/// Every driver lets a shader write 128 MiB of a buffer, and many no more. A wide line takes 384 bytes of
+/// them.
+constexpr std::uint64_t kMaxSpritesPerSubmission = 4096 * kSpritesPerGroup;
 
 /// Calls `submit` with consecutive parts of the span that are small enough.
 template<typename T, typename Submit>

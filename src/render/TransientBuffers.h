@@ -16,7 +16,8 @@ constexpr std::uint64_t kMaxTransientBytes = std::numeric_limits<std::int32_t>::
 inline bool AllocateTransient(bgfx::VertexLayout const& layout, std::uint64_t vertexCount,
                               std::uint64_t indexCount, bgfx::TransientVertexBuffer& vertices,
                               bgfx::TransientIndexBuffer& indices) {
-    if (vertexCount > kMaxTransientBytes / layout.getStride() ||
+    // Counts first, so that neither product leaves 64 bits.
+    if (vertexCount > kMaxTransientBytes || vertexCount * layout.getStride() > kMaxTransientBytes ||
         indexCount > kMaxTransientBytes / sizeof(std::uint16_t))
         return false;
     return bgfx::allocTransientBuffers(&vertices, layout, static_cast<std::uint32_t>(vertexCount), &indices,

@@ -1,0 +1,55 @@
+// One string at a point of a view.
+#include <zx3DQt/BGFXRenderer.h>
+
+#include <zx3D/Text.h>
+
+#include "../frame/ColorConversion.h"
+
+#include <QByteArray>
+
+namespace zarvex::zx3DQt {
+
+namespace {
+
+float HorizontalFactor(QFlags<Qt::AlignmentFlag> alignment) {
+    if (alignment & Qt::AlignRight)
+        return 1.0f;
+    return alignment & Qt::AlignHCenter ? 0.5f : 0.0f;
+}
+
+float VerticalFactor(QFlags<Qt::AlignmentFlag> alignment) {
+    if (alignment & Qt::AlignBottom)
+        return 1.0f;
+    return alignment & Qt::AlignVCenter ? 0.5f : 0.0f;
+}
+
+} // namespace
+
+void BGFXRenderer::RenderText(BGFXViewContext const& view,
+                              std::pair<QPointF const, int> const& positionAndDepth, QString const& text,
+                              zx3D::FontHandle font, QColor const& color,
+                              QFlags<Qt::AlignmentFlag> alignment) const {
+    auto const& [position, depth] = positionAndDepth;
+    QByteArray const utf8 = text.toUtf8();
+    zx3D::TextBufferHandle const buffer = zx3D::CreateTextBuffer(zx3D::TextBufferType::Transient, font);
+    zx3D::SetPenPosition(buffer, static_cast<float>(position.x()), static_cast<float>(position.y()));
+    zx3D::SetTextColor(buffer, QColorToColor(color).ToRGBA());
+    zx3D::AppendText(buffer, utf8.constData(), nullptr);
+    zx3D::AlignText(buffer, HorizontalFactor(alignment), VerticalFactor(alignment));
+    zx3D::SubmitTextBuffer(buffer, view, depth);
+    zx3D::DestroyTextBuffer(buffer);
+}
+
+void BGFXRenderer::RenderText(BGFXViewContext const& view, QPointF const& position, QString const& text,
+                              zx3D::FontHandle font, QColor const& color,
+                              QFlags<Qt::AlignmentFlag> alignment) const {
+    RenderText(view, std::pair<QPointF const, int>(position, 0), text, font, color, alignment);
+}
+
+void BGFXRenderer::RenderText(BGFXViewContext const& view, bx::Vec3 const& worldPosition, QString const& text,
+                              zx3D::FontHandle font, QColor const& color,
+                              QFlags<Qt::AlignmentFlag> alignment) const {
+    RenderText(view, view.TransformToViewport(worldPosition), text, font, color, alignment);
+}
+
+} // namespace zarvex::zx3DQt
