@@ -95,6 +95,7 @@ protected:
 
 private:
     void InitializeRenderingWidget(QWidget* parent, Qt::WindowFlags flags);
+    void FinishUpdate();
     void FollowWindow(QEvent const& event);
     void TakeFocus();
     void PostContextMenu(QMouseEvent const& press);

@@ -103,8 +103,8 @@ private:
     void UpdateBlitTargetTextureSize();
     void DestroyBlitTarget();
     void RenewFrameBuffer();
-    void FollowPixelRatio();
-    void PaintAllAfter(QRect const& painted);
+    void RefreshFrameBuffer();
+    QRect AreaToDraw(QRect const& painted);
     void LogHandler(char const* eventClass, QEvent const* event) const;
 
     BGFXRenderer m_renderer{nullptr};
@@ -112,8 +112,8 @@ private:
     QRect m_viewport;
     bgfx::TextureHandle m_blitTarget = BGFX_INVALID_HANDLE;
     bool m_initialized = false;
-    QSize m_blitTargetSize;       ///< pixels
-    bool m_paintsAllNext = false; ///< a paint of the whole widget was asked for, after one of a part
+    QSize m_blitTargetSize;      ///< pixels
+    bool m_drawsAllNext = false; ///< the next paint draws all of the widget, since this one drew a part
 };
 
 } // namespace zarvex::zx3DQt

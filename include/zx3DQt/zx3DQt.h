@@ -2,14 +2,18 @@
 #pragma once
 
 #include <zx3DQt/BGFXDefaultCallback.h>
+#include <zx3DQt/BGFXLightingContext.h>
+#include <zx3DQt/BGFXMaterial.h>
 #include <zx3DQt/BGFXNativeWidget.h>
 #include <zx3DQt/BGFXOffscreenWidget.h>
+#include <zx3DQt/BGFXPointLightSource.h>
 #include <zx3DQt/BGFXRenderer.h>
 #include <zx3DQt/BGFXViewContext.h>
 #include <zx3DQt/BGFXWindow.h>
 #include <zx3DQt/CapsReport.h>
 #include <zx3DQt/Library.h>
 #include <zx3DQt/RenderTypes.h>
+#include <zx3DQt/Shapes.h>
 #include <zx3DQt/UpdateEvents.h>
 
 #include <zx3D/zx3D.h>

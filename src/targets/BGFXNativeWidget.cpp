@@ -40,7 +40,6 @@ BGFXNativeWidget::~BGFXNativeWidget() {
 
 void BGFXNativeWidget::InitializeRenderingWidget(QWidget* parent, Qt::WindowFlags flags) {
     setAttribute(Qt::WA_NoSystemBackground, true);
-    setAttribute(Qt::WA_PaintOnScreen, true);
     setAttribute(Qt::WA_OpaquePaintEvent, true);
     setFocusPolicy(Qt::StrongFocus);
 
@@ -63,6 +62,11 @@ void BGFXNativeWidget::InitializeRenderingWidget(QWidget* parent, Qt::WindowFlag
     layout->setContentsMargins(0, 0, 0, 0);
     setLayout(layout);
     m_container->setUpdatesEnabled(true);
+
+    // Not before the container is in the layout: Qt makes what is added to such a widget native, and with it
+    // all that the widget lies in. A QOpenGLWidget beside it then stops drawing, and a dock around it gets
+    // lost at times on its way between desktop and main window.
+    setAttribute(Qt::WA_PaintOnScreen, true);
 }
 
 void BGFXNativeWidget::ConnectRenderTargetWindowSignals() {
@@ -164,7 +168,21 @@ bool BGFXNativeWidget::event(QEvent* event) {
     LogHandler("QEvent", event);
     if (event->type() == QEvent::CursorChange)
         m_window->setCursor(cursor());
-    return QWidget::event(event);
+    bool const isHandled = QWidget::event(event);
+    if (event->type() == QEvent::UpdateRequest)
+        FinishUpdate();
+    return isHandled;
+}
+
+void BGFXNativeWidget::FinishUpdate() {
+    // Qt paints a widget with WA_PaintOnScreen only if it is native.
+    if (internalWinId() == 0 && m_window->isExposed()) {
+        QPaintEvent paint(rect());
+        QCoreApplication::sendEvent(this, &paint);
+    }
+    // It also takes the request for this widget for one of the whole window, and would send none for others.
+    if (!isWindow())
+        QCoreApplication::postEvent(window(), new QEvent(QEvent::UpdateRequest), Qt::LowEventPriority);
 }
 
 void BGFXNativeWidget::paintEvent(QPaintEvent* event) {

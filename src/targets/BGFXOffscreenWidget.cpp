@@ -14,6 +14,8 @@
 #include <QScopeGuard>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace zarvex::zx3DQt {
 
 namespace {
@@ -111,27 +113,31 @@ void BGFXOffscreenWidget::RenewFrameBuffer() {
 void BGFXOffscreenWidget::paintEvent(QPaintEvent* event) {
     LogHandler("QPaintEvent", event);
     if (event != nullptr) {
-        FollowPixelRatio();
-        QRect const painted = event->region().boundingRect();
-        m_viewport = ToPhysical(painted, devicePixelRatio());
-        PaintAllAfter(painted);
+        RefreshFrameBuffer();
+        m_viewport = ToPhysical(AreaToDraw(event->region().boundingRect()), devicePixelRatio());
     }
     QWidget::paintEvent(event);
 }
 
-void BGFXOffscreenWidget::FollowPixelRatio() {
-    // On another screen the ratio changes, and no resize event tells.
+void BGFXOffscreenWidget::RefreshFrameBuffer() {
+    // No resize event tells that the widget is on a screen of another pixel ratio, or in a new context.
     QSize const size(m_frameBuffer.GetWidth(), m_frameBuffer.GetHeight());
-    if (m_frameBuffer.IsSized() && size != ToPhysical(QWidget::size(), devicePixelRatio()))
+    bool const isRightSize = size == ToPhysical(QWidget::size(), devicePixelRatio());
+    if (m_frameBuffer.IsSized() && !(isRightSize && bgfx::isValid(m_blitTarget)))
         UpdateFrameBufferSize();
 }
 
-void BGFXOffscreenWidget::PaintAllAfter(QRect const& painted) {
-    // A part is painted with the resolution of its viewport only. Never twice in a row: what Qt takes for all
-    // of the widget may be a part, too.
-    m_paintsAllNext = !m_paintsAllNext && painted != visibleRegion().boundingRect();
-    if (m_paintsAllNext)
-        update();
+QRect BGFXOffscreenWidget::AreaToDraw(QRect const& painted) {
+    if (!testAttribute(Qt::WA_WState_InPaintEvent))
+        return painted;
+    // A part is drawn with the resolution of its viewport only, so all of the widget follows. Qt's region of
+    // that paint may be a part again: in a scroll area it is what is visible.
+    bool const wasPart = std::exchange(m_drawsAllNext, false);
+    if (wasPart || painted == rect())
+        return rect();
+    m_drawsAllNext = true;
+    update();
+    return painted;
 }
 
 void BGFXOffscreenWidget::resizeEvent(QResizeEvent* event) {

@@ -2,6 +2,7 @@
 #include "State.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace recorder {
 
@@ -11,11 +12,12 @@ uint16_t IndexSize(uint16_t flags) {
     return (flags & BGFX_BUFFER_INDEX32) != 0 ? 4 : 2;
 }
 
-Resource Buffer(Bytes bytes, uint16_t stride, uint16_t flags) {
+Resource Buffer(Bytes bytes, uint16_t stride, uint16_t flags, std::string layout) {
     Resource buffer;
     buffer.note = std::to_string(bytes.size()) + " bytes";
     buffer.bytes = std::move(bytes);
     buffer.stride = stride;
+    buffer.layout = std::move(layout);
     buffer.canGrow = (flags & BGFX_BUFFER_ALLOW_RESIZE) != 0;
     return buffer;
 }
@@ -34,22 +36,24 @@ void Write(Recording& call, Resource& buffer, uint32_t start, Bytes const& bytes
 
 template<typename Handle>
 Handle CreateFromMemory(Recording& call, Table<Handle> Running::*table, bgfx::Memory const* memory,
-                        char const* user, uint16_t stride, uint16_t flags) {
+                        char const* user, uint16_t stride, uint16_t flags, std::string layout = {}) {
     if (!call.IsRunning()) {
         return call.Result(Handle BGFX_INVALID_HANDLE);
     }
     Bytes bytes = call.Records().Consume(memory, user);
     call.Payload(bytes);
-    return call.Result((call.Now().*table).Add(Buffer(std::move(bytes), stride, flags)));
+    return call.Result((call.Now().*table).Add(Buffer(std::move(bytes), stride, flags, std::move(layout))));
 }
 
 template<typename Handle>
 Handle CreateEmpty(Recording& call, Table<Handle> Running::*table, uint32_t count, uint16_t stride,
-                   uint16_t flags) {
+                   uint16_t flags, std::string layout = {}) {
     if (!call.IsRunning()) {
         return call.Result(Handle BGFX_INVALID_HANDLE);
     }
-    return call.Result((call.Now().*table).Add(Buffer(Bytes(std::size_t(count) * stride), stride, flags)));
+    return call.Result(
+        (call.Now().*table)
+            .Add(Buffer(Bytes(std::size_t(count) * stride), stride, flags, std::move(layout))));
 }
 
 template<typename Handle>
@@ -105,7 +109,7 @@ IndexBufferHandle createIndexBuffer(Memory const* memory, uint16_t flags) {
 VertexBufferHandle createVertexBuffer(Memory const* memory, VertexLayout const& layout, uint16_t flags) {
     Recording call("createVertexBuffer", Arguments(memory->size, layout.getStride(), Hexadecimal(flags)));
     return recorder::CreateFromMemory(call, &Running::vertexBuffers, memory, "createVertexBuffer",
-                                      layout.getStride(), flags);
+                                      layout.getStride(), flags, recorder::Text(layout));
 }
 
 DynamicIndexBufferHandle createDynamicIndexBuffer(uint32_t count, uint16_t flags) {
@@ -123,7 +127,8 @@ DynamicIndexBufferHandle createDynamicIndexBuffer(Memory const* memory, uint16_t
 DynamicVertexBufferHandle createDynamicVertexBuffer(uint32_t count, VertexLayout const& layout,
                                                     uint16_t flags) {
     Recording call("createDynamicVertexBuffer", Arguments(count, layout.getStride(), Hexadecimal(flags)));
-    return recorder::CreateEmpty(call, &Running::dynamicVertexBuffers, count, layout.getStride(), flags);
+    return recorder::CreateEmpty(call, &Running::dynamicVertexBuffers, count, layout.getStride(), flags,
+                                 recorder::Text(layout));
 }
 
 DynamicVertexBufferHandle createDynamicVertexBuffer(Memory const* memory, VertexLayout const& layout,
@@ -131,7 +136,8 @@ DynamicVertexBufferHandle createDynamicVertexBuffer(Memory const* memory, Vertex
     Recording call("createDynamicVertexBuffer",
                    Arguments(memory->size, layout.getStride(), Hexadecimal(flags)));
     return recorder::CreateFromMemory(call, &Running::dynamicVertexBuffers, memory,
-                                      "createDynamicVertexBuffer", layout.getStride(), flags);
+                                      "createDynamicVertexBuffer", layout.getStride(), flags,
+                                      recorder::Text(layout));
 }
 
 VertexLayoutHandle createVertexLayout(VertexLayout const& layout) {

@@ -39,7 +39,7 @@ Binding Bind(Recording& call, Table<Handle>& table, Handle handle) {
     if (buffer == nullptr) {
         return {};
     }
-    return {Text(handle), buffer->bytes.data(), buffer->bytes.size(), buffer->stride};
+    return {Text(handle), buffer->bytes.data(), buffer->bytes.size(), buffer->stride, buffer->layout};
 }
 
 Binding Bind(Recording& call, bgfx::TransientVertexBuffer const& buffer) {
@@ -47,7 +47,8 @@ Binding Bind(Recording& call, bgfx::TransientVertexBuffer const& buffer) {
         call.Error("not a transient vertex buffer of this run");
         return {};
     }
-    return {"transient", reinterpret_cast<std::byte const*>(buffer.data), buffer.size, buffer.stride};
+    return {"transient", reinterpret_cast<std::byte const*>(buffer.data), buffer.size, buffer.stride,
+            call.Now().transientLayouts[buffer.data]};
 }
 
 Binding Bind(Recording& call, bgfx::TransientIndexBuffer const& buffer) {
@@ -56,7 +57,7 @@ Binding Bind(Recording& call, bgfx::TransientIndexBuffer const& buffer) {
         return {};
     }
     uint16_t const size = buffer.isIndex16 ? 2 : 4;
-    return {"transient", reinterpret_cast<std::byte const*>(buffer.data), buffer.size, size};
+    return {"transient", reinterpret_cast<std::byte const*>(buffer.data), buffer.size, size, {}};
 }
 
 void SetVertices(Recording& call, uint8_t stream, Binding const& binding) {
@@ -74,8 +75,11 @@ void SetIndices(Recording& call, Binding const& binding) {
 template<typename Handle>
 void SetBuffer(Table<Handle> Running::*table, uint8_t stage, Handle handle, bgfx::Access::Enum access) {
     Recording call("setBuffer", Arguments(stage, handle, access));
-    if (call.IsRunning() && call.Require(call.Now().*table, handle) != nullptr) {
-        call.Now().bound.buffers[stage] = {Text(handle), access};
+    if (!call.IsRunning()) {
+        return;
+    }
+    if (Resource const* const buffer = call.Require(call.Now().*table, handle)) {
+        call.Now().bound.buffers[stage] = {Text(handle), access, buffer->layout};
     }
 }
 
@@ -104,6 +108,7 @@ void TakeGeometry(Draw& draw, Bound const& bound) {
     draw.vertexBuffer = bound.vertices.buffer;
     draw.indexBuffer = bound.indices.buffer;
     draw.stride = bound.vertices.stride;
+    draw.layout = bound.vertices.layout;
     draw.vertices = CopyBytes(bound.vertices.data, bound.vertices.size);
     draw.indices = CopyBytes(bound.indices.data, bound.indices.size);
 }

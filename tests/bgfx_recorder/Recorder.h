@@ -34,7 +34,8 @@
 ///   is shared by name, a shader by content and a program by its shaders, each with a count of owners;
 /// - `setTransform` counts from 1 and restarts with every frame; `frame` returns 0, 1, 2 ... after `init`'s
 /// own;
-/// - transient buffers are real memory of the size given to `init`, and run out;
+/// - transient buffers are real memory of the size given to `init`, and run out: vertices or indices alone
+///   then get what is left, or a size beyond it where not even their alignment fits;
 /// - memory is let go by the second `frame` after its use, and at `shutdown`: only then are the release
 ///   functions of `makeRef` called, and the bytes must still be what they were when they were handed over;
 /// - `readTexture` fills the caller's memory no earlier than in the frame whose number it returned;
@@ -78,6 +79,7 @@ struct Call {
 struct BufferBinding {
     std::string buffer; ///< "dynamicVertexBuffer#4"
     bgfx::Access::Enum access = bgfx::Access::Count;
+    std::string layout; ///< of a vertex buffer, as in `Draw`
 };
 
 /// One `submit` or `dispatch` together with everything that was bound when it was called.
@@ -94,6 +96,7 @@ struct Draw {
     std::string vertexBuffer;                           ///< stream 0: "transient", "vertexBuffer#2", or empty
     std::string indexBuffer;                            ///< likewise
     uint16_t stride = 0;                                ///< bytes per vertex of stream 0
+    std::string layout;                                 ///< of stream 0: "Position 3 Float, Color0 4 Float"
     std::vector<std::byte> vertices;                    ///< content of stream 0 at the call
     std::vector<std::byte> indices;                     ///< content of the index buffer at the call
     std::map<std::string, std::vector<float>> uniforms; ///< set since the previous submit or dispatch

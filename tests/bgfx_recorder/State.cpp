@@ -28,10 +28,11 @@ void TransientSpace::Create(uint32_t size, uint16_t index) {
     handle = index;
 }
 
+// bgfx's own arithmetic, which wraps where `start` lies beyond the capacity or the bytes leave 32 bits.
 uint32_t TransientSpace::Available(uint32_t count, uint32_t stride) const {
-    uint64_t const start = Aligned(stride);
-    uint64_t const left = start < capacity ? (capacity - start) / stride : 0;
-    return uint32_t(std::min<uint64_t>(count, left));
+    uint32_t const start = Aligned(stride);
+    uint32_t const end = std::min(start + count * stride, capacity);
+    return (end - start) / stride;
 }
 
 uint32_t TransientSpace::Take(uint32_t& count, uint32_t stride) {
@@ -53,6 +54,7 @@ void Running::EndFrame() {
     bound = {};
     transientVertices.offset = 0;
     transientIndices.offset = 0;
+    transientLayouts.clear();
     windowsLeaving.clear();
     numDraws = numDispatches = numBlits = 0;
     dynamicIndexBuffers.EndFrame();

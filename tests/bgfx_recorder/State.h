@@ -30,6 +30,7 @@ struct Resource {
     int owners = 1;              ///< destroyed when the last one lets go
     Bytes bytes;                 ///< content of a buffer
     uint16_t stride = 0;         ///< bytes per element of a buffer
+    std::string layout;          ///< of a vertex buffer
     bool canGrow = false;        ///< of a dynamic buffer
     char shaderKind = 0;         ///< 'V', 'F' or 'C'
     std::vector<uint16_t> parts; ///< shaders of a program, textures of a frame buffer
@@ -129,6 +130,7 @@ struct Binding {
     std::byte const* data = nullptr; ///< content in place, so that late writes are seen
     std::size_t size = 0;
     uint16_t stride = 0;
+    std::string layout;
 };
 
 /// What the next submit or dispatch takes over.
@@ -172,6 +174,7 @@ struct Running {
     Bound bound;
     TransientSpace transientVertices;
     TransientSpace transientIndices;
+    std::map<uint8_t const*, std::string> transientLayouts; ///< by the start of the vertices
     std::vector<PendingRead> reads;
     std::set<void*> windowsLeaving; ///< native windows whose frame buffer went in this frame
     uint32_t numDraws = 0;

@@ -5,6 +5,8 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
+#include <map>
 #include <utility>
 
 namespace recorder {
@@ -91,6 +93,35 @@ std::string Text(bgfx::Access::Enum access) {
 
 std::string Text(bgfx::BackbufferRatio::Enum ratio) {
     return "ratio:" + std::to_string(int(ratio));
+}
+
+std::string Text(bgfx::VertexLayout const& layout) {
+    static constexpr char const* kAttributes[] = {
+        "Position",  "Normal",    "Tangent",   "Bitangent", "Color0",    "Color1",
+        "Color2",    "Color3",    "Indices",   "Weight",    "TexCoord0", "TexCoord1",
+        "TexCoord2", "TexCoord3", "TexCoord4", "TexCoord5", "TexCoord6", "TexCoord7"};
+    static_assert(std::size(kAttributes) == bgfx::Attrib::Count);
+    static constexpr char const* kTypes[] = {"Uint8", "Uint10", "Int16", "Half", "Float"};
+    static_assert(std::size(kTypes) == bgfx::AttribType::Count);
+    std::map<uint16_t, std::string> texts;
+    for (int i = 0; i < bgfx::Attrib::Count; ++i) {
+        auto const attribute = bgfx::Attrib::Enum(i);
+        if (layout.has(attribute)) {
+            uint8_t count = 0;
+            bgfx::AttribType::Enum type = bgfx::AttribType::Count;
+            bool normalized = false;
+            bool asInt = false;
+            layout.decode(attribute, count, type, normalized, asInt);
+            texts[layout.getOffset(attribute)] = std::string(kAttributes[i]) + " " + std::to_string(count) +
+                                                 " " + kTypes[type] + (normalized ? " normalized" : "") +
+                                                 (asInt ? " integer" : "");
+        }
+    }
+    std::string text;
+    for (auto const& [offset, attribute] : texts) {
+        text += (text.empty() ? "" : ", ") + attribute;
+    }
+    return text;
 }
 
 std::string Name(char const* name, int32_t length) {

@@ -19,6 +19,9 @@ namespace recorder {
 [[nodiscard]] std::string Text(bgfx::Access::Enum access);
 [[nodiscard]] std::string Text(bgfx::BackbufferRatio::Enum ratio);
 
+/// The attributes in the order of their offsets: "Position 3 Float, Color0 4 Uint8 normalized".
+[[nodiscard]] std::string Text(bgfx::VertexLayout const& layout);
+
 template<typename T>
 requires std::is_integral_v<T>
 [[nodiscard]] std::string Text(T value) {

@@ -31,7 +31,9 @@ void Take(TransientSpace& space, TransientIndexBuffer& buffer, uint32_t count, b
     buffer.isIndex16 = !index32;
 }
 
-void Take(TransientSpace& space, TransientVertexBuffer& buffer, uint32_t count, uint16_t stride) {
+void Take(Running& running, TransientVertexBuffer& buffer, uint32_t count, VertexLayout const& layout) {
+    TransientSpace& space = running.transientVertices;
+    uint16_t const stride = layout.getStride();
     uint32_t const offset = space.Take(count, stride);
     buffer.data = reinterpret_cast<uint8_t*>(space.data.get() + offset);
     buffer.size = count * stride;
@@ -39,6 +41,7 @@ void Take(TransientSpace& space, TransientVertexBuffer& buffer, uint32_t count, 
     buffer.stride = stride;
     buffer.handle = {space.handle};
     buffer.layoutHandle = BGFX_INVALID_HANDLE;
+    running.transientLayouts[buffer.data] = recorder::Text(layout);
 }
 
 } // namespace
@@ -61,7 +64,7 @@ void allocTransientIndexBuffer(TransientIndexBuffer* buffer, uint32_t count, boo
 void allocTransientVertexBuffer(TransientVertexBuffer* buffer, uint32_t count, VertexLayout const& layout) {
     Recording call("allocTransientVertexBuffer", Arguments(count, layout.getStride()));
     if (call.IsRunning()) {
-        Take(call.Now().transientVertices, *buffer, count, layout.getStride());
+        Take(call.Now(), *buffer, count, layout);
     }
 }
 
@@ -73,7 +76,7 @@ bool allocTransientBuffers(TransientVertexBuffer* vertices, VertexLayout const& 
         call.Now().transientVertices.Available(vertexCount, layout.getStride()) == vertexCount &&
         call.Now().transientIndices.Available(indexCount, IndexSize(index32)) == indexCount;
     if (fits) {
-        Take(call.Now().transientVertices, *vertices, vertexCount, layout.getStride());
+        Take(call.Now(), *vertices, vertexCount, layout);
         Take(call.Now().transientIndices, *indices, indexCount, index32);
     }
     return call.Result(fits);

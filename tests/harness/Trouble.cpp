@@ -60,7 +60,8 @@ void TroubleCallback::traceVargs(char const*, std::uint16_t, char const* format,
     char buffer[1024];
     bx::vsnprintf(buffer, sizeof buffer, format, argList);
     std::string_view const text = buffer;
-    if (text.find("LEAK") != text.npos || text.starts_with("zx3D:"))
+    bool const isOfVulkansValidation = text.find(" Validation, ") != text.npos;
+    if (text.find("LEAK") != text.npos || text.starts_with("zx3D:") || isOfVulkansValidation)
         Trouble::Report(std::string(text));
 }
 

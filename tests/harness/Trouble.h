@@ -21,7 +21,8 @@ public:
     static std::vector<std::string> Take();
 };
 
-/// Reports bgfx's fatal errors, its leaked handles and every message of zx3D as trouble.
+/// Reports bgfx's fatal errors, its leaked handles, every message of zx3D and every one of Vulkan's
+/// validation layer as trouble. A debug build of bgfx loads that layer where it is installed.
 class TroubleCallback : public zx3DQt::BGFXDefaultCallback {
 public:
     void fatal(char const* filePath, std::uint16_t line, bgfx::Fatal::Enum code, char const* str) override;

@@ -71,6 +71,20 @@ ImageDifference Compare(QImage const& actual, QImage const& expected) {
     return difference;
 }
 
+int ColorDistance(QColor const& a, QColor const& b) {
+    return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) + std::abs(a.blue() - b.blue()) +
+           std::abs(a.alpha() - b.alpha());
+}
+
+int CountDifferences(QImage const& actual, QImage const& expected) {
+    int count = 0;
+    for (int y = 0; y < actual.height(); ++y) {
+        for (int x = 0; x < actual.width(); ++x)
+            count += actual.pixel(x, y) != expected.pixel(x, y) ? 1 : 0;
+    }
+    return count;
+}
+
 ::testing::AssertionResult Matches(QImage const& actual, QImage const& expected, Tolerance tolerance) {
     if (actual.size() != expected.size()) {
         return ::testing::AssertionFailure()

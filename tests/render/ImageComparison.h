@@ -18,6 +18,12 @@ struct ImageDifference {
 /// The difference of two images of the same size.
 ImageDifference Compare(QImage const& actual, QImage const& expected);
 
+/// The sum of the differences of all channels.
+int ColorDistance(QColor const& a, QColor const& b);
+
+/// How many pixels of two images of the same size differ.
+int CountDifferences(QImage const& actual, QImage const& expected);
+
 /// What difference is let pass. The default suits colours that a GPU interpolates or blends; values that
 /// nothing is computed from must be met exactly. A caller with a larger one names the driver that needs it,
 /// and why.

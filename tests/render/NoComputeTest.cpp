@@ -1,5 +1,6 @@
 // A renderer without compute shaders.
 #include "DrawingCheck.h"
+#include "WithoutCompute.h"
 
 #include <harness/LibraryRun.h>
 #include <harness/Trouble.h>
@@ -14,11 +15,8 @@ using namespace zarvex::testing;
 namespace {
 
 class NoComputeTest : public BackendTest {
-protected:
-    NoComputeTest() {
-        // bgfx keeps the capabilities in one record of the process and fills it anew at its next start.
-        const_cast<bgfx::Caps&>(*bgfx::getCaps()).supported &= ~BGFX_CAPS_COMPUTE;
-    }
+private:
+    WithoutCompute const m_withoutCompute;
 };
 
 } // namespace

@@ -1,16 +1,14 @@
 // Barycentric rasterisation in double precision, with perspective.
 #include "SoftwareTriangle.h"
 
+#include "ImageComparison.h"
+
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 
 namespace zarvex::testing {
 
 namespace {
-
-/// GPUs snap corners to a grid of 1/256 pixel or finer, which moves an edge by less than this, in pixels.
-constexpr double kEdgeWidth = 1.0 / 64.0;
 
 double Cross(QPointF a, QPointF b) {
     return a.x() * b.y() - a.y() * b.x();
@@ -23,11 +21,6 @@ QPointF ToPixels(QVector4D const& clip, QSize size) {
 
 int ToByte(double channel) {
     return static_cast<int>(std::lround(std::clamp(channel, 0.0, 1.0) * 255.0));
-}
-
-int Distance(QColor const& a, QColor const& b) {
-    return std::abs(a.red() - b.red()) + std::abs(a.green() - b.green()) + std::abs(a.blue() - b.blue()) +
-           std::abs(a.alpha() - b.alpha());
 }
 
 } // namespace
@@ -48,7 +41,7 @@ QImage SoftwareTriangle::Draw(QColor const& background, QImage const& actual) co
             QColor const color = ColorAt(center);
             QColor const there = actual.pixelColor(x, y);
             bool const covered = coverage == Coverage::Edge
-                                     ? Distance(there, color) < Distance(there, background)
+                                     ? ColorDistance(there, color) < ColorDistance(there, background)
                                      : coverage == Coverage::Inside;
             image.setPixelColor(x, y, covered ? color : background);
         }
@@ -56,16 +49,14 @@ QImage SoftwareTriangle::Draw(QColor const& background, QImage const& actual) co
     return image;
 }
 
-SoftwareTriangle::Coverage SoftwareTriangle::CoverageOf(QPointF pixelCenter) const {
+Coverage SoftwareTriangle::CoverageOf(QPointF pixelCenter) const {
     double nearest = kEdgeWidth * 2.0;
     for (int edge = 0; edge < 3; ++edge) {
         QPointF const along = m_corners[(edge + 2) % 3] - m_corners[(edge + 1) % 3];
         double const inwards = SignedArea(edge, pixelCenter) * std::copysign(1.0, m_area);
         nearest = std::min(nearest, inwards / std::hypot(along.x(), along.y()));
     }
-    if (std::abs(nearest) <= kEdgeWidth)
-        return Coverage::Edge;
-    return nearest > 0.0 ? Coverage::Inside : Coverage::Outside;
+    return CoverageAtDistance(nearest);
 }
 
 QColor SoftwareTriangle::ColorAt(QPointF pixelCenter) const {

@@ -1,6 +1,8 @@
 // What a triangle should look like, computed without a GPU.
 #pragma once
 
+#include "Coverage.h"
+
 #include <QColor>
 #include <QImage>
 #include <QPointF>
@@ -28,8 +30,6 @@ public:
     QImage Draw(QColor const& background, QImage const& actual) const;
 
 private:
-    enum class Coverage { Outside, Edge, Inside };
-
     Coverage CoverageOf(QPointF pixelCenter) const;
     QColor ColorAt(QPointF pixelCenter) const;
     double SignedArea(int edge, QPointF point) const;

@@ -208,6 +208,50 @@ TEST_F(RecorderTest, TransientBuffersAreMemoryThatRunsOut) {
     EXPECT_TRUE(bgfx::allocTransientBuffers(&vertices, layout, 81, &indices, 3));
 }
 
+TEST_F(RecorderTest, VerticesAloneGetTheTransientSpaceThatIsLeft) {
+    bgfx::VertexLayout const layout = Layout();
+    bgfx::TransientVertexBuffer vertices;
+    bgfx::allocTransientVertexBuffer(&vertices, 81, layout);
+    EXPECT_EQ(vertices.size, 81u * 12u);
+    bgfx::allocTransientVertexBuffer(&vertices, 5, layout);
+    EXPECT_EQ(vertices.size, 2u * 12u);
+    bgfx::allocTransientVertexBuffer(&vertices, 5, layout);
+    EXPECT_EQ(vertices.size, 0u);
+}
+
+TEST_F(RecorderTest, TransientVerticesWhoseAlignmentDoesNotFitGetASizeBeyondTheSpace) {
+    bgfx::VertexLayout layout;
+    layout.begin().add(bgfx::Attrib::Position, 3, bgfx::AttribType::Float).skip(16).end();
+    bgfx::TransientVertexBuffer vertices;
+    bgfx::allocTransientVertexBuffer(&vertices, 83, Layout());
+    bgfx::allocTransientVertexBuffer(&vertices, 1, layout); // at 1008 of 1000 bytes
+    EXPECT_GT(vertices.size, 1000u);
+    bgfx::TransientIndexBuffer indices;
+    EXPECT_FALSE(bgfx::allocTransientBuffers(&vertices, layout, 1, &indices, 1));
+}
+
+TEST_F(RecorderTest, DrawsKnowTheLayoutOfTheirVertices) {
+    bgfx::VertexLayout layout;
+    layout.begin()
+        .add(bgfx::Attrib::TexCoord0, 2, bgfx::AttribType::Float)
+        .add(bgfx::Attrib::Position, 3, bgfx::AttribType::Half)
+        .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Uint8, true)
+        .end();
+    std::string const text = "TexCoord0 2 Float, Position 3 Half, Color0 4 Uint8 normalized";
+    bgfx::TransientVertexBuffer transient;
+    bgfx::allocTransientVertexBuffer(&transient, 1, layout);
+    bgfx::setVertexBuffer(0, &transient);
+    bgfx::submit(0, BGFX_INVALID_HANDLE);
+    bgfx::DynamicVertexBufferHandle const dynamic = bgfx::createDynamicVertexBuffer(1u, layout);
+    bgfx::setVertexBuffer(0, dynamic);
+    bgfx::setBuffer(3, dynamic, bgfx::Access::Read);
+    bgfx::submit(0, BGFX_INVALID_HANDLE);
+    ASSERT_EQ(recorder::Draws().size(), 2u);
+    EXPECT_EQ(recorder::Draws()[0].layout, text);
+    EXPECT_EQ(recorder::Draws()[1].layout, text);
+    EXPECT_EQ(recorder::Draws()[1].buffers.at(3).layout, text);
+}
+
 TEST_F(RecorderTest, SubmitTakesOverWhatIsBoundAndDiscardsIt) {
     bgfx::VertexLayout const layout = Layout();
     bgfx::TransientVertexBuffer vertices;

@@ -1,0 +1,55 @@
+// The lights of a scene.
+#pragma once
+
+#include <zx3DQt/BGFXPointLightSource.h>
+#include <zx3DQt/zx3DQtExport.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace zarvex::zx3DQt {
+
+/// Holds lights and submits them together:
+///
+///     BGFXPointLightSource lamp =
+///     BGFXPointLightSourceBuilder().DefaultDiffuse().SetName("u_light0").Build(); lamp.CreateUniforms(); //
+///     before it is added: afterwards it can only be read lights.Add(std::move(lamp));
+///     ...
+///     lights.Submit();       // before each draw with the lighting program
+///
+/// To move or recolour a light, to remove one, or to replace all: `ClearAll`, add what is to be there,
+/// `Submit`. A light that was cleared and not added again is turned off by that `Submit`. A context that is
+/// destroyed leaves its lights shining: clear and submit it before.
+///
+/// Lifetime: owns its lights. Thread: the GUI thread.
+class ZX3DQT_EXPORT BGFXLightingContext {
+public:
+    BGFXLightingContext();
+    ~BGFXLightingContext();
+
+    /// Takes a light and returns its id. Ids count from 1 and are never used again.
+    int Add(BGFXPointLightSource light);
+
+    /// Throws `std::out_of_range` for an unknown id.
+    BGFXPointLightSource const& Get(int id) const;
+
+    unsigned long long GetCount() const { return m_lights.size(); }
+    bool IsEmpty() const { return m_lights.empty(); }
+
+    /// Destroys all lights, and their uniforms.
+    void ClearAll();
+
+    /// Sets the uniforms of all lights, in the order of their ids, for the next draw.
+    void Submit() const;
+
+private:
+    void SubmitDarkness() const;
+
+    [[maybe_unused]] int m_reserved = -1;
+    int m_nextId = 1;
+    std::map<int, BGFXPointLightSource> m_lights;
+    mutable std::vector<std::string> m_clearedNames; ///< of lights that were cleared since the last `Submit`
+};
+
+} // namespace zarvex::zx3DQt

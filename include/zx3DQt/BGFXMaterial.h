@@ -1,0 +1,97 @@
+// How a surface reflects light.
+#pragma once
+
+#include <zx3DQt/zx3DQtExport.h>
+
+#include <zx3D/ContextListener.h>
+
+#include <bgfx/bgfx.h>
+
+#include <array>
+#include <string>
+
+class QColor;
+
+namespace zarvex::zx3DQt {
+
+/// A Blinn-Phong material: four colours and a shininess, each a vec4 uniform that is named after the
+/// material. The lighting program reads the one whose name is "u_material":
+///
+///     BGFXMaterial steel("u_material", ambient, diffuse, specular, Qt::black, 64.0f);
+///     steel.CreateUniforms();      // once, when the library runs
+///     ...
+///     steel.Submit();              // before each draw that it is for
+///     renderer.DrawTriangles(view, vertices, indices);
+///
+/// A submitted material stays in effect until another one of its name is submitted. Ambient and diffuse
+/// colour are multiplied by the vertex colours: draw with white vertices to see the material's own. Where no
+/// material was ever submitted the vertex colours are the surface's. Two materials of one name share their
+/// uniforms.
+///
+/// Lifetime: owns its uniforms from `CreateUniforms` to `DestroyUniforms`, its destructor, or the end of the
+/// context. Move construction hands them over; after a move assignment both objects refer to the same ones,
+/// and the caller sees to it that only one destroys them. Thread: the GUI thread. Errors: none are reported.
+class ZX3DQT_EXPORT BGFXMaterial : private zx3D::ContextListener {
+public:
+    /// Black, without shininess, without a name.
+    BGFXMaterial();
+    explicit BGFXMaterial(std::string const& name);
+    BGFXMaterial(std::string const& name, QColor const& ambient, QColor const& diffuse,
+                 QColor const& specular, QColor const& emission, float shininess);
+    BGFXMaterial(BGFXMaterial&& other);
+    BGFXMaterial& operator=(BGFXMaterial&& other);
+    ~BGFXMaterial();
+
+    /// Creates the uniforms `name` + "_ambient", "_diffuse", "_specular", "_emission" and "_shininess". bgfx
+    /// must run. Destroys none that exist: call it once, or after `DestroyUniforms`.
+    void CreateUniforms();
+    void DestroyUniforms();
+
+    /// Sets the uniforms for the next draw. They must exist.
+    void Submit() const;
+
+    // The values reach the GPU with the next `Submit`, a name with the next `CreateUniforms`.
+
+    /// Colour in ambient light.
+    void SetAmbient(QColor const& color);
+    /// Colour in directed light.
+    void SetDiffuse(QColor const& color);
+    /// Colour of highlights.
+    void SetSpecular(QColor const& color);
+    /// Sets the specular colour, exactly as `SetSpecular`. The emission colour is given to the constructor.
+    void SetEmission(QColor const& color);
+    /// Exponent of the highlights: the larger, the smaller they are.
+    void SetShininess(float shininess);
+    void SetName(std::string const& name);
+
+private:
+    enum Value { Ambient, Diffuse, Specular, Emission, Shininess, Count };
+
+    void OnContextStopping() override;
+
+    std::array<std::array<float, 4>, Count> m_values{}; ///< shininess in x
+    std::array<bgfx::UniformHandle, Count> m_uniforms;
+    std::string m_name;
+};
+
+/// Builds a material in a chain:
+///
+///     BGFXMaterial const steel = BGFXMaterialBuilder().SetName("u_material").SetShininess(64.0f).Build();
+class ZX3DQT_EXPORT BGFXMaterialBuilder {
+public:
+    BGFXMaterialBuilder& SetAmbient(QColor const& color);
+    BGFXMaterialBuilder& SetDiffuse(QColor const& color);
+    BGFXMaterialBuilder& SetSpecular(QColor const& color);
+    /// Sets the specular colour, as the material's does.
+    BGFXMaterialBuilder& SetEmission(QColor const& color);
+    BGFXMaterialBuilder& SetShininess(float shininess);
+    BGFXMaterialBuilder& SetName(std::string const& name);
+
+    /// The material, without uniforms. A second one has the same colours and no name.
+    BGFXMaterial Build();
+
+private:
+    BGFXMaterial m_material;
+};
+
+} // namespace zarvex::zx3DQt

@@ -1,0 +1,69 @@
+// Filled circles, rectangles and cones.
+#pragma once
+
+#include <zx3DQt/RenderTypes.h>
+#include <zx3DQt/zx3DQtExport.h>
+
+#include <zx3D/Color.h>
+
+#include <QVector2D>
+#include <QVector3D>
+
+#include <bx/math.h>
+
+namespace zarvex::zx3DQt {
+
+class BGFXRenderer;
+class BGFXViewContext;
+
+// Shapes of one flat colour, without light, in world units. Each call is one submission. Rectangles and cones
+// are drawn with the renderer's current model transform, circles without any.
+
+/// A disc in a plane of constant z.
+struct BGFXCircleModel2D {
+    QVector2D center;
+    float radius = 1.0f;
+    zx3D::Color color;
+};
+
+/// A rectangle with edges along x and y in a plane of constant z.
+struct BGFXRectangleModel2D {
+    QVector2D center;
+    QVector2D halfExtents{1.0f, 1.0f}; ///< from the centre to the edges
+    zx3D::Color color;
+};
+
+/// A cone, closed by a disc.
+struct BGFXConeModel {
+    bx::Vec3 direction{0.0f, 0.0f, 0.0f}; ///< unit vector from the base towards the tip
+    bx::Vec3 apex{0.0f, 0.0f, 0.0f};      ///< the tip
+    float height = 0.15f;
+    float radius = 0.05f; ///< of the base
+    int segments = 32;    ///< of the base's edge
+    zx3D::Color color;
+};
+
+/// Draws a disc of 360 segments at height `z`.
+ZX3DQT_EXPORT void DrawCircle(BGFXRenderer const& renderer, BGFXViewContext const& view,
+                              QVector2D const& center, float radius, zx3D::Color const& color, float z,
+                              BGFXRenderState state);
+ZX3DQT_EXPORT void DrawCircle(BGFXRenderer const& renderer, BGFXViewContext const& view,
+                              BGFXCircleModel2D const& model, float z, BGFXRenderState state);
+
+/// Draws a rectangle at height `z`.
+ZX3DQT_EXPORT void DrawRectangle(BGFXRenderer const& renderer, BGFXViewContext const& view,
+                                 QVector2D const& center, QVector2D const& halfExtents,
+                                 zx3D::Color const& color, float z, BGFXRenderState state);
+ZX3DQT_EXPORT void DrawRectangle(BGFXRenderer const& renderer, BGFXViewContext const& view,
+                                 BGFXRectangleModel2D const& model, float z, BGFXRenderState state);
+
+/// Draws a cone, with `BGFXRenderer::STATE_OPAQUE`. A `direction` that is no unit vector scales height and
+/// base. Draws nothing for a radius of about zero, a NaN, or fewer than one segment; at most 65,533 segments
+/// can be addressed by 16-bit indices, which is not checked.
+ZX3DQT_EXPORT void DrawCone(BGFXRenderer const& renderer, BGFXViewContext const& view,
+                            QVector3D const& direction, QVector3D const& apex, double height, double radius,
+                            int segments, zx3D::Color const& color);
+ZX3DQT_EXPORT void DrawCone(BGFXRenderer const& renderer, BGFXViewContext const& view,
+                            BGFXConeModel const& model);
+
+} // namespace zarvex::zx3DQt

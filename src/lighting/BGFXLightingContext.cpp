@@ -1,0 +1,49 @@
+// Keeping, finding and submitting lights.
+#include <zx3DQt/BGFXLightingContext.h>
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace zarvex::zx3DQt {
+
+BGFXLightingContext::BGFXLightingContext() = default;
+BGFXLightingContext::~BGFXLightingContext() = default;
+
+int BGFXLightingContext::Add(BGFXPointLightSource light) {
+    int const id = m_nextId++;
+    m_lights.emplace(id, std::move(light));
+    return id;
+}
+
+BGFXPointLightSource const& BGFXLightingContext::Get(int id) const {
+    auto const found = m_lights.find(id);
+    if (found == m_lights.end())
+        throw std::out_of_range("invalid map<K, T> key");
+    return found->second;
+}
+
+void BGFXLightingContext::ClearAll() {
+    for (auto const& [id, light] : m_lights) {
+        if (bgfx::isValid(light.m_uniforms[0]))
+            m_clearedNames.push_back(light.m_name);
+    }
+    m_lights.clear();
+}
+
+void BGFXLightingContext::Submit() const {
+    SubmitDarkness();
+    for (auto const& [id, light] : m_lights)
+        light.Submit();
+}
+
+void BGFXLightingContext::SubmitDarkness() const {
+    // bgfx keeps a uniform's last value, so a light that is gone would shine on.
+    for (std::string const& name : std::exchange(m_clearedNames, {})) {
+        auto const hasName = [&name](auto const& idAndLight) { return idAndLight.second.m_name == name; };
+        if (std::none_of(m_lights.begin(), m_lights.end(), hasName))
+            BGFXPointLightSource::SubmitDark(name);
+    }
+}
+
+} // namespace zarvex::zx3DQt

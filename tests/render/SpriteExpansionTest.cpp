@@ -1,0 +1,254 @@
+// The vertices that the compute shaders write are those that the processor computes.
+#include "BufferReadBack.h"
+#include "RenderTest.h"
+
+#include <unit/harness/PrivateMember.h>
+
+#include "FrameResources.h"
+#include "PointSpriteExpansion.h"
+#include "RectangleSpriteExpansion.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <sstream>
+#include <string>
+
+using namespace zarvex;
+using namespace zarvex::testing;
+using zx3DQt::Float4;
+using zx3DQt::FrameResource;
+
+namespace {
+
+struct FrameResources {
+    using Type = std::map<std::uint8_t, std::vector<std::any>> zx3DQt::BGFXRenderer::*;
+};
+
+} // namespace
+
+template struct Reveal<FrameResources, &zx3DQt::BGFXRenderer::m_frameResources>;
+
+namespace {
+
+using Points = std::vector<zx3D::Vertex::Pos3fColorRGBA>;
+using Lines = std::vector<zx3D::Line>;
+
+constexpr int kCounts[] = {1, 63, 64, 65, 1000};
+
+/// Of a vec4 as a whole: where a small component is the difference of large terms, its own digits mean
+/// nothing.
+constexpr float kRelativeError = 1e-5f;
+
+float Magnitude(Float4 const& v) {
+    return std::max({std::abs(v.x), std::abs(v.y), std::abs(v.z), std::abs(v.w)});
+}
+
+bool IsFinite(Float4 const& v) {
+    return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z) && std::isfinite(v.w);
+}
+
+/// A division by zero gives infinities or no numbers, and which of them is up to the GPU.
+bool IsNear(Float4 const& actual, Float4 const& expected) {
+    if (!IsFinite(expected))
+        return !IsFinite(actual);
+    Float4 const difference{actual.x - expected.x, actual.y - expected.y, actual.z - expected.z,
+                            actual.w - expected.w};
+    return Magnitude(difference) <= kRelativeError * Magnitude(expected);
+}
+
+std::string ToString(Float4 const& v) {
+    std::ostringstream text;
+    text << '(' << v.x << ", " << v.y << ", " << v.z << ", " << v.w << ')';
+    return text.str();
+}
+
+/// Positions in a range, the same in every run.
+class Positions {
+public:
+    Positions(bx::Vec3 from, bx::Vec3 to) : m_from(from), m_to(to) {}
+
+    bx::Vec3 Next() {
+        return {Between(m_from.x, m_to.x), Between(m_from.y, m_to.y), Between(m_from.z, m_to.z)};
+    }
+
+private:
+    float Between(float from, float to) {
+        return from + (to - from) * (static_cast<float>(m_random() % 65536) / 65536.0f);
+    }
+
+    bx::Vec3 m_from, m_to;
+    std::mt19937 m_random{1};
+};
+
+zx3D::Color ColorOf(int i) {
+    float const n = static_cast<float>(i);
+    return {0.125f * n, 1.0f / (n + 1.0f), 0.5f, 1.0f - 0.001f * n};
+}
+
+Points PointsIn(Positions positions, int count) {
+    Points points;
+    for (int i = 0; i < count; ++i)
+        points.emplace_back(positions.Next(), ColorOf(i));
+    return points;
+}
+
+Lines LinesIn(Positions positions, int count) {
+    Lines lines;
+    for (int i = 0; i < count; ++i) {
+        bx::Vec3 const start = positions.Next();
+        lines.push_back({start, positions.Next(), ColorOf(i)});
+    }
+    return lines;
+}
+
+/// What a camera at the origin that looks along z sees, and does not see.
+Positions InFront() {
+    return {{-2.0f, -2.0f, 1.0f}, {2.0f, 2.0f, 9.0f}};
+}
+
+Positions Behind() {
+    return {{-2.0f, -2.0f, -9.0f}, {2.0f, 2.0f, -1.0f}};
+}
+
+QRect const kViewport(5, 9, 51, 33);
+
+zx3DQt::BGFXViewContext PerspectiveView() {
+    QMatrix4x4 projection;
+    bx::mtxProj(projection.data(), 60.0f, 51.0f / 33.0f, 0.1f, 100.0f, bgfx::getCaps()->homogeneousDepth);
+    zx3DQt::BGFXViewContext view = PixelView(kViewport);
+    view.SetProjectionMatrix(projection);
+    return view;
+}
+
+class SpriteExpansionTest : public RenderTest {
+protected:
+    SpriteExpansionTest() { EXPECT_TRUE(bgfx::getCaps()->supported & BGFX_CAPS_COMPUTE); }
+
+    void Check(zx3DQt::BGFXViewContext const& view, Points const& points,
+               QMatrix4x4 const& model = QMatrix4x4());
+    void Check(zx3DQt::BGFXViewContext const& view, Lines const& lines,
+               QMatrix4x4 const& model = QMatrix4x4());
+
+private:
+    /// Compares with what the compute shader writes in the recorded frame.
+    template<typename Vertex>
+    void CheckVertices(FrameResource kind, std::vector<Vertex> const& expected);
+};
+
+void SpriteExpansionTest::Check(zx3DQt::BGFXViewContext const& view, Points const& points,
+                                QMatrix4x4 const& model) {
+    constexpr std::uint16_t size = 7;
+    StartFrame();
+    view.Submit(m_target.GetFrameBuffer());
+    m_renderer.SetModelTransform(model);
+    m_renderer.DrawPoints(view, points, size);
+    std::vector<zx3DQt::PointSprite::DummyVertexT> expected(points.size() *
+                                                            zx3DQt::PointSprite::kVerticesPerPoint);
+    zx3DQt::PointSprite::Expand(points, view.GetProjectionMatrix() * view.GetViewMatrix() * model,
+                                view.GetViewport().size(), size, expected.data());
+    CheckVertices(FrameResource::SpriteVertices, expected);
+}
+
+void SpriteExpansionTest::Check(zx3DQt::BGFXViewContext const& view, Lines const& lines,
+                                QMatrix4x4 const& model) {
+    constexpr std::uint16_t width = 5;
+    StartFrame();
+    view.Submit(m_target.GetFrameBuffer());
+    m_renderer.SetModelTransform(model);
+    m_renderer.DrawLines(view, lines, width);
+    std::vector<zx3DQt::RectangleSprite::DummyVertexT> expected(lines.size() *
+                                                                zx3DQt::RectangleSprite::kVerticesPerLine);
+    zx3DQt::RectangleSprite::Expand(lines, view.GetProjectionMatrix() * view.GetViewMatrix() * model,
+                                    view.GetViewport().size(), width, expected.data());
+    CheckVertices(FrameResource::RectangleSpriteOutput, expected);
+}
+
+template<typename Vertex>
+void SpriteExpansionTest::CheckVertices(FrameResource kind, std::vector<Vertex> const& expected) {
+    constexpr std::size_t vectorsPerVertex = sizeof(Vertex) / sizeof(Float4);
+    auto const& resources =
+        (m_renderer.*Revealed<FrameResources>::pointer).at(static_cast<std::uint8_t>(kind));
+    ASSERT_EQ(resources.size(), 1u);
+    auto const resource =
+        std::any_cast<std::shared_ptr<zx3DQt::DynamicBufferResource<Vertex>>>(resources.front());
+    std::size_t const count = expected.size() * vectorsPerVertex;
+    std::vector<QVector4D> const values =
+        ReadBack(resource->vertexBuffer, static_cast<std::uint32_t>(count), 1);
+    for (std::size_t i = 0; i < count; ++i) {
+        Float4 actualVector, expectedVector;
+        std::memcpy(&actualVector, &values[i], sizeof(Float4));
+        std::memcpy(&expectedVector, reinterpret_cast<char const*>(expected.data()) + i * sizeof(Float4),
+                    sizeof(Float4));
+        if (!IsNear(actualVector, expectedVector)) {
+            FAIL() << "vec4 " << i % vectorsPerVertex << " of vertex " << i / vectorsPerVertex << " of "
+                   << expected.size() << " is " << ToString(actualVector) << " instead of "
+                   << ToString(expectedVector);
+        }
+    }
+}
+
+} // namespace
+
+TEST_P(SpriteExpansionTest, AnyNumberIsExpanded) {
+    for (int const count : kCounts) {
+        SCOPED_TRACE(count);
+        Check(PerspectiveView(), PointsIn(InFront(), count));
+        Check(PerspectiveView(), LinesIn(InFront(), count));
+    }
+}
+
+TEST_P(SpriteExpansionTest, ModelViewAndProjectionApply) {
+    QMatrix4x4 model;
+    model.translate(0.3f, -0.2f, 4.0f);
+    model.rotate(37.0f, 1.0f, 2.0f, 3.0f);
+    model.scale(0.7f, 1.3f, 0.4f);
+    zx3DQt::BGFXViewContext view = PerspectiveView();
+    view.SetViewMatrix(QQuaternion::fromAxisAndAngle(0.0f, 1.0f, 0.2f, 11.0f));
+    Positions const positions({-1.0f, -1.0f, -1.0f}, {1.0f, 1.0f, 1.0f});
+    Check(view, PointsIn(positions, 100), model);
+    Check(view, LinesIn(positions, 100), model);
+
+    zx3DQt::BGFXViewContext const pixelView = PixelView(kViewport);
+    QMatrix4x4 turned;
+    turned.rotate(15.0f, 0.0f, 0.0f, 1.0f);
+    Positions const pixels({-20.0f, -20.0f, 0.0f}, {70.0f, 50.0f, 1.0f});
+    Check(pixelView, PointsIn(pixels, 100), turned);
+    Check(pixelView, LinesIn(pixels, 100), turned);
+}
+
+TEST_P(SpriteExpansionTest, WhatIsBehindTheCameraIsExpandedToo) {
+    Check(PerspectiveView(), PointsIn(Behind(), 100));
+    Check(PerspectiveView(), LinesIn(Behind(), 100));
+    Lines crossing = LinesIn(InFront(), 100);
+    Lines const behind = LinesIn(Behind(), 100);
+    for (std::size_t i = 0; i < crossing.size(); ++i)
+        (i % 2 == 0 ? crossing[i].start : crossing[i].end) = behind[i].start;
+    Check(PerspectiveView(), crossing);
+}
+
+TEST_P(SpriteExpansionTest, TheCamerasOwnPlaneHarmsNothingElse) {
+    // There clip w is 0. Every other one is in front of the camera.
+    Points points = PointsIn(InFront(), 100);
+    Lines lines = LinesIn(InFront(), 100);
+    for (std::size_t i = 0; i < points.size(); i += 2) {
+        points[i].position.z = 0.0f;
+        (i % 4 == 0 ? lines[i].start : lines[i].end).z = 0.0f;
+    }
+    points[0].position = lines[0].start = bx::Vec3(0.0f, 0.0f, 0.0f);
+    lines[4].end.z = 0.0f;
+    Check(PerspectiveView(), points);
+    Check(PerspectiveView(), lines);
+}
+
+TEST_P(SpriteExpansionTest, LinesWithoutALengthCollapse) {
+    Lines lines = LinesIn(InFront(), 100);
+    for (std::size_t i = 0; i < lines.size(); i += 2) {
+        float const distance = i % 4 == 0 ? 1.0f : 2.0f; // the same place, or one behind the other
+        lines[i].end = bx::mul(lines[i].start, distance);
+    }
+    Check(PerspectiveView(), lines);
+}
+
+ZX3D_INSTANTIATE_BACKENDS(SpriteExpansionTest);

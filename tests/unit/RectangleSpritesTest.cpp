@@ -1,0 +1,462 @@
+// Rectangle sprites: what is submitted where there are compute shaders, and the vertices computed here.
+#include <DrawFixture.h>
+#include <PrivateMember.h>
+#include <SpriteReference.h>
+
+#include "../../src/render/RectangleSpriteExpansion.h"
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+using namespace zarvex;
+using namespace zarvex::zx3DQt;
+using RectangleSprite::ComputeStageInputVertexData;
+using RectangleSprite::DummyVertexT;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+using Lines = zx3D::DataSpan<zx3D::Line const>;
+using Stipple = std::optional<zx3D::LineStipplePattern>;
+using Draw = void (BGFXRenderer::*)(BGFXViewContext const&, Lines, std::uint16_t,
+                                    std::optional<ModelTransformCacheId>, Stipple const&,
+                                    std::optional<BGFXRenderState>) const;
+
+constexpr std::size_t kFloatsPerVertex = 16;
+
+struct Either {
+    using Type = Draw;
+};
+struct OnCpu {
+    using Type = Draw;
+};
+struct OnGpu {
+    using Type = Draw;
+};
+
+class RectangleSpritesTest : public DrawFixture {
+protected:
+    template<typename Path>
+    void DrawOn(Lines lines, std::uint16_t width,
+                std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
+                Stipple const& stipple = std::nullopt, std::optional<BGFXRenderState> state = std::nullopt) {
+        ((*m_renderer).*Revealed<Path>::pointer)(m_view, lines, width, modelTransform, stipple, state);
+    }
+
+    /// A vec4 of a vertex of the one draw: 0 the corner, 1 the colour, 2 the start, 3 the end.
+    static std::vector<float> Part(std::size_t vertex, std::size_t part) {
+        std::vector<float> const floats = TheDraw().VerticesAs<float>();
+        auto const first = floats.begin() + std::ptrdiff_t(vertex * kFloatsPerVertex + 4 * part);
+        return {first, first + 4};
+    }
+
+    std::array<zx3D::Line, 2> const m_lines{zx3D::Line{{1, 2, 3}, {4, 5, 6}, {0.1f, 0.2f, 0.3f, 0.4f}},
+                                            zx3D::Line{{7, 8, 9}, {10, 11, 12}, {0.5f, 0.6f, 0.7f, 0.8f}}};
+
+    /// From the middle of the view to its right edge.
+    std::array<zx3D::Line, 1> const m_halfLine{zx3D::Line{{0, 0, 0}, {1, 0, 0}, {1, 1, 1, 1}}};
+};
+
+class RectangleSpriteExpansionTest : public RectangleSpritesTest {
+protected:
+    void SetUp() override {
+        RectangleSpritesTest::SetUp();
+        DisableCompute();
+    }
+
+    /// Draws the lines and compares all their vertices with the reference.
+    void ExpectExpansion(Lines lines, std::uint16_t width, QMatrix4x4 const& model) {
+        recorder::ClearCalls();
+        m_renderer->SetModelTransform(model);
+        m_renderer->DrawLines(m_view, lines, float(width));
+        EXPECT_THAT(
+            TheDraw().VerticesAs<float>(),
+            HasBitsOf(ExpandedLines(lines, m_view.GetProjectionMatrix() * m_view.GetViewMatrix() * model,
+                                    m_view.GetViewport().size(), width)));
+    }
+
+    std::vector<zx3D::Line> RandomLines(std::size_t count, bool unusual = false) {
+        std::vector<zx3D::Line> lines;
+        for (std::size_t i = 0; i < count; ++i) {
+            bx::Vec3 const start = unusual ? m_random.UnusualPosition() : m_random.Position();
+            bx::Vec3 const end = unusual ? m_random.UnusualPosition() : m_random.Position();
+            bool const hasLength = m_random.Int(0, 9) != 0;
+            lines.push_back({start, hasLength ? end : start, m_random.Color()});
+        }
+        return lines;
+    }
+
+    /// NDC x is x / z, likewise y and z: ends with z = 0 have w = 0.
+    static QMatrix4x4 PinholeProjection() { return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0}; }
+
+    RandomGeometry m_random;
+};
+
+} // namespace
+
+template struct Reveal<Either, &BGFXRenderer::DrawRectangleSprites>;
+template struct Reveal<OnCpu, &BGFXRenderer::DrawRectangleSpritesCPU>;
+template struct Reveal<OnGpu, &BGFXRenderer::DrawRectangleSpritesGPU>;
+
+TEST_F(RectangleSpritesTest, WithComputeBgfxIsCalledInOrder) {
+    m_renderer->DrawLines(m_view, m_lines, 4.0f);
+    EXPECT_THAT(
+        recorder::CallTexts(),
+        ElementsAre("createDynamicVertexBuffer(2, 48, 0x100)", "makeRef(96)",
+                    "update(dynamicVertexBuffer#0, 0, 96)", "createDynamicVertexBuffer(12, 64, 0x200)",
+                    "setTransform(cache#0, 1)", "setUniform(u_viewport, 100, 50, 0, 0)",
+                    "setUniform(u_rectangleSprite, 2, 4, 0, 0)", "setBuffer(0, dynamicVertexBuffer#0, Read)",
+                    "setBuffer(1, dynamicVertexBuffer#1, Write)",
+                    "dispatch(5, " + Program("cs_rectangle_sprite") + ", 1, 1, 1, 0xff)",
+                    "setState(0x400000002f, 0x0)", "setVertexBuffer(0, dynamicVertexBuffer#1)",
+                    "setUniform(u_viewport, 100, 50, 0, 0)", "setUniform(u_rectangleSprite, 2, 4, 0, 0)",
+                    "setUniform(u_lineStipple, 65535, 1, 0, 0)",
+                    "submit(5, " + Program("vs_rectangle_sprite", "fs_rectangle_sprite_opengl_stipple") +
+                        ", 0, 0xff)"));
+}
+
+TEST_F(RectangleSpritesTest, WithoutComputeBgfxIsCalledInOrder) {
+    DisableCompute();
+    m_renderer->DrawLines(m_view, m_lines, 4.0f);
+    EXPECT_THAT(
+        recorder::CallTexts(),
+        ElementsAre("createDynamicVertexBuffer(12, 64, 0x0)", "setTransform(cache#0, 1)", "alloc(768)",
+                    "update(dynamicVertexBuffer#0, 0, 768)", "setState(0x400000002f, 0x0)",
+                    "setVertexBuffer(0, dynamicVertexBuffer#0)", "setUniform(u_viewport, 100, 50, 0, 0)",
+                    "setUniform(u_rectangleSprite, 2, 4, 0, 0)", "setUniform(u_lineStipple, 65535, 1, 0, 0)",
+                    "submit(5, " + Program("vs_rectangle_sprite", "fs_rectangle_sprite_opengl_stipple") +
+                        ", 0, 0xff)"));
+}
+
+TEST_F(RectangleSpritesTest, TheComputeShaderReadsStartEndAndColorAsFourFloatsEach) {
+    m_renderer->DrawLines(m_view, m_lines, 4.0f);
+    std::vector<float> const expected{1, 2, 3, 1, 4,  5,  6,  1, 0.1f, 0.2f, 0.3f, 0.4f,
+                                      7, 8, 9, 1, 10, 11, 12, 1, 0.5f, 0.6f, 0.7f, 0.8f};
+    EXPECT_EQ(recorder::CallsNamed("update").at(0).PayloadAs<float>(), expected);
+    auto const input = Kept<ComputeStageInputVertexData>(FrameResource::RectangleSpriteInput);
+    EXPECT_EQ(std::memcmp(input->vertices.get(), expected.data(), 96), 0);
+}
+
+TEST_F(RectangleSpritesTest, TheBuffersHaveTheLayoutsOfTheShaders) {
+    m_renderer->DrawLines(m_view, m_lines, 4.0f);
+    std::vector<recorder::Draw> const draws = recorder::Draws();
+    ASSERT_THAT(draws, SizeIs(2));
+    char const* const vertices = "TexCoord0 4 Float, Color0 4 Float, TexCoord1 4 Float, TexCoord2 4 Float";
+    EXPECT_EQ(draws[0].buffers.at(0).layout, "TexCoord0 4 Float, TexCoord1 4 Float, Color0 4 Float");
+    EXPECT_EQ(draws[0].buffers.at(1).layout, vertices);
+    EXPECT_EQ(draws[1].layout, vertices);
+    DisableCompute();
+    recorder::ClearCalls();
+    m_renderer->DrawLines(m_view, m_lines, 4.0f);
+    EXPECT_EQ(TheDraw().layout, vertices);
+}
+
+TEST_F(RectangleSpritesTest, DispatchAndDrawHaveTheirUniformsAndTheTransform) {
+    ModelTransformCacheId const given = m_renderer->SetModelTransform(Translation(1, 0, 0));
+    m_renderer->SetModelTransform(QMatrix4x4());
+    m_renderer->DrawLines(m_view, m_lines, 4.0f, given, zx3D::LineStipplePattern{0xF0F0, 3});
+    std::vector<recorder::Draw> const draws = recorder::Draws();
+    ASSERT_THAT(draws, SizeIs(2));
+    for (recorder::Draw const& draw : draws) {
+        EXPECT_THAT(draw.uniforms.at("u_viewport"), ElementsAre(100, 50, 0, 0));
+        EXPECT_THAT(draw.uniforms.at("u_rectangleSprite"), ElementsAre(2, 4, 0, 0));
+        EXPECT_EQ(draw.transform, std::uint32_t(given));
+    }
+    EXPECT_THAT(draws[0].uniforms, SizeIs(2));
+    EXPECT_THAT(draws[1].uniforms.at("u_lineStipple"), ElementsAre(61680, 3, 0, 0));
+    EXPECT_THAT(draws[1].indexBuffer, IsEmpty());
+    EXPECT_THAT(draws[1].vertices, SizeIs(2 * 6 * sizeof(DummyVertexT)));
+}
+
+TEST_F(RectangleSpritesTest, AGroupExpands64Lines) {
+    for (auto const& [count, groups] : {std::pair(1, 1u), std::pair(63, 1u), std::pair(64, 1u),
+                                        std::pair(65, 2u), std::pair(128, 2u), std::pair(129, 3u)}) {
+        recorder::ClearCalls();
+        m_renderer->DrawLines(m_view, std::vector<zx3D::Line>(std::size_t(count)), 2.0f);
+        ASSERT_THAT(recorder::Draws(), SizeIs(2));
+        EXPECT_THAT(recorder::Draws()[0].groups, ElementsAre(groups, 1, 1)) << count;
+    }
+}
+
+TEST_F(RectangleSpritesTest, AGivenStateAndStippleReplaceTheDefaults) {
+    for (bool const hasCompute : {true, false}) {
+        if (!hasCompute)
+            DisableCompute();
+        recorder::ClearCalls();
+        m_renderer->DrawLines(m_view, m_lines, 2.0f, std::nullopt, zx3D::LineStipplePattern{0x8001, 255},
+                              BGFXRenderer::STATE_TRANSPARENT);
+        EXPECT_EQ(TheDraw().state, std::uint64_t(BGFXRenderer::STATE_TRANSPARENT));
+        EXPECT_THAT(TheDraw().uniforms.at("u_lineStipple"), ElementsAre(32769, 255, 0, 0));
+    }
+}
+
+TEST_F(RectangleSpritesTest, WithComputeInputAndOutputAreKept) {
+    m_renderer->DrawLines(m_view, m_lines, 2.0f);
+    EXPECT_THAT(KeptKinds(),
+                ElementsAre(FrameResource::RectangleSpriteInput, FrameResource::RectangleSpriteOutput));
+    EXPECT_THAT(Kept(), ElementsAre(testing::Key(3), testing::Key(4)));
+    auto const input = Kept<ComputeStageInputVertexData>(FrameResource::RectangleSpriteInput);
+    auto const output = Kept<DummyVertexT>(FrameResource::RectangleSpriteOutput);
+    EXPECT_TRUE(bgfx::isValid(input->vertexBuffer));
+    EXPECT_TRUE(bgfx::isValid(output->vertexBuffer));
+    EXPECT_FALSE(bgfx::isValid(input->indexBuffer));
+    EXPECT_FALSE(bgfx::isValid(output->indexBuffer));
+    EXPECT_EQ(output->vertices, nullptr);
+}
+
+TEST_F(RectangleSpritesTest, WithoutComputeTheVerticesAreKept) {
+    DisableCompute();
+    m_renderer->DrawLines(m_view, m_lines, 2.0f);
+    EXPECT_THAT(Kept(), ElementsAre(testing::Key(2)));
+    EXPECT_THAT(KeptKinds(), ElementsAre(FrameResource::SpriteVertices));
+    EXPECT_TRUE(bgfx::isValid(Kept<DummyVertexT>(FrameResource::SpriteVertices)->vertexBuffer));
+}
+
+TEST_F(RectangleSpritesTest, VerticesOfPointsAndLinesAreKeptInTheOrderOfTheirCalls) {
+    DisableCompute();
+    std::array<zx3D::Vertex::Pos3fColorRGBA, 1> const points{};
+    m_renderer->DrawLines(m_view, m_lines, 2.0f);
+    m_renderer->DrawPoints(m_view, points, std::uint16_t(2));
+    EXPECT_THAT(KeptKinds(), ElementsAre(FrameResource::SpriteVertices, FrameResource::SpriteVertices));
+    EXPECT_NO_THROW(Kept<DummyVertexT>(FrameResource::SpriteVertices, 0));
+    EXPECT_THROW(Kept<DummyVertexT>(FrameResource::SpriteVertices, 1), std::bad_any_cast);
+}
+
+TEST_F(RectangleSpritesTest, TheCapabilitiesChooseThePath) {
+    DrawOn<Either>(m_lines, 2);
+    EXPECT_EQ(recorder::CountCalls("dispatch"), 1u);
+    EXPECT_EQ(recorder::CountCalls("submit"), 1u);
+    DisableCompute();
+    DrawOn<Either>(m_lines, 2);
+    EXPECT_EQ(recorder::CountCalls("dispatch"), 1u);
+    EXPECT_EQ(recorder::CountCalls("submit"), 2u);
+    DisableCaps();
+    recorder::ClearCalls();
+    DrawOn<Either>(m_lines, 2);
+    EXPECT_THAT(recorder::Calls(), IsEmpty());
+}
+
+TEST_F(RectangleSpritesTest, OneComputeBitAmongOthersIsEnough) {
+    Configure([](recorder::Settings& settings) { settings.supported = ~std::uint64_t(0); });
+    DrawOn<Either>(m_lines, 2);
+    EXPECT_EQ(recorder::CountCalls("dispatch"), 1u);
+    Configure([](recorder::Settings& settings) { settings.supported = ~BGFX_CAPS_COMPUTE; });
+    DrawOn<Either>(m_lines, 2);
+    EXPECT_EQ(recorder::CountCalls("dispatch"), 1u);
+}
+
+TEST_F(RectangleSpritesTest, WidthOneIsASpriteToo) {
+    DrawOn<OnGpu>(m_lines, 1);
+    EXPECT_THAT(TheDraw().uniforms.at("u_rectangleSprite"), ElementsAre(2, 1, 0, 0));
+    recorder::ClearCalls();
+    DrawOn<OnCpu>(m_halfLine, 1);
+    EXPECT_THAT(TheDraw().uniforms.at("u_rectangleSprite"), ElementsAre(1, 1, 0, 0));
+    EXPECT_NEAR(Part(0, 0)[1], 0.02f, 1e-6f); // half a pixel of 50, y up
+}
+
+TEST_F(RectangleSpritesTest, WidthZeroAndEmptySpansDrawNothing) {
+    auto const expectNothing = [&](Lines lines, std::uint16_t width) {
+        DrawOn<Either>(lines, width);
+        DrawOn<OnCpu>(lines, width);
+        DrawOn<OnGpu>(lines, width);
+        EXPECT_THAT(recorder::Calls(), IsEmpty());
+        EXPECT_THAT(KeptKinds(), IsEmpty());
+    };
+    expectNothing(m_lines, 0);
+    expectNothing(Lines(), 2);
+    expectNothing(Lines(m_lines.data(), 0), 2);
+    expectNothing(Lines(nullptr, 2), 2);
+}
+
+TEST_F(RectangleSpritesTest, WithoutATransformTheCurrentOneIsSetAndMovesTheLines) {
+    DisableCompute();
+    m_renderer->SetModelTransform(Translation(7, 7, 7));
+    m_renderer->SetModelTransform(Translation(0.5f, 0, 0.25f));
+    m_renderer->DrawLines(m_view, m_halfLine, 2.0f);
+    EXPECT_EQ(TheDraw().transform, 2u);
+    EXPECT_THAT(Part(0, 2), ElementsAre(75, 25, 0.25f, 1));
+    EXPECT_THAT(Part(0, 3), ElementsAre(125, 25, 0.25f, 1));
+}
+
+TEST_F(RectangleSpritesTest, AGivenTransformIsSetAndMovesTheLines) {
+    DisableCompute();
+    ModelTransformCacheId const given = m_renderer->SetModelTransform(Translation(0.5f, 0, 0.25f));
+    m_renderer->SetModelTransform(Translation(7, 7, 7));
+    m_renderer->DrawLines(m_view, m_halfLine, 2.0f, given);
+    EXPECT_EQ(TheDraw().transform, std::uint32_t(given));
+    EXPECT_THAT(Part(0, 2), ElementsAre(75, 25, 0.25f, 1));
+}
+
+TEST_F(RectangleSpritesTest, AnIdThatIsNotInTheCacheIsSetAndMeansIdentity) {
+    DisableCompute();
+    m_renderer->SetModelTransform(Translation(7, 7, 7));
+    m_renderer->DrawLines(m_view, m_halfLine, 2.0f, ModelTransformCacheId(42));
+    EXPECT_EQ(TheDraw().transform, 42u);
+    EXPECT_THAT(Part(0, 2), ElementsAre(50, 25, 0, 1));
+    EXPECT_THAT(ModelTransforms(), SizeIs(1)) << "looking it up adds nothing";
+}
+
+TEST_F(RectangleSpritesTest, AnIdOfAnEarlierFrameMeansTheMatrixThatItHadLast) {
+    DisableCompute();
+    ASSERT_TRUE(StartFrame());
+    m_renderer->SetModelTransform(QMatrix4x4());
+    ModelTransformCacheId const stale = m_renderer->SetModelTransform(Translation(-0.5f, 0, 0));
+    m_renderer->PresentCurrentAndSubmitNextFrame(false);
+    ASSERT_TRUE(StartFrame());
+    ModelTransformCacheId const first = m_renderer->SetModelTransform(Translation(0.5f, 0, 0));
+    m_renderer->DrawLines(m_view, m_halfLine, 2.0f, stale);
+    EXPECT_EQ(Part(0, 2)[0], 25.0f);
+    recorder::ClearCalls();
+    m_renderer->DrawLines(m_view, m_halfLine, 2.0f, first);
+    EXPECT_EQ(Part(0, 2)[0], 75.0f);
+}
+
+// The numbers below are worked out by hand.
+
+TEST_F(RectangleSpriteExpansionTest, AHorizontalLineBecomesARectangleOfItsWidth) {
+    // Pixels (10, 20) to (110, 20) of 128 × 64, where all numbers are exact.
+    m_view.SetViewport(QRect(7, 3, 128, 64));
+    std::array<zx3D::Line, 1> const line{
+        zx3D::Line{{-0.84375f, 0.375f, 0.25f}, {0.71875f, 0.375f, 0.75f}, {0.1f, 0.2f, 0.3f, 0.4f}}};
+    m_renderer->DrawLines(m_view, line, 4.0f);
+    std::array<std::array<float, 4>, 4> const corners{{{-0.84375f, 0.4375f, 0.25f, 1},   // (10, 18)
+                                                       {0.71875f, 0.4375f, 0.75f, 1},    // (110, 18)
+                                                       {0.71875f, 0.3125f, 0.75f, 1},    // (110, 22)
+                                                       {-0.84375f, 0.3125f, 0.25f, 1}}}; // (10, 22)
+    ASSERT_THAT(TheDraw().vertices, SizeIs(6 * sizeof(DummyVertexT)));
+    std::size_t vertex = 0;
+    for (std::size_t const corner : {0, 1, 2, 2, 3, 0}) {
+        EXPECT_THAT(Part(vertex, 0), ElementsAreArray(corners[corner])) << "vertex " << vertex;
+        EXPECT_THAT(Part(vertex, 1), ElementsAre(0.1f, 0.2f, 0.3f, 0.4f));
+        EXPECT_THAT(Part(vertex, 2), ElementsAre(10, 20, 0.25f, 1));
+        EXPECT_THAT(Part(vertex, 3), ElementsAre(110, 20, 0.75f, 1));
+        ++vertex;
+    }
+}
+
+TEST_F(RectangleSpriteExpansionTest, ALineWithoutLengthHasItsCornersAtZeroAndKeepsTheRest) {
+    std::array<zx3D::Line, 1> const line{
+        zx3D::Line{{0.5f, 0.5f, 0.25f}, {0.5f, 0.5f, 0.75f}, {1, 0, 1, 0.5f}}};
+    m_renderer->DrawLines(m_view, line, 4.0f);
+    ASSERT_THAT(TheDraw().vertices, SizeIs(6 * sizeof(DummyVertexT)));
+    for (std::size_t vertex = 0; vertex < 6; ++vertex) {
+        EXPECT_THAT(Part(vertex, 0), ElementsAre(0, 0, 0, 0));
+        EXPECT_THAT(Part(vertex, 1), ElementsAre(1, 0, 1, 0.5f));
+        EXPECT_THAT(Part(vertex, 2), ElementsAre(75, 12.5f, 0.25f, 1));
+        EXPECT_THAT(Part(vertex, 3), ElementsAre(75, 12.5f, 0.75f, 1));
+    }
+}
+
+TEST_F(RectangleSpriteExpansionTest, OnlyLinesShorterThanTheLeastLengthCollapse) {
+    // On 2 × 2 pixels the pixel is what NDC has beyond −1, exactly.
+    m_view.SetViewport(QRect(0, 0, 2, 2));
+    constexpr float step = 0x1p-24f; // between floats just above −1
+    auto const isCollapsed = [&](float length) {
+        std::array<zx3D::Line, 1> const line{zx3D::Line{{-1, 1, 0}, {-1.0f + length, 1, 0}, {}}};
+        recorder::ClearCalls();
+        m_renderer->DrawLines(m_view, line, 4.0f);
+        return Part(0, 0)[3] == 0.0f;
+    };
+    EXPECT_TRUE(isCollapsed(199 * step));  // 1.1861e-5
+    EXPECT_FALSE(isCollapsed(200 * step)); // 1.19209290e-5, which is not shorter
+    EXPECT_FALSE(isCollapsed(201 * step));
+}
+
+TEST_F(RectangleSpriteExpansionTest, HalfAnOddWidthIsKept) {
+    m_renderer->DrawLines(m_view, m_halfLine, 5.0f);
+    EXPECT_NEAR(Part(0, 0)[1], 0.1f, 1e-6f); // 2.5 pixels of 50, y up
+}
+
+TEST_F(RectangleSpriteExpansionTest, TheProductIsProjectionTimesViewTimesModel) {
+    QMatrix4x4 projection;
+    projection.scale(0.5f, 0.5f, 0.5f);
+    m_view.SetProjectionMatrix(projection);
+    QMatrix4x4 view;
+    view.rotate(90.0f, 0.0f, 0.0f, 1.0f);
+    m_view.SetViewMatrix(view);
+    m_renderer->SetModelTransform(Translation(0.5f, 0, 0));
+    m_renderer->DrawLines(m_view, m_halfLine, 2.0f);
+    std::vector<float> const start = Part(0, 2);
+    std::vector<float> const end = Part(0, 3);
+    EXPECT_NEAR(start[0], 50.0f, 1e-4f);
+    EXPECT_NEAR(start[1], 25.0f - 6.25f, 1e-4f);
+    EXPECT_NEAR(end[0], 50.0f, 1e-4f);
+    EXPECT_NEAR(end[1], 25.0f - 18.75f, 1e-4f);
+}
+
+TEST_F(RectangleSpriteExpansionTest, RandomLinesInAllNumbersHaveTheBitsOfTheReference) {
+    for (std::size_t const count : {1, 2, 15, 16, 17, 31, 32, 33, 500}) {
+        for (int round = 0; round < 10; ++round) {
+            m_view.SetViewport(QRect(m_random.Int(0, 50), m_random.Int(0, 50), m_random.Int(1, 4000),
+                                     m_random.Int(1, 4000)));
+            m_view.SetProjectionMatrix(m_random.Matrix());
+            m_view.SetViewMatrix(m_random.Matrix());
+            ExpectExpansion(RandomLines(count), std::uint16_t(m_random.Int(2, 65535)), m_random.Matrix());
+        }
+    }
+}
+
+TEST_F(RectangleSpriteExpansionTest, LinesInPerspectiveHaveTheBitsOfTheReference) {
+    QMatrix4x4 projection;
+    projection.perspective(60.0f, 2.0f, 0.1f, 100.0f);
+    m_view.SetProjectionMatrix(projection);
+    for (int round = 0; round < 20; ++round) {
+        QMatrix4x4 view;
+        view.lookAt({m_random.Float(-5, 5), 0, 15}, {0, 0, 0}, {0, 1, 0});
+        m_view.SetViewMatrix(view);
+        ExpectExpansion(RandomLines(33), std::uint16_t(m_random.Int(2, 100)), m_random.Matrix());
+    }
+}
+
+TEST_F(RectangleSpriteExpansionTest, LinesThroughTheNearPlaneHaveTheBitsOfTheReference) {
+    QMatrix4x4 projection;
+    projection.perspective(60.0f, 2.0f, 1.0f, 100.0f);
+    m_view.SetProjectionMatrix(projection);
+    std::vector<zx3D::Line> lines = RandomLines(200);
+    for (zx3D::Line& line : lines)
+        line.end.z = -line.start.z; // one end in front of the camera, one behind it
+    ExpectExpansion(lines, 8, QMatrix4x4());
+}
+
+TEST_F(RectangleSpriteExpansionTest, EndsInTheCamerasPlaneHaveTheBitsOfTheReference) {
+    m_view.SetProjectionMatrix(PinholeProjection());
+    std::array<zx3D::Line, 5> const lines{
+        zx3D::Line{{1, 2, 0.0f}, {1, 2, 4}, {}}, zx3D::Line{{1, 2, 4}, {-1, 2, -0.0f}, {}},
+        zx3D::Line{{1, 2, 0.0f}, {3, 4, 0.0f}, {}}, zx3D::Line{{0, 0, 0.0f}, {1, 1, 1}, {}},
+        zx3D::Line{{0, 0, 0.0f}, {0, 0, 0.0f}, {}}};
+    ExpectExpansion(lines, 8, QMatrix4x4());
+    EXPECT_TRUE(std::isinf(Part(0, 2)[0]));
+    EXPECT_TRUE(std::isnan(Part(4 * 6, 2)[0]));
+}
+
+TEST_F(RectangleSpriteExpansionTest, UnusualNumbersHaveTheBitsOfTheReference) {
+    QMatrix4x4 projection;
+    projection.perspective(60.0f, 2.0f, 0.1f, 100.0f);
+    for (QMatrix4x4 const& matrix : {QMatrix4x4(), projection, PinholeProjection()}) {
+        m_view.SetProjectionMatrix(matrix);
+        for (int round = 0; round < 20; ++round)
+            ExpectExpansion(RandomLines(33, true), std::uint16_t(m_random.Int(2, 100)), QMatrix4x4());
+    }
+}
+
+TEST_F(RectangleSpriteExpansionTest, AnEmptyViewportHasTheBitsOfTheReference) {
+    for (QRect const& viewport : {QRect(), QRect(0, 0, 100, 0), QRect(0, 0, 0, 100)}) {
+        m_view.SetViewport(viewport);
+        ExpectExpansion(RandomLines(17), 10, m_random.Matrix());
+    }
+}
+
+TEST_F(RectangleSpriteExpansionTest, MatricesOfInfinitiesAndNaNHaveTheBitsOfTheReference) {
+    for (float const number :
+         {std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN(), 0.0f,
+          std::numeric_limits<float>::max()}) {
+        QMatrix4x4 matrix;
+        matrix.fill(number);
+        ExpectExpansion(RandomLines(17), 10, matrix);
+    }
+}
