@@ -9,6 +9,7 @@ set(ZX3D_SHADER_SOURCES
   fs_line_simple_dash.frag
   fs_point_sprite.frag
   fs_rectangle_sprite_opengl_stipple.frag
+  fs_text.frag
   vs_basic.vert
   vs_fullscreen_triangle.vert
   vs_lighting.vert
@@ -16,6 +17,7 @@ set(ZX3D_SHADER_SOURCES
   vs_line_simple_dash.vert
   vs_point_sprite.vert
   vs_rectangle_sprite.vert
+  vs_text.vert
 )
 list(TRANSFORM ZX3D_SHADER_SOURCES PREPEND "${CMAKE_CURRENT_LIST_DIR}/")
 
@@ -27,4 +29,5 @@ set(ZX3D_SHADER_PROGRAMS
   vs_point_sprite.vert+fs_point_sprite.frag
   vs_rectangle_sprite.vert+fs_rectangle_sprite_opengl_stipple.frag
   vs_fullscreen_triangle.vert+fs_fullscreen_texture.frag
+  vs_text.vert+fs_text.frag
 )

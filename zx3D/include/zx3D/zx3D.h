@@ -10,5 +10,6 @@
 #include <zx3D/Line.h>
 #include <zx3D/ProgramFactory.h>
 #include <zx3D/TaggedValueType.h>
+#include <zx3D/Text.h>
 #include <zx3D/TextHandles.h>
 #include <zx3D/Vertex.h>

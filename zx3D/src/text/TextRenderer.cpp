@@ -1,0 +1,145 @@
+// Quads in transient vertices, an index buffer that all share.
+#include "TextRenderer.h"
+
+#include <zx3D/ProgramFactory.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace zarvex::zx3D {
+
+namespace {
+
+struct TextVertex {
+    float x; // pixels of the target
+    float y;
+    std::int16_t u; // 1/16 texels
+    std::int16_t v;
+    std::uint8_t color[4];
+};
+static_assert(sizeof(TextVertex) == 16, "uploaded as it stands");
+
+constexpr int kTexelSteps = 16; // vs_text knows it too
+static_assert(GlyphAtlas::kPageSize * kTexelSteps <= 32767);
+
+constexpr std::uint32_t kVerticesPerQuad = 4;
+constexpr std::uint32_t kIndicesPerQuad = 6;
+constexpr std::uint32_t kQuadsPerDraw = 65536 / kVerticesPerQuad; // what 16-bit indices reach
+
+// The fragment shader multiplies the colour by its alpha.
+//
+// In a view of the default mode bgfx orders draws by how they blend, then by program, then by depth. A source
+// factor of one counts among the last to be drawn, like the usual blending by alpha. Among those the youngest
+// program comes last: this one, created by the first text that is submitted, when a renderer has long created
+// its own. (An alpha reference would seem to order draws even later, but bgfx's two bits for it overflow, and
+// it would come first.)
+constexpr std::uint64_t kState = BGFX_STATE_WRITE_RGB | BGFX_STATE_WRITE_A |
+                                 BGFX_STATE_BLEND_FUNC(BGFX_STATE_BLEND_ONE, BGFX_STATE_BLEND_INV_SRC_ALPHA);
+
+bgfx::VertexLayout MakeLayout() {
+    constexpr bool isNormalized = true;
+    bgfx::VertexLayout layout;
+    layout.begin()
+        .add(bgfx::Attrib::Position, 2, bgfx::AttribType::Float)
+        .add(bgfx::Attrib::TexCoord0, 2, bgfx::AttribType::Int16, isNormalized)
+        .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Uint8, isNormalized)
+        .end();
+    return layout;
+}
+
+bgfx::IndexBufferHandle CreateIndices() {
+    constexpr std::uint32_t corners[kIndicesPerQuad] = {0, 1, 2, 2, 3, 0};
+    bgfx::Memory const* const memory = bgfx::alloc(kQuadsPerDraw * kIndicesPerQuad * sizeof(std::uint16_t));
+    auto* index = reinterpret_cast<std::uint16_t*>(memory->data);
+    for (std::uint32_t quad = 0; quad < kQuadsPerDraw; ++quad) {
+        for (std::uint32_t const corner : corners)
+            *index++ = static_cast<std::uint16_t>(quad * kVerticesPerQuad + corner);
+    }
+    return bgfx::createIndexBuffer(memory);
+}
+
+/// The corners clockwise from the top left.
+void WriteQuad(TextQuad const& quad, float left, float top, std::uint32_t rgba, TextVertex* vertices) {
+    constexpr bool isRight[kVerticesPerQuad] = {false, true, true, false};
+    constexpr bool isBottom[kVerticesPerQuad] = {false, false, true, true};
+    for (std::uint32_t i = 0; i < kVerticesPerQuad; ++i) {
+        int const x = isRight[i] ? quad.width : 0;
+        int const y = isBottom[i] ? quad.height : 0;
+        vertices[i] = {left + static_cast<float>(x),
+                       top + static_cast<float>(y),
+                       static_cast<std::int16_t>((quad.u + x) * kTexelSteps),
+                       static_cast<std::int16_t>((quad.v + y) * kTexelSteps),
+                       {static_cast<std::uint8_t>(rgba >> 24), static_cast<std::uint8_t>(rgba >> 16),
+                        static_cast<std::uint8_t>(rgba >> 8), static_cast<std::uint8_t>(rgba)}};
+    }
+}
+
+/// How far a line is moved within its block, whole pixels.
+double LineShift(ShapedText const& text, std::uint32_t line, float horizontal) {
+    std::int32_t const room = text.width - text.lines[line].width;
+    return room == 0 ? 0.0 : std::floor(double(horizontal) * room + 0.5);
+}
+
+} // namespace
+
+bool TextRenderer::Start() {
+    if (!m_isTried) {
+        m_isTried = true;
+        m_program = ProgramFactory::Get()
+                        .CreateProgram("vs_text", "fs_text")
+                        .value_or(bgfx::ProgramHandle(BGFX_INVALID_HANDLE));
+        m_sampler = bgfx::createUniform("s_glyph_atlas", bgfx::UniformType::Sampler);
+        m_indices = CreateIndices();
+        m_layout = MakeLayout();
+    }
+    return bgfx::isValid(m_program) && bgfx::isValid(m_sampler) && bgfx::isValid(m_indices);
+}
+
+void TextRenderer::Stop() {
+    if (bgfx::isValid(m_sampler))
+        bgfx::destroy(m_sampler);
+    if (bgfx::isValid(m_indices))
+        bgfx::destroy(m_indices);
+    m_program = BGFX_INVALID_HANDLE;
+    m_sampler = BGFX_INVALID_HANDLE;
+    m_indices = BGFX_INVALID_HANDLE;
+    m_isTried = false;
+}
+
+bool TextRenderer::Draw(ShapedText const& text, TextQuads const& quads, TextAppearance const& appearance,
+                        GlyphAtlas const& atlas, bgfx::ViewId view, std::uint32_t depth) const {
+    for (PageQuads const& page : quads.pages) {
+        std::uint32_t const end = page.first + page.count;
+        for (std::uint32_t first = page.first; first < end; first += kQuadsPerDraw) {
+            if (!DrawQuads(text, &quads.quads[first], std::min(end - first, kQuadsPerDraw), appearance,
+                           atlas.GetTexture(page.page), view, depth))
+                return false;
+        }
+    }
+    return true;
+}
+
+bool TextRenderer::DrawQuads(ShapedText const& text, TextQuad const* quads, std::uint32_t count,
+                             TextAppearance const& appearance, bgfx::TextureHandle page, bgfx::ViewId view,
+                             std::uint32_t depth) const {
+    std::uint32_t const vertexCount = count * kVerticesPerQuad;
+    if (bgfx::getAvailTransientVertexBuffer(vertexCount, m_layout) != vertexCount)
+        return false;
+    bgfx::TransientVertexBuffer buffer;
+    bgfx::allocTransientVertexBuffer(&buffer, vertexCount, m_layout);
+    auto* vertices = reinterpret_cast<TextVertex*>(buffer.data);
+    for (std::uint32_t i = 0; i < count; ++i, vertices += kVerticesPerQuad) {
+        double const left =
+            appearance.left + LineShift(text, quads[i].line, appearance.horizontal) + quads[i].x;
+        double const top = double(appearance.top) + quads[i].y;
+        WriteQuad(quads[i], static_cast<float>(left), static_cast<float>(top), appearance.rgba, vertices);
+    }
+    bgfx::setState(kState);
+    bgfx::setTexture(0, m_sampler, page);
+    bgfx::setVertexBuffer(0, &buffer);
+    bgfx::setIndexBuffer(m_indices, 0, count * kIndicesPerQuad);
+    bgfx::submit(view, m_program, depth, BGFX_DISCARD_ALL);
+    return true;
+}
+
+} // namespace zarvex::zx3D

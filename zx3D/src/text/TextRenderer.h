@@ -1,0 +1,53 @@
+// Submitting texts to bgfx.
+#pragma once
+
+#include "ShapedText.h"
+#include "TextQuads.h"
+
+#include <bgfx/bgfx.h>
+
+#include <cstdint>
+
+namespace zarvex::zx3D {
+
+/// Where a text goes and how it looks.
+struct TextAppearance {
+    std::int32_t left = 0; ///< of the block, pixels of the target
+    std::int32_t top = 0;
+    float horizontal = 0.0f; ///< each line's alignment within the block
+    std::uint32_t rgba = 0;
+};
+
+/// Owns what all texts are drawn with, from the first one of a context's run until `Stop`.
+///
+/// Needs a running context.
+class TextRenderer {
+public:
+    TextRenderer() = default;
+
+    TextRenderer(TextRenderer const&) = delete;
+    TextRenderer& operator=(TextRenderer const&) = delete;
+
+    /// Creates the resources, unless it was tried in this run before. False when they are not there.
+    bool Start();
+
+    /// Destroys the resources.
+    void Stop();
+
+    /// Submits a text. False when the frame's transient space is used up; what is left is then not drawn.
+    bool Draw(ShapedText const& text, TextQuads const& quads, TextAppearance const& appearance,
+              GlyphAtlas const& atlas, bgfx::ViewId view, std::uint32_t depth) const;
+
+private:
+    bool DrawQuads(ShapedText const& text, TextQuad const* quads, std::uint32_t count,
+                   TextAppearance const& appearance, bgfx::TextureHandle page, bgfx::ViewId view,
+                   std::uint32_t depth) const;
+
+    bool m_isTried = false;
+    bgfx::ProgramHandle m_program = BGFX_INVALID_HANDLE; // the program factory's
+    bgfx::UniformHandle m_sampler = BGFX_INVALID_HANDLE;
+    bgfx::IndexBufferHandle m_indices = BGFX_INVALID_HANDLE;
+    bgfx::VertexLayout m_layout;
+};
+
+} // namespace zarvex::zx3D

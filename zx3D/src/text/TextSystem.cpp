@@ -1,0 +1,169 @@
+// The way of a text from its buffer to bgfx.
+#include "TextSystem.h"
+
+#include "../context/Trace.h"
+#include "Utf8.h"
+
+#include <zx3D/Context.h>
+
+#include <cmath>
+
+namespace zarvex::zx3D {
+
+namespace {
+
+constexpr std::size_t kMaxTextSize = 64 << 10;
+
+/// Buffers keep no more than this for their next text.
+constexpr std::size_t kMaxIdleText = 4 << 10;
+
+/// Whole pixels; empty where no target is (or for what is no number).
+std::optional<std::int32_t> PlaceBlock(float pen, float factor, std::int32_t extent) {
+    double const place = std::floor(double(pen) - double(factor) * extent + 0.5);
+    if (!(std::abs(place) <= kMaxTextExtent))
+        return std::nullopt;
+    return static_cast<std::int32_t>(place);
+}
+
+std::optional<TextAppearance> AppearanceOf(TextBuffer const& buffer, ShapedText const& text) {
+    auto const left = PlaceBlock(buffer.x, buffer.horizontal, text.width);
+    auto const top = PlaceBlock(buffer.y, buffer.vertical, text.height);
+    if (!left || !top)
+        return std::nullopt;
+    return TextAppearance{*left, *top, buffer.horizontal, buffer.rgba};
+}
+
+bool IsView(std::uint16_t view) {
+    bgfx::Caps const* const caps = bgfx::getCaps();
+    return caps != nullptr && view < caps->limits.maxViews;
+}
+
+} // namespace
+
+TextSystem& TextSystem::Get() {
+    // Never destroyed: handles of static storage duration may be given back at the very end of the process.
+    static TextSystem& system = *new TextSystem;
+    return system;
+}
+
+std::optional<FontHandle> TextSystem::AddFont(std::unique_ptr<Face> face) {
+    std::optional<std::uint16_t> const index = m_fonts.Take();
+    if (!index)
+        return std::nullopt;
+    *m_fonts.Find(*index) =
+        std::make_unique<Font>(m_nextFontId++, std::move(face), m_faceLoader, m_systemFonts);
+    return FontHandle{*index};
+}
+
+void TextSystem::DestroyFont(FontHandle handle) {
+    Font* const font = FindFont(handle);
+    if (font == nullptr)
+        return;
+    m_shapeCache.Forget(font->GetId());
+    for (auto const& face : font->GetFaces())
+        m_atlas.Forget(face->GetId());
+    m_fonts.Find(handle.idx)->reset();
+    m_fonts.Free(handle.idx);
+}
+
+Font* TextSystem::FindFont(FontHandle handle) {
+    auto* const font = m_fonts.Find(handle.idx);
+    return font != nullptr ? font->get() : nullptr;
+}
+
+TextBufferHandle TextSystem::CreateBuffer(TextBufferType type, FontHandle font) {
+    std::optional<std::uint16_t> const index = m_buffers.Take();
+    if (!index)
+        return {};
+    TextBuffer& buffer = *m_buffers.Find(*index);
+    std::string memory = std::move(buffer.text);
+    memory.clear();
+    buffer = TextBuffer();
+    buffer.type = type;
+    buffer.font = font;
+    if (Font const* const found = FindFont(font))
+        buffer.fontId = found->GetId();
+    buffer.text = std::move(memory);
+    return {*index};
+}
+
+void TextSystem::DestroyBuffer(TextBufferHandle handle) {
+    TextBuffer* const buffer = FindBuffer(handle);
+    if (buffer == nullptr)
+        return;
+    buffer->cached.reset();
+    buffer->text.clear();
+    if (buffer->text.capacity() > kMaxIdleText)
+        buffer->text.shrink_to_fit();
+    m_buffers.Free(handle.idx);
+}
+
+void TextSystem::Append(TextBuffer& buffer, std::string_view utf8) {
+    std::string_view const fitting = TruncateUtf8(utf8, kMaxTextSize - buffer.text.size());
+    buffer.text.append(fitting);
+    buffer.cached.reset();
+    if (fitting.size() < utf8.size())
+        Trace(Context::GetOptions().callback, __FILE__, __LINE__,
+              "zx3D: a text buffer takes 64 KiB of text; %zu bytes are left out", utf8.size() - fitting.size());
+}
+
+void TextSystem::Submit(TextBuffer& buffer, std::uint16_t view, std::int32_t depth) {
+    Draw(buffer, view, depth);
+    if (buffer.type == TextBufferType::Transient) {
+        buffer.text.clear();
+        buffer.cached.reset();
+    }
+}
+
+void TextSystem::Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth) {
+    Font* const font = FindFont(buffer.font);
+    bool const isFontTheSame = font != nullptr && font->GetId() == buffer.fontId;
+    if (buffer.text.empty() || !isFontTheSame || !Context::IsInitialized() || !IsView(view))
+        return;
+    Layout(buffer, *font);
+    CachedText& text = *buffer.cached;
+    std::optional<TextAppearance> const appearance = AppearanceOf(buffer, text.shaped);
+    if (!appearance || !m_renderer.Start())
+        return;
+    m_atlas.BeginText();
+    PlaceInAtlas(text, *font);
+    if (!m_renderer.Draw(text.shaped, text.quads, *appearance, m_atlas, view,
+                         static_cast<std::uint32_t>(depth)))
+        ReportLackOfSpace();
+}
+
+void TextSystem::Layout(TextBuffer& buffer, Font& font) {
+    if (buffer.cached == nullptr)
+        buffer.cached = m_shapeCache.Find(font.GetId(), buffer.text);
+    if (buffer.cached == nullptr)
+        buffer.cached = m_shapeCache.Add(font.GetId(), buffer.text, m_shaper.Shape(buffer.text, font));
+}
+
+void TextSystem::PlaceInAtlas(CachedText& text, Font const& font) {
+    if (text.quads.generation == m_atlas.GetGeneration()) {
+        for (PageQuads const& page : text.quads.pages)
+            m_atlas.Use(page.page);
+        return;
+    }
+    std::size_t const failures = m_resolver.Resolve(text.shaped, font, m_atlas, text.quads);
+    if (failures != 0)
+        Trace(Context::GetOptions().callback, __FILE__, __LINE__,
+              "zx3D: %zu glyphs of a text cannot be drawn: damaged, larger than %d pixels, or too many at once",
+              failures, kMaxGlyphExtent);
+}
+
+void TextSystem::ReportLackOfSpace() {
+    if (m_reportedLackOfSpace)
+        return;
+    m_reportedLackOfSpace = true;
+    Trace(Context::GetOptions().callback, __FILE__, __LINE__,
+          "zx3D: text is left out, the frame's transient vertices are used up (see ContextOptions)");
+}
+
+void TextSystem::OnContextStopping() {
+    m_atlas.Clear();
+    m_renderer.Stop();
+    m_reportedLackOfSpace = false;
+}
+
+} // namespace zarvex::zx3D

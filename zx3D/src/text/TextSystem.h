@@ -1,0 +1,79 @@
+// All fonts and texts of the process.
+#pragma once
+
+#include "Font.h"
+#include "GlyphAtlas.h"
+#include "ShapeCache.h"
+#include "Slots.h"
+#include "TextQuads.h"
+#include "TextRenderer.h"
+#include "TextShaper.h"
+
+#include <zx3D/ContextListener.h>
+#include <zx3D/Text.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zarvex::zx3D {
+
+/// What a text buffer handle stands for.
+struct TextBuffer {
+    TextBufferType type = TextBufferType::Static;
+    FontHandle font;
+    std::uint32_t fontId = 0; ///< tells whether the handle still stands for the same font
+    std::string text;
+    float x = 0.0f;
+    float y = 0.0f;
+    std::uint32_t rgba = 0xffffffff;
+    float horizontal = 0.0f;
+    float vertical = 0.0f;
+    std::shared_ptr<CachedText> cached; ///< null since the text changed
+};
+
+/// Owns fonts and text buffers, which need no context, and what a running context draws them with.
+class TextSystem final : private ContextListener {
+public:
+    static TextSystem& Get();
+
+    FaceLoader& GetFaceLoader() { return m_faceLoader; }
+    SystemFonts& GetSystemFonts() { return m_systemFonts; }
+
+    /// Empty when there are 65,535 fonts already.
+    std::optional<FontHandle> AddFont(std::unique_ptr<Face> face);
+    void DestroyFont(FontHandle handle);
+    Font* FindFont(FontHandle handle);
+
+    TextBufferHandle CreateBuffer(TextBufferType type, FontHandle font);
+    void DestroyBuffer(TextBufferHandle handle);
+    TextBuffer* FindBuffer(TextBufferHandle handle) { return m_buffers.Find(handle.idx); }
+
+    void Append(TextBuffer& buffer, std::string_view utf8);
+    void Submit(TextBuffer& buffer, std::uint16_t view, std::int32_t depth);
+
+private:
+    TextSystem() = default;
+    ~TextSystem() = default;
+
+    void OnContextStopping() override;
+    void Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth);
+    void Layout(TextBuffer& buffer, Font& font);
+    void PlaceInAtlas(CachedText& text, Font const& font);
+    void ReportLackOfSpace();
+
+    FaceLoader m_faceLoader; // outlives the faces
+    SystemFonts m_systemFonts;
+    Slots<std::unique_ptr<Font>> m_fonts;
+    std::uint32_t m_nextFontId = 1;
+    Slots<TextBuffer> m_buffers;
+    TextShaper m_shaper;
+    ShapeCache m_shapeCache;
+    GlyphResolver m_resolver;
+    GlyphAtlas m_atlas;
+    TextRenderer m_renderer;
+    bool m_reportedLackOfSpace = false;
+};
+
+} // namespace zarvex::zx3D
