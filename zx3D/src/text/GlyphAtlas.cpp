@@ -124,7 +124,7 @@ std::optional<AtlasGlyph> GlyphAtlas::Place(GlyphBitmap const& bitmap) {
         if (std::optional<AtlasGlyph> glyph = PlaceOnPage(page - 1, bitmap))
             return glyph;
     }
-    std::optional<std::size_t> const page = MakeEmptyPage();
+    std::optional<std::size_t> const page = AddOrEmptyPage();
     return page ? PlaceOnPage(*page, bitmap) : std::nullopt;
 }
 
@@ -141,14 +141,17 @@ std::optional<AtlasGlyph> GlyphAtlas::PlaceOnPage(std::size_t page, GlyphBitmap 
     return glyph;
 }
 
-std::optional<std::size_t> GlyphAtlas::MakeEmptyPage() {
-    if (m_pages.size() < kMaxPages) {
-        m_pages.push_back(std::make_unique<Page>());
-        return m_pages.size() - 1;
-    }
+std::optional<std::size_t> GlyphAtlas::AddOrEmptyPage() {
+    if (m_pages.size() == kMaxPages)
+        return EmptyOldestPage();
+    m_pages.push_back(std::make_unique<Page>());
+    return m_pages.size() - 1;
+}
+
+std::optional<std::size_t> GlyphAtlas::EmptyOldestPage() {
     auto const isOlder = [](auto const& a, auto const& b) { return a->lastUse < b->lastUse; };
     auto const oldest = std::min_element(m_pages.begin(), m_pages.end(), isOlder);
-    if ((*oldest)->lastUse == m_now)
+    if ((*oldest)->lastUse == m_now || !MayEmptyPage())
         return std::nullopt;
     (*oldest)->Reset();
     auto const page = static_cast<std::size_t>(oldest - m_pages.begin());
@@ -157,6 +160,22 @@ std::optional<std::size_t> GlyphAtlas::MakeEmptyPage() {
     });
     ++m_generation;
     return page;
+}
+
+bool GlyphAtlas::MayEmptyPage() {
+    Frame const frame = GetFrame();
+    if (m_frame != frame) {
+        m_frame = frame;
+        m_emptiedInFrame = 0;
+    }
+    return ++m_emptiedInFrame <= kMaxPagesEmptiedInFrame;
+}
+
+// bgfx does not tell the number of the frame. With a render thread it alternates between two objects; without
+// one, the time at which it began to execute the last frame differs.
+GlyphAtlas::Frame GlyphAtlas::GetFrame() {
+    bgfx::Stats const* const stats = bgfx::getStats();
+    return {stats, stats->cpuTimeBegin};
 }
 
 } // namespace zarvex::zx3D

@@ -38,13 +38,15 @@ struct AtlasGlyph {
 /// recently is emptied as a whole.
 ///
 /// A texel is written once in the life of a texture: emptying a page destroys its texture, which bgfx keeps
-/// until the frame is drawn, and makes a new one. So nothing changes what was submitted before.
+/// until the frame is drawn, and makes a new one. So nothing changes what was submitted before. To bound what
+/// waits for the frame's end, a frame empties only so many pages.
 ///
 /// Needs a running context, except for what says otherwise.
 class GlyphAtlas {
 public:
     static constexpr std::uint16_t kPageSize = 1024; ///< texels in each direction
     static constexpr std::size_t kMaxPages = 16;
+    static constexpr std::size_t kMaxPagesEmptiedInFrame = kMaxPages;
 
     GlyphAtlas();
     ~GlyphAtlas();
@@ -66,7 +68,8 @@ public:
     /// A glyph that is there; its page counts as used.
     std::optional<AtlasGlyph> Find(GlyphKey key);
 
-    /// Adds a glyph that is not there; its page counts as used. Empty when all pages are in use by the text.
+    /// Adds a glyph that is not there; its page counts as used. Empty when there is no room for it in this
+    /// text, or in this frame.
     std::optional<AtlasGlyph> Add(GlyphKey key, GlyphBitmap const& bitmap);
 
     /// Forgets the glyphs of a face. Their texels are won back when their page is emptied. Needs no context.
@@ -85,12 +88,27 @@ private:
 
     std::optional<AtlasGlyph> Place(GlyphBitmap const& bitmap);
     std::optional<AtlasGlyph> PlaceOnPage(std::size_t page, GlyphBitmap const& bitmap);
-    std::optional<std::size_t> MakeEmptyPage();
+    std::optional<std::size_t> AddOrEmptyPage();
+    std::optional<std::size_t> EmptyOldestPage();
+    bool MayEmptyPage();
 
     std::vector<std::unique_ptr<Page>> m_pages;
     std::unordered_map<GlyphKey, AtlasGlyph, Hash> m_glyphs;
     std::uint64_t m_generation = 0;
-    std::uint64_t m_now = 0; ///< counts texts
+    std::uint64_t m_now = 0; // counts texts
+
+    /// Tells one frame from the next.
+    struct Frame {
+        bgfx::Stats const* stats = nullptr;
+        std::int64_t begin = 0;
+
+        friend bool operator==(Frame const&, Frame const&) = default;
+    };
+
+    static Frame GetFrame();
+
+    Frame m_frame;
+    std::size_t m_emptiedInFrame = 0;
 };
 
 } // namespace zarvex::zx3D

@@ -22,36 +22,36 @@ void CollectPages(TextQuads& result) {
 
 } // namespace
 
-std::size_t GlyphResolver::Resolve(ShapedText const& text, Font const& font, GlyphAtlas& atlas,
-                                   TextQuads& result) {
-    std::size_t failures = 0;
+GlyphResolver::Missing GlyphResolver::Resolve(ShapedText const& text, Font const& font, GlyphAtlas& atlas,
+                                              TextQuads& result) {
+    Missing missing;
     result.quads.clear();
     for (std::uint32_t line = 0; line < text.lines.size(); ++line) {
         ShapedGlyph const* glyph = text.glyphs.data() + text.lines[line].firstGlyph;
         ShapedGlyph const* const end = glyph + text.lines[line].glyphCount;
         for (; glyph != end; ++glyph) {
-            bool isDamaged = false;
-            auto const found = FindOrAdd(*font.GetFaces()[glyph->face], glyph->glyph, atlas, isDamaged);
-            if (isDamaged || !found)
-                ++failures;
-            if (found && found->width != 0)
-                result.quads.push_back({glyph->x + found->left, glyph->y - found->top, found->page, found->x,
-                                        found->y, found->width, found->height, line});
+            auto const place = FindOrAdd(*font.GetFaces()[glyph->face], glyph->glyph, atlas, missing);
+            if (place && place->width != 0)
+                result.quads.push_back({glyph->x + place->left, glyph->y - place->top, place->page, place->x,
+                                        place->y, place->width, place->height, line});
         }
     }
     CollectPages(result);
-    result.generation = atlas.GetGeneration();
-    return failures;
+    result.generation = missing.homeless == 0 ? atlas.GetGeneration() : TextQuads::kNever;
+    return missing;
 }
 
 std::optional<AtlasGlyph> GlyphResolver::FindOrAdd(Face const& face, std::uint32_t glyph, GlyphAtlas& atlas,
-                                                   bool& isDamaged) {
+                                                   Missing& missing) {
     GlyphKey const key{face.GetId(), glyph};
     if (std::optional<AtlasGlyph> const known = atlas.Find(key))
         return known;
-    // A damaged glyph is kept as one without ink, and not tried again.
-    isDamaged = !face.Rasterize(glyph, m_bitmap);
-    return atlas.Add(key, m_bitmap);
+    if (!face.Rasterize(glyph, m_bitmap)) // kept as a glyph without ink, and not tried again
+        ++missing.damaged;
+    std::optional<AtlasGlyph> const added = atlas.Add(key, m_bitmap);
+    if (!added)
+        ++missing.homeless;
+    return added;
 }
 
 } // namespace zarvex::zx3D

@@ -43,13 +43,18 @@ struct TextQuads {
 /// Finds texts' glyphs in the atlas and adds those that are missing; keeps its memory between texts.
 class GlyphResolver {
 public:
-    /// Makes the quads of a text. Returns how many of its glyphs cannot be drawn, because they are damaged,
-    /// too large, or too many; of the first two each glyph counts only once.
-    std::size_t Resolve(ShapedText const& text, Font const& font, GlyphAtlas& atlas, TextQuads& result);
+    /// What is missing from a text's quads.
+    struct Missing {
+        std::size_t damaged = 0;  ///< glyphs that cannot be drawn, those met for the first time
+        std::size_t homeless = 0; ///< glyphs without room in the atlas; the quads do not count as right then
+    };
+
+    /// Makes the quads of a text.
+    Missing Resolve(ShapedText const& text, Font const& font, GlyphAtlas& atlas, TextQuads& result);
 
 private:
     std::optional<AtlasGlyph> FindOrAdd(Face const& face, std::uint32_t glyph, GlyphAtlas& atlas,
-                                        bool& isDamaged);
+                                        Missing& missing);
 
     GlyphBitmap m_bitmap;
 };

@@ -129,7 +129,7 @@ void TextSystem::Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth
     PlaceInAtlas(text, *font);
     if (!m_renderer.Draw(text.shaped, text.quads, *appearance, m_atlas, view,
                          static_cast<std::uint32_t>(depth)))
-        ReportLackOfSpace();
+        ReportOnce(m_reportedFullFrame, "zx3D: text is left out, the frame's transient vertices are used up");
 }
 
 void TextSystem::Layout(TextBuffer& buffer, Font& font) {
@@ -145,25 +145,25 @@ void TextSystem::PlaceInAtlas(CachedText& text, Font const& font) {
             m_atlas.Use(page.page);
         return;
     }
-    std::size_t const failures = m_resolver.Resolve(text.shaped, font, m_atlas, text.quads);
-    if (failures != 0)
+    GlyphResolver::Missing const missing = m_resolver.Resolve(text.shaped, font, m_atlas, text.quads);
+    if (missing.damaged != 0)
         Trace(Context::GetOptions().callback, __FILE__, __LINE__,
-              "zx3D: %zu glyphs of a text cannot be drawn: damaged, larger than %d pixels, or too many at once",
-              failures, kMaxGlyphExtent);
+              "zx3D: %zu glyphs are damaged or too large to be drawn", missing.damaged);
+    if (missing.homeless != 0)
+        ReportOnce(m_reportedFullAtlas, "zx3D: glyphs are left out, there are too many large ones at once");
 }
 
-void TextSystem::ReportLackOfSpace() {
-    if (m_reportedLackOfSpace)
-        return;
-    m_reportedLackOfSpace = true;
-    Trace(Context::GetOptions().callback, __FILE__, __LINE__,
-          "zx3D: text is left out, the frame's transient vertices are used up (see ContextOptions)");
+void TextSystem::ReportOnce(bool& isReported, char const* message) {
+    if (!isReported)
+        Trace(Context::GetOptions().callback, __FILE__, __LINE__, "%s", message);
+    isReported = true;
 }
 
 void TextSystem::OnContextStopping() {
     m_atlas.Clear();
     m_renderer.Stop();
-    m_reportedLackOfSpace = false;
+    m_reportedFullFrame = false;
+    m_reportedFullAtlas = false;
 }
 
 } // namespace zarvex::zx3D

@@ -61,7 +61,7 @@ private:
     void Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth);
     void Layout(TextBuffer& buffer, Font& font);
     void PlaceInAtlas(CachedText& text, Font const& font);
-    void ReportLackOfSpace();
+    static void ReportOnce(bool& isReported, char const* message);
 
     FaceLoader m_faceLoader; // outlives the faces
     SystemFonts m_systemFonts;
@@ -73,7 +73,8 @@ private:
     GlyphResolver m_resolver;
     GlyphAtlas m_atlas;
     TextRenderer m_renderer;
-    bool m_reportedLackOfSpace = false;
+    bool m_reportedFullFrame = false; // in this run of the context
+    bool m_reportedFullAtlas = false;
 };
 
 } // namespace zarvex::zx3D
