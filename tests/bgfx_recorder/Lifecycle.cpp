@@ -221,6 +221,7 @@ Stats const* getStats() {
     std::lock_guard const lock(state.mutex);
     if (state.running != nullptr) {
         recorder::Running const& now = *state.running;
+        state.stats.cpuTimeBegin = now.frame;
         state.stats.numDraw = now.numDraws;
         state.stats.numCompute = now.numDispatches;
         state.stats.numBlit = now.numBlits;

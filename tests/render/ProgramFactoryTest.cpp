@@ -28,6 +28,7 @@ constexpr Names kGraphicsPrograms[] = {
     {"vs_point_sprite", "fs_point_sprite"},
     {"vs_rectangle_sprite", "fs_rectangle_sprite_opengl_stipple"},
     {"vs_fullscreen_triangle", "fs_fullscreen_texture"},
+    {"vs_text", "fs_text"},
 };
 
 constexpr char const* kComputePrograms[] = {"cs_point_sprite", "cs_rectangle_sprite"};

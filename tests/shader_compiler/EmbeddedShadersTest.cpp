@@ -29,6 +29,7 @@ constexpr Program kPrograms[] = {
     {"vs_point_sprite", "fs_point_sprite"},
     {"vs_rectangle_sprite", "fs_rectangle_sprite_opengl_stipple"},
     {"vs_fullscreen_triangle", "fs_fullscreen_texture"},
+    {"vs_text", "fs_text"},
 };
 
 constexpr std::string_view kShaders[] = {
@@ -41,6 +42,7 @@ constexpr std::string_view kShaders[] = {
     "fs_line_simple_dash",
     "fs_point_sprite",
     "fs_rectangle_sprite_opengl_stipple",
+    "fs_text",
     "vs_basic",
     "vs_fullscreen_triangle",
     "vs_lighting",
@@ -48,6 +50,7 @@ constexpr std::string_view kShaders[] = {
     "vs_line_simple_dash",
     "vs_point_sprite",
     "vs_rectangle_sprite",
+    "vs_text",
 };
 
 EmbeddedShader const& Find(std::string_view name) {
@@ -111,6 +114,7 @@ TEST(EmbeddedShadersTest, AttributesMatchTheVertexLayouts) {
     EXPECT_THAT(attributes("vs_point_sprite"), ElementsAre(0x01, 0x05));
     EXPECT_THAT(attributes("vs_rectangle_sprite"), ElementsAre(0x10, 0x05, 0x11, 0x12));
     EXPECT_THAT(attributes("vs_fullscreen_triangle"), IsEmpty());
+    EXPECT_THAT(attributes("vs_text"), ElementsAre(0x01, 0x10, 0x05));
 }
 
 TEST(EmbeddedShadersTest, ComputeShadersTakeTheirBuffersFromStages0And1) {
@@ -136,6 +140,8 @@ TEST(EmbeddedShadersTest, UniformsAreThoseThatTheRendererSets) {
                 testing::IsSupersetOf({"u_rectangleSprite", "u_viewport"}));
     EXPECT_THAT(UniformNames("fs_rectangle_sprite_opengl_stipple"), testing::Contains("u_lineStipple"));
     EXPECT_THAT(UniformNames("fs_fullscreen_texture"), ElementsAre("s_fullscreen_texture"));
+    EXPECT_THAT(UniformNames("vs_text"), ElementsAre("u_viewRect"));
+    EXPECT_THAT(UniformNames("fs_text"), ElementsAre("s_glyph_atlas"));
     EXPECT_THAT(UniformNames("fs_lighting"),
                 testing::IsSupersetOf({"u_viewPosition", "u_material_ambient", "u_material_diffuse",
                                        "u_material_specular", "u_material_emission", "u_material_shininess",

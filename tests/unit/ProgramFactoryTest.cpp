@@ -25,6 +25,7 @@ constexpr std::pair<std::string_view, std::string_view> kGraphicsPrograms[] = {
     {"vs_point_sprite", "fs_point_sprite"},
     {"vs_rectangle_sprite", "fs_rectangle_sprite_opengl_stipple"},
     {"vs_fullscreen_triangle", "fs_fullscreen_texture"},
+    {"vs_text", "fs_text"},
 };
 
 } // namespace

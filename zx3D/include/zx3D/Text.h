@@ -33,8 +33,8 @@ namespace zarvex::zx3D {
 // nothing; messages go to the context's callback.
 
 /// Loads a font file (whatever FreeType reads; the first face of a collection) at a size. `pixelSize` is the
-/// height of the em square in physical pixels, 1 to 512. Empty, with a message, when there is no such file, it
-/// is no font, it is larger than 128 MiB, or the size is out of range.
+/// height of the em square in physical pixels, 1 to 512. Empty, with a message, when there is no such file,
+/// it is no font, it is larger than 128 MiB, or the size is out of range.
 ///
 /// A font belongs to the caller until `DestroyFont`; it needs no context and outlives it.
 ZX3D_EXPORT std::optional<FontHandle> LoadFont(std::filesystem::path const& path, std::uint16_t pixelSize);

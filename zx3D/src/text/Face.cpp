@@ -85,7 +85,10 @@ bool CopyCoverage(FT_Bitmap const& source, std::vector<std::uint8_t>& coverage) 
 } // namespace
 
 Face::Face(std::uint32_t id, FontData data, FreeTypeFaceOwner face, std::uint16_t pixelSize)
-    : m_id(id), m_pixelSize(pixelSize), m_data(std::move(data)), m_face(std::move(face)) {
+    : m_id(id),
+      m_pixelSize(pixelSize),
+      m_data(std::move(data)),
+      m_face(std::move(face)) {
     // Light hinting snaps to the pixel grid vertically and keeps the shapes. The small bitmaps that some
     // outline fonts carry would not match their neighbours.
     m_loadFlags = FT_LOAD_TARGET_LIGHT;

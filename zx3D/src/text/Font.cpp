@@ -11,7 +11,9 @@ constexpr std::size_t kMaxKnownCodePoints = 1 << 16;
 } // namespace
 
 Font::Font(std::uint32_t id, std::unique_ptr<Face> face, FaceLoader& loader, SystemFonts& systemFonts)
-    : m_id(id), m_loader(loader), m_systemFonts(systemFonts),
+    : m_id(id),
+      m_loader(loader),
+      m_systemFonts(systemFonts),
       m_look{face->GetFamily(), face->IsBold(), face->IsItalic()} {
     m_faces.push_back(std::move(face));
 }

@@ -155,9 +155,8 @@ std::optional<std::size_t> GlyphAtlas::EmptyOldestPage() {
         return std::nullopt;
     (*oldest)->Reset();
     auto const page = static_cast<std::size_t>(oldest - m_pages.begin());
-    std::erase_if(m_glyphs, [page](auto const& entry) {
-        return entry.second.width != 0 && entry.second.page == page;
-    });
+    std::erase_if(m_glyphs,
+                  [page](auto const& entry) { return entry.second.width != 0 && entry.second.page == page; });
     ++m_generation;
     return page;
 }

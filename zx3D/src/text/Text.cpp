@@ -106,7 +106,8 @@ void AppendText(TextBufferHandle text, char const* begin, char const* end) {
     TextBuffer* const buffer = TextSystem::Get().FindBuffer(text);
     if (buffer == nullptr || begin == nullptr || (end != nullptr && end < begin))
         return;
-    std::size_t const size = end != nullptr ? static_cast<std::size_t>(end - begin) : strnlen(begin, kLongText);
+    std::size_t const size =
+        end != nullptr ? static_cast<std::size_t>(end - begin) : strnlen(begin, kLongText);
     TextSystem::Get().Append(*buffer, {begin, size});
 }
 

@@ -105,9 +105,8 @@ void TextRunSplitter::FindFaces(std::u32string_view line, Font& font) {
         if (!isMark || i - letter > kMaxMarks || font.HasGlyph(m_faces[i], line[i]))
             continue;
         std::uint32_t const face = font.FindFace(line[i]);
-        bool const hasAll = std::all_of(line.begin() + letter, line.begin() + i + 1, [&](char32_t c) {
-            return IsInvisible(c) || font.HasGlyph(face, c);
-        });
+        bool const hasAll = std::all_of(line.begin() + letter, line.begin() + i + 1,
+                                        [&](char32_t c) { return IsInvisible(c) || font.HasGlyph(face, c); });
         if (hasAll)
             std::fill(m_faces.begin() + letter, m_faces.begin() + i + 1, face);
     }

@@ -15,7 +15,7 @@ class Font;
 struct TextRun {
     std::uint32_t start = 0; ///< first character, counted in code points from the line's start
     std::uint32_t length = 0;
-    std::uint32_t face = 0;    ///< number within the font
+    std::uint32_t face = 0; ///< number within the font
     hb_script_t script = HB_SCRIPT_INVALID;
     std::uint8_t level = 0; ///< of embedding: right to left when odd
     bool isTab = false;

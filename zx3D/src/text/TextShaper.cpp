@@ -121,8 +121,8 @@ void TextShaper::ShapeLine(std::u32string_view line, std::int64_t baseline, Font
     text.width = std::max(text.width, text.lines.back().width);
 }
 
-TextShaper::RunExtent TextShaper::ShapeRun(std::u32string_view line, TextRun const& run, std::int64_t baseline,
-                                           Font const& font, ShapedText& text) {
+TextShaper::RunExtent TextShaper::ShapeRun(std::u32string_view line, TextRun const& run,
+                                           std::int64_t baseline, Font const& font, ShapedText& text) {
     hb_buffer_t* const buffer = m_buffer.get();
     hb_buffer_clear_contents(buffer);
     hb_buffer_add_utf32(buffer, reinterpret_cast<std::uint32_t const*>(line.data()),

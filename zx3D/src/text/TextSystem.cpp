@@ -104,7 +104,8 @@ void TextSystem::Append(TextBuffer& buffer, std::string_view utf8) {
     buffer.cached.reset();
     if (fitting.size() < utf8.size())
         Trace(Context::GetOptions().callback, __FILE__, __LINE__,
-              "zx3D: a text buffer takes 64 KiB of text; %zu bytes are left out", utf8.size() - fitting.size());
+              "zx3D: a text buffer takes 64 KiB of text; %zu bytes are left out",
+              utf8.size() - fitting.size());
 }
 
 void TextSystem::Submit(TextBuffer& buffer, std::uint16_t view, std::int32_t depth) {
