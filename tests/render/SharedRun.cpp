@@ -1,7 +1,12 @@
 // Starting when needed, and finding what a test left behind.
 #include "SharedRun.h"
 
+#include "OffscreenTarget.h"
+#include "TextPainting.h"
+
 #include <harness/Trouble.h>
+
+#include <zx3DQt/BGFXRenderer.h>
 
 #include <memory>
 #include <ostream>
@@ -17,12 +22,23 @@ struct State {
 
 State state;
 
+/// Draws a text, so that what all texts of a run share is there before objects are counted. A renderer comes
+/// before it, as in an application: programs are ordered by age.
+void CreateSharedObjects() {
+    OffscreenTarget target(QSize(8, 8));
+    zx3DQt::BGFXRenderer renderer;
+    renderer.StartFrame(target.GetFrameBuffer());
+    Draw({.text = "a", .pixelSize = 8});
+    bgfx::frame();
+}
+
 void Use(bgfx::RendererType::Enum backend) {
     if (state.run && state.backend == backend)
         return;
     state.run.reset(); // one run at a time
     state.run = std::make_unique<LibraryRun>(backend);
     state.backend = backend;
+    CreateSharedObjects();
 }
 
 /// What bgfx holds when everything submitted so far is done, destructions included.
