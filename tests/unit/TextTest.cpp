@@ -224,6 +224,8 @@ TEST_F(TextTest, PensBetweenPixelsAreRounded) {
 }
 
 TEST_F(TextTest, PensAndFactorsThatAreNowhereDrawNothing) {
+    // Far away, and back by the factor.
+    EXPECT_THAT(DrawsOf({.text = "a\nbb", .x = 3e38f, .horizontal = 1e37f}), IsEmpty());
     float const nan = std::numeric_limits<float>::quiet_NaN();
     float const infinity = std::numeric_limits<float>::infinity();
     for (float const nowhere : {nan, infinity, -infinity, 3e38f, -3e38f, 1e9f}) {

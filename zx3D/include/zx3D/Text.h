@@ -81,9 +81,10 @@ ZX3D_EXPORT void SetPenPosition(TextBufferHandle text, float x, float y);
 /// The colour, 0xRRGGBBAA, not premultiplied, of all the buffer's text.
 ZX3D_EXPORT void SetTextColor(TextBufferHandle text, std::uint32_t rgba);
 
-/// Appends UTF-8 from `begin` to `end`, or, with a null `end`, to the terminating zero. A line feed starts a
-/// new line, a tab goes to the next multiple of eight blanks, other control characters are left out, and
-/// malformed bytes show as U+FFFD. A buffer takes 64 KiB; what is beyond is left out with a message.
+/// Appends UTF-8 from `begin` to `end`, or, with a null `end`, to the terminating zero. A line feed (or one
+/// of Unicode's line and paragraph separators) starts a new line, a tab goes to the next multiple of eight
+/// blanks, other control characters are left out, and malformed bytes show as U+FFFD. A buffer takes 64 KiB;
+/// what is beyond is left out with a message.
 ZX3D_EXPORT void AppendText(TextBufferHandle text, char const* begin, char const* end = nullptr);
 
 /// Moves the block of lines left by `horizontal` times its width and up by `vertical` times its height, and
@@ -92,9 +93,12 @@ ZX3D_EXPORT void AppendText(TextBufferHandle text, char const* begin, char const
 /// between them. Its place is rounded to whole pixels.
 ZX3D_EXPORT void AlignText(TextBufferHandle text, float horizontal, float vertical);
 
-/// Draws the text into a view, blended over what is there, without a depth test: in a view of the default
-/// mode after all geometry, and texts among each other by `depth`, the larger (as an unsigned number) over
-/// the smaller, in a view of mode Sequential in the order of the calls. Needs a context.
+/// Draws the text into a view, blended over what is there, without a depth test. In a view of the default
+/// mode it comes after all geometry, and texts are ordered by `depth`, the larger (as an unsigned number)
+/// over the smaller. In a view of mode Sequential everything is in the order of the calls. Needs a context.
+///
+/// In the default mode, blended geometry of a program that was created after the context's first text still
+/// comes later: create programs before, or give text a view of its own.
 ZX3D_EXPORT void SubmitTextBuffer(TextBufferHandle text, std::uint16_t viewId, std::int32_t depth);
 
 ZX3D_EXPORT void DestroyTextBuffer(TextBufferHandle text);

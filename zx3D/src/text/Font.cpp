@@ -5,7 +5,7 @@ namespace zarvex::zx3D {
 
 namespace {
 
-constexpr std::size_t kMaxFaces = 32;
+constexpr std::size_t kMaxFaces = 32; // of the system's
 constexpr std::size_t kMaxKnownCodePoints = 1 << 16;
 
 } // namespace
@@ -45,7 +45,7 @@ std::uint32_t Font::FindFallback(char32_t codePoint) {
 
 std::uint32_t Font::LoadFallback(int position) {
     auto const [known, isNew] = m_faceOfPosition.emplace(position, 0);
-    if (isNew) {
+    if (isNew && m_faces.size() < kMaxFaces) {
         if (std::optional<SystemFont> font = m_systemFonts.LoadFallback(m_look, position)) {
             known->second =
                 Add(m_loader.Load(std::move(font->data), font->faceIndex, GetPrimaryFace().GetPixelSize()));
@@ -63,7 +63,7 @@ std::uint32_t Font::LoadDefaultFace() {
 }
 
 std::uint32_t Font::Add(std::unique_ptr<Face> face) {
-    if (face == nullptr || m_faces.size() == kMaxFaces)
+    if (face == nullptr)
         return 0;
     m_faces.push_back(std::move(face));
     return static_cast<std::uint32_t>(m_faces.size() - 1);

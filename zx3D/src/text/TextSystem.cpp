@@ -17,12 +17,12 @@ constexpr std::size_t kMaxTextSize = 64 << 10;
 /// Buffers keep no more than this for their next text.
 constexpr std::size_t kMaxIdleText = 4 << 10;
 
-/// Whole pixels; empty where no target is (or for what is no number).
+/// The block's begin in whole pixels; empty where no target is, and for what is no number.
 std::optional<std::int32_t> PlaceBlock(float pen, float factor, std::int32_t extent) {
-    double const place = std::floor(double(pen) - double(factor) * extent + 0.5);
-    if (!(std::abs(place) <= kMaxTextExtent))
-        return std::nullopt;
-    return static_cast<std::int32_t>(place);
+    double const shift = double(factor) * extent;
+    double const place = std::floor(double(pen) - shift + 0.5);
+    bool const isInReach = std::abs(shift) <= kMaxTextExtent && std::abs(place) <= kMaxTextExtent;
+    return isInReach ? std::optional(static_cast<std::int32_t>(place)) : std::nullopt;
 }
 
 std::optional<TextAppearance> AppearanceOf(TextBuffer const& buffer, ShapedText const& text) {
