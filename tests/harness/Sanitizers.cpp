@@ -9,6 +9,17 @@ extern "C" [[gnu::visibility("default")]] int dlclose(void*) {
 
 #endif
 
+#if defined(__SANITIZE_ADDRESS__)
+
+/// Leaks of libraries, each with its reason.
+extern "C" [[gnu::visibility("default")]] char const* __lsan_default_suppressions() {
+    return
+        // Loses a few hundred bytes, once, while it reads its configuration.
+        "leak:libfontconfig\n";
+}
+
+#endif
+
 #if defined(__SANITIZE_THREAD__)
 
 /// Qt, the drivers and other libraries are built without the sanitizer, which therefore does not see how they

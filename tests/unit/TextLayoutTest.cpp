@@ -27,6 +27,12 @@ protected:
     int LineHeight() const { return Metrics().ascender - Metrics().descender; }
     FaceMetrics const& Metrics() const { return m_font.GetPrimaryFace().GetMetrics(); }
 
+    /// A font that lacks much of what the default font has.
+    static std::string MonoFontFile() {
+        std::string file = DEFAULT_FONT_FILE;
+        return file.replace(file.rfind("DejaVuSans"), 10, "DejaVuSansMono");
+    }
+
     /// The glyphs of a character string, in its order.
     static std::vector<std::uint32_t> GlyphsOf(std::u32string_view characters) {
         std::vector<std::uint32_t> glyphs;
@@ -178,11 +184,8 @@ TEST_F(TextLayoutTest, MalformedBytesShowTheReplacementCharacter) {
 }
 
 TEST_F(TextLayoutTest, LettersThatTheFontLacksComeFromAnother) {
-    std::string const mono =
-        std::string(DEFAULT_FONT_FILE)
-            .replace(std::string(DEFAULT_FONT_FILE).rfind("DejaVuSans"), 10, "DejaVuSansMono");
-    ASSERT_EQ(ReferenceGlyphIndex(mono, U'ש'), 0u) << "DejaVu Sans Mono has got Hebrew letters";
-    Font font(2, m_loader.Load(*ReadFontFile(mono), 0, kSize), m_loader, m_systemFonts);
+    Font font(2, m_loader.Load(*ReadFontFile(MonoFontFile()), 0, kSize), m_loader, m_systemFonts);
+    ASSERT_FALSE(font.HasGlyph(0, U'ש'));
     ShapedText const text = m_shaper.Shape("aשb", font);
     ASSERT_EQ(text.glyphs.size(), 3u);
     EXPECT_EQ(text.glyphs[0].face, 0u);
@@ -192,6 +195,17 @@ TEST_F(TextLayoutTest, LettersThatTheFontLacksComeFromAnother) {
     std::size_t const faces = font.GetFaces().size();
     m_shaper.Shape("לום", font);
     EXPECT_EQ(font.GetFaces().size(), faces) << "a face was loaded twice";
+}
+
+TEST_F(TextLayoutTest, AMarkThatTheFontLacksTakesItsLetterAlong) {
+    Font font(2, m_loader.Load(*ReadFontFile(MonoFontFile()), 0, kSize), m_loader, m_systemFonts);
+    ASSERT_FALSE(font.HasGlyph(0, U'\u20D7'));
+    ShapedText const text = m_shaper.Shape("ax\u20D7", font);
+    ASSERT_EQ(text.glyphs.size(), 3u);
+    EXPECT_EQ(text.glyphs[0].face, 0u);
+    EXPECT_NE(text.glyphs[1].face, 0u);
+    EXPECT_EQ(text.glyphs[2].face, text.glyphs[1].face);
+    EXPECT_NE(text.glyphs[2].glyph, 0u);
 }
 
 TEST_F(TextLayoutTest, TheNumberOfFacesIsBounded) {

@@ -516,13 +516,54 @@ TEST_F(TextTest, AShaderThatBgfxRejectsDrawsNothingAndIsNotTriedInEveryFrame) {
 
 // Eviction.
 
+namespace {
+
+/// A letter of the Latin supplement, of Greek or of Cyrillic.
+std::string Utf8(char32_t letter) {
+    return {static_cast<char>(0xC0 | letter >> 6), static_cast<char>(0x80 | (letter & 0x3F))};
+}
+
+/// So many large letters, a frame for each, that no page stays which is not in use.
+template<typename DrawInBetween>
+void DrawLargeLetters(FontHandle font, DrawInBetween drawInBetween) {
+    for (char32_t letter = 0x410; letter < 0x4C0; ++letter) {
+        TextBufferHandle const text = CreateTextBuffer(TextBufferType::Transient, font);
+        AppendText(text, Utf8(letter).c_str());
+        SubmitTextBuffer(text, 0, 0);
+        DestroyTextBuffer(text);
+        drawInBetween();
+        bgfx::frame();
+    }
+}
+
+} // namespace
+
+TEST_F(TextTest, ATextInUseKeepsItsPage) {
+    FontHandle const font = LoadDefaultFont(500).value();
+    Draw({"a"});
+    recorder::ClearCalls();
+    DrawLargeLetters(font, [this] { Draw({"a"}); });
+    EXPECT_GT(recorder::CountCalls("createTexture2D"), 16u) << "pages were meant to be replaced";
+    EXPECT_EQ(recorder::CountCalls("updateTexture2D"), 0x4C0u - 0x410u);
+    DestroyFont(font);
+}
+
+TEST_F(TextTest, ATextWhosePageWasReplacedIsUploadedAgain) {
+    FontHandle const font = LoadDefaultFont(500).value();
+    Draw({"a"});
+    DrawLargeLetters(font, [] {});
+    auto const draws = DrawsOf({.text = "a"});
+    EXPECT_EQ(recorder::CountCalls("updateTexture2D"), 1u);
+    ASSERT_THAT(draws, SizeIs(1));
+    EXPECT_EQ(QuadCount(draws[0]), 1u);
+    DestroyFont(font);
+}
+
 TEST_F(TextTest, PagesAreReplacedAndNeverRewritten) {
     FontHandle const font = LoadDefaultFont(500).value();
     auto const draw = [font](char32_t letter) {
         TextBufferHandle const text = CreateTextBuffer(TextBufferType::Transient, font);
-        std::string const utf8 = {static_cast<char>(0xC0 | letter >> 6),
-                                  static_cast<char>(0x80 | (letter & 0x3F))};
-        AppendText(text, utf8.data(), utf8.data() + utf8.size());
+        AppendText(text, Utf8(letter).c_str());
         SubmitTextBuffer(text, 0, 0);
         DestroyTextBuffer(text);
     };
@@ -562,7 +603,7 @@ TEST_F(TextTest, ATextWithTooManyLargeGlyphsIsDrawnInPartWithOneMessage) {
     FontHandle const font = LoadDefaultFont(512).value();
     std::string letters;
     for (char32_t letter = 0x410; letter < 0x4FF; ++letter)
-        letters += {static_cast<char>(0xC0 | letter >> 6), static_cast<char>(0x80 | (letter & 0x3F))};
+        letters += Utf8(letter);
     TextBufferHandle const text = CreateTextBuffer(TextBufferType::Static, font);
     AppendText(text, letters.c_str());
     for (int frame = 0; frame < 3; ++frame) {
