@@ -26,8 +26,8 @@ bool IsInExtent(std::int64_t position) {
     return position >= -kMaxTextExtent && position <= kMaxTextExtent;
 }
 
-std::int32_t ClampToExtent(std::int64_t length) {
-    return static_cast<std::int32_t>(std::min<std::int64_t>(length, kMaxTextExtent));
+std::int32_t ClampToExtent(std::int64_t position) {
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(position, -kMaxTextExtent, kMaxTextExtent));
 }
 
 bool IsLineBreak(char32_t codePoint) {
@@ -40,7 +40,6 @@ bool IsDropped(char32_t codePoint) {
     return isControl && codePoint != U'\n' && codePoint != U'\t';
 }
 
-/// The lines' distances do not overflow: metrics are bounded by the font size, lines by the text's bytes.
 int LineHeight(FaceMetrics const& metrics) {
     return metrics.ascender - metrics.descender;
 }
@@ -112,8 +111,7 @@ void TextShaper::ShapeLine(std::u32string_view line, std::int64_t baseline, Font
     std::int64_t left = 0;
     for (RunExtent const& extent : m_extents) {
         for (ShapedGlyph& glyph : std::span(text.glyphs).subspan(extent.firstGlyph, extent.glyphCount))
-            glyph.x = static_cast<std::int32_t>(std::clamp<std::int64_t>(
-                glyph.x + left, -2 * std::int64_t(kMaxTextExtent), 2 * std::int64_t(kMaxTextExtent)));
+            glyph.x = ClampToExtent(left + glyph.x);
         left += extent.width;
     }
     auto const glyphCount = static_cast<std::uint32_t>(text.glyphs.size()) - firstGlyph;
