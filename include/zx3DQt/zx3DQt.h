@@ -11,6 +11,8 @@
 #include <zx3DQt/BGFXViewContext.h>
 #include <zx3DQt/BGFXWindow.h>
 #include <zx3DQt/CapsReport.h>
+#include <zx3DQt/CoordinateAxes.h>
+#include <zx3DQt/CoordinateGrid.h>
 #include <zx3DQt/Library.h>
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/Shapes.h>
