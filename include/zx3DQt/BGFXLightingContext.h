@@ -12,11 +12,11 @@ namespace zarvex::zx3DQt {
 
 /// Holds lights and submits them together:
 ///
-///     BGFXPointLightSource lamp =
-///     BGFXPointLightSourceBuilder().DefaultDiffuse().SetName("u_light0").Build(); lamp.CreateUniforms(); //
-///     before it is added: afterwards it can only be read lights.Add(std::move(lamp));
+///     auto lamp = BGFXPointLightSourceBuilder().DefaultDiffuse().SetName("u_light0").Build();
+///     lamp.CreateUniforms();      // once in the context it can only be read
+///     lights.Add(std::move(lamp));
 ///     ...
-///     lights.Submit();       // before each draw with the lighting program
+///     lights.Submit();            // before each draw with the lighting program
 ///
 /// To move or recolour a light, to remove one, or to replace all: `ClearAll`, add what is to be there,
 /// `Submit`. A light that was cleared and not added again is turned off by that `Submit`. A context that is

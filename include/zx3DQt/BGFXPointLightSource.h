@@ -69,12 +69,12 @@ private:
     std::array<std::array<float, 4>, Count> m_values{};
     std::array<bgfx::UniformHandle, Count> m_uniforms;
     std::string m_name;
+    std::string m_uniformName; ///< the name at the time of `CreateUniforms`
 };
 
 /// Builds a light in a chain:
 ///
-///     auto lamp =
-///     BGFXPointLightSourceBuilder().DefaultDiffuse().SetName("u_light0").SetPosition(place).Build();
+///     auto lamp = BGFXPointLightSourceBuilder().DefaultDiffuse().SetName("u_light0").Build();
 class ZX3DQT_EXPORT BGFXPointLightSourceBuilder {
 public:
     // Recipes open a chain: they forget what was set before, the name included.

@@ -17,7 +17,8 @@ class BGFXRenderer;
 class BGFXViewContext;
 
 // Shapes of one flat colour, without light, in world units. Each call is one submission. Rectangles and cones
-// are drawn with the renderer's current model transform, circles without any.
+// are drawn with the renderer's current model transform. Circles set none: they are drawn with the identity,
+// or with a transform that was set since the last draw.
 
 /// A disc in a plane of constant z.
 struct BGFXCircleModel2D {

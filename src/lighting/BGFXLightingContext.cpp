@@ -26,7 +26,7 @@ BGFXPointLightSource const& BGFXLightingContext::Get(int id) const {
 void BGFXLightingContext::ClearAll() {
     for (auto const& [id, light] : m_lights) {
         if (bgfx::isValid(light.m_uniforms[0]))
-            m_clearedNames.push_back(light.m_name);
+            m_clearedNames.push_back(light.m_uniformName);
     }
     m_lights.clear();
 }
@@ -40,7 +40,9 @@ void BGFXLightingContext::Submit() const {
 void BGFXLightingContext::SubmitDarkness() const {
     // bgfx keeps a uniform's last value, so a light that is gone would shine on.
     for (std::string const& name : std::exchange(m_clearedNames, {})) {
-        auto const hasName = [&name](auto const& idAndLight) { return idAndLight.second.m_name == name; };
+        auto const hasName = [&name](auto const& idAndLight) {
+            return idAndLight.second.m_uniformName == name;
+        };
         if (std::none_of(m_lights.begin(), m_lights.end(), hasName))
             BGFXPointLightSource::SubmitDark(name);
     }

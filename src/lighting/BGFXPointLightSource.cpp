@@ -34,7 +34,8 @@ BGFXPointLightSource::BGFXPointLightSource(std::string const& name, QVector4D po
 BGFXPointLightSource::BGFXPointLightSource(BGFXPointLightSource&& other)
     : m_values(other.m_values),
       m_uniforms(std::exchange(other.m_uniforms, InvalidUniforms<Count>())),
-      m_name(std::move(other.m_name)) {
+      m_name(std::move(other.m_name)),
+      m_uniformName(other.m_uniformName) {
     other.m_name.clear();
 }
 
@@ -42,6 +43,7 @@ BGFXPointLightSource& BGFXPointLightSource::operator=(BGFXPointLightSource&& oth
     m_values = other.m_values;
     m_uniforms = other.m_uniforms;
     m_name = std::move(other.m_name);
+    m_uniformName = other.m_uniformName;
     return *this;
 }
 
@@ -55,6 +57,7 @@ void BGFXPointLightSource::OnContextStopping() {
 
 void BGFXPointLightSource::CreateUniforms() {
     CreateUniformGroup(m_name, kSuffixes, m_uniforms);
+    m_uniformName = m_name;
 }
 
 void BGFXPointLightSource::DestroyUniforms() {

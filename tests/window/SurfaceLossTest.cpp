@@ -41,7 +41,6 @@ TEST_P(SurfaceLossTest, MoreWindowsInTurnThanThereAreFrameBuffers) {
 }
 
 TEST_P(SurfaceLossTest, ACopyThatOutlivesTheWindowDrawsToNowhere) {
-    m_run.ExpectTrouble("zx3D: native window");
     auto window = std::make_unique<CornerWindow>(Qt::darkMagenta);
     ShowAndWait(*window);
     ExpectPicture(*window);

@@ -1,0 +1,138 @@
+// Views in a main window with a splitter, tabs and a dock that floats: four widgets that bgfx draws into
+// directly. Drag in a view to look from elsewhere.
+#include <zx3DQt/zx3DQt.h>
+
+#include <QApplication>
+#include <QDockWidget>
+#include <QLoggingCategory>
+#include <QMainWindow>
+#include <QPlainTextEdit>
+#include <QSplitter>
+#include <QTabWidget>
+
+#include <cmath>
+#include <vector>
+
+using namespace zarvex;
+
+// A surface of wide and thin lines over a grid, seen from a direction that dragging changes.
+class SurfaceView : public zx3DQt::BGFXNativeWidget {
+public:
+    // Each view draws into a bgfx view of its own.
+    SurfaceView(bgfx::ViewId viewId, float azimuth, float elevation)
+        : m_viewId(viewId),
+          m_azimuth(azimuth),
+          m_elevation(elevation) {
+        setMinimumSize(160, 120);
+    }
+
+protected:
+    // Qt calls it when something changed; nothing is drawn in between.
+    void paintEvent(QPaintEvent* event) override {
+        BGFXNativeWidget::paintEvent(event);
+        zx3DQt::BGFXRenderer& renderer = GetRenderer();
+        if (!renderer.StartFrame(GetFrameBuffer()))
+            return;
+        zx3DQt::BGFXViewContext view(
+            m_viewId, zx3DQt::BGFXViewClearOptions{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, 0x171c26ff, 1.0f, 0});
+        view.SetViewport(GetViewport());
+        view.SetViewMatrix(ViewMatrix());
+        QMatrix4x4 projection;
+        bx::mtxProj(projection.data(), 35.0f, static_cast<float>(view.ComputeViewportAspectRatio()), 0.1f,
+                    100.0f, bgfx::getCaps()->homogeneousDepth, bx::Handedness::Right);
+        view.SetProjectionMatrix(projection);
+        view.Submit(GetFrameBuffer());
+
+        renderer.SetModelTransform(QMatrix4x4());
+        renderer.DrawLines(view, Surface(false));
+        renderer.DrawLines(view, Surface(true), 3.0f * static_cast<float>(GetPixelRatio()));
+        if (event != nullptr) // not while RenderPixmap takes a picture
+            renderer.PresentCurrentAndSubmitNextFrame(false);
+    }
+
+    void mousePressEvent(QMouseEvent* event) override { m_pressedAt = event->position(); }
+
+    void mouseMoveEvent(QMouseEvent* event) override {
+        if (!(event->buttons() & Qt::LeftButton))
+            return;
+        QPointF const moved = event->position() - m_pressedAt;
+        m_pressedAt = event->position();
+        m_azimuth -= 0.5f * static_cast<float>(moved.x());
+        m_elevation = std::clamp(m_elevation + 0.5f * static_cast<float>(moved.y()), -89.0f, 89.0f);
+        update();
+    }
+
+private:
+    QMatrix4x4 ViewMatrix() const {
+        QMatrix4x4 view;
+        view.translate(0.0f, 0.0f, -7.0f);
+        view.rotate(m_elevation - 90.0f, 1.0f, 0.0f, 0.0f);
+        view.rotate(-m_azimuth, 0.0f, 0.0f, 1.0f);
+        return view;
+    }
+
+    // Every fourth line of the surface is wide, the others are thin.
+    static std::vector<zx3D::Line> Surface(bool wide) {
+        constexpr int cells = 32;
+        std::vector<zx3D::Line> lines;
+        for (int i = 0; i <= cells; ++i) {
+            if ((i % 4 == 0) != wide)
+                continue;
+            for (int k = 0; k < cells; ++k) {
+                lines.push_back({Point(i, k), Point(i, k + 1), ColorAt(Point(i, k).z)});
+                lines.push_back({Point(k, i), Point(k + 1, i), ColorAt(Point(k, i).z)});
+            }
+        }
+        return lines;
+    }
+
+    static bx::Vec3 Point(int column, int row) {
+        float const x = static_cast<float>(column - 16) / 8.0f;
+        float const y = static_cast<float>(row - 16) / 8.0f;
+        return {x, y, 0.75f * std::cos(2.2f * std::hypot(x, y)) * std::exp(-0.25f * (x * x + y * y))};
+    }
+
+    // From blue in the valleys to amber on the peaks.
+    static zx3D::Color ColorAt(float height) {
+        float const t = std::clamp(0.5f + 0.8f * height, 0.0f, 1.0f);
+        return {std::lerp(0.25f, 1.0f, t), std::lerp(0.55f, 0.72f, t), std::lerp(0.95f, 0.35f, t), 1.0f};
+    }
+
+    bgfx::ViewId m_viewId;
+    float m_azimuth;   // degrees
+    float m_elevation; // degrees
+    QPointF m_pressedAt;
+};
+
+int main(int argc, char* argv[]) {
+    QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
+    QApplication application(argc, argv);
+    bool const openGL = application.arguments().contains("--opengl");
+    zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
+    if (!zx3DQt::Init(false))
+        qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
+    {
+        QMainWindow window; // goes before Shutdown
+        window.setWindowTitle("zx3DQt: native widget");
+
+        auto* const splitter = new QSplitter;
+        splitter->addWidget(new SurfaceView(1, 30.0f, 30.0f));
+        auto* const tabs = new QTabWidget;
+        tabs->addTab(new SurfaceView(2, 0.0f, 89.0f), "Top");
+        tabs->addTab(new SurfaceView(3, 0.0f, 0.0f), "Front");
+        tabs->addTab(new QPlainTextEdit("An ordinary widget."), "Notes");
+        splitter->addWidget(tabs);
+        splitter->setSizes({520, 380});
+        window.setCentralWidget(splitter);
+
+        auto* const dock = new QDockWidget("Side: drag it out, and back");
+        dock->setWidget(new SurfaceView(4, 90.0f, 12.0f));
+        window.addDockWidget(Qt::BottomDockWidgetArea, dock);
+        window.resizeDocks({dock}, {200}, Qt::Vertical);
+
+        window.resize(900, 640);
+        window.show();
+        application.exec();
+    }
+    zx3DQt::Shutdown();
+}

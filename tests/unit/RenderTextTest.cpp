@@ -1,0 +1,169 @@
+// Text at a point of a view: where it lands, in which colour and depth, and that nothing is kept.
+#include <DrawFixture.h>
+
+#include <zx3D/Text.h>
+
+#include <QColor>
+#include <QPointF>
+#include <QString>
+
+using namespace zarvex;
+using namespace zarvex::zx3DQt;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+/// A text's vertex: pixels, place in the glyphs' texture, and colour.
+struct TextVertex {
+    float x, y;
+    std::int16_t u, v;
+    std::uint8_t color[4];
+};
+
+class RenderTextTest : public DrawFixture {
+protected:
+    using Alignment = QFlags<Qt::AlignmentFlag>;
+
+    void SetUp() override {
+        DrawFixture::SetUp();
+        m_font = zx3D::LoadDefaultFont(16).value();
+    }
+    void TearDown() override {
+        zx3D::DestroyFont(m_font);
+        DrawFixture::TearDown();
+    }
+
+    /// The one draw of a text at a place.
+    template<typename Place>
+    recorder::Draw DrawOf(Place const& place, QString const& text = "a\nlabel", Alignment alignment = {},
+                          QColor const& color = Qt::white) {
+        recorder::ClearCalls();
+        m_renderer->RenderText(m_view, place, text, m_font, color, alignment);
+        return TheDraw();
+    }
+
+    /// The vertices of a text that zx3D draws with its pen at a place.
+    std::vector<std::byte> VerticesAt(float x, float y, float horizontal = 0.0f, float vertical = 0.0f) {
+        recorder::ClearCalls();
+        zx3D::TextBufferHandle const text = zx3D::CreateTextBuffer(zx3D::TextBufferType::Transient, m_font);
+        zx3D::SetPenPosition(text, x, y);
+        zx3D::SetTextColor(text, 0xffffffff);
+        zx3D::AppendText(text, "a\nlabel", nullptr);
+        zx3D::AlignText(text, horizontal, vertical);
+        zx3D::SubmitTextBuffer(text, 0, 0);
+        zx3D::DestroyTextBuffer(text);
+        return TheDraw().vertices;
+    }
+
+    void ExpectAligned(Alignment alignment, float horizontal, float vertical) {
+        EXPECT_EQ(DrawOf(QPointF(30, 20), "a\nlabel", alignment).vertices,
+                  VerticesAt(30.0f, 20.0f, horizontal, vertical))
+            << alignment.toInt();
+    }
+
+    zx3D::FontHandle m_font;
+};
+
+} // namespace
+
+TEST_F(RenderTextTest, PutsThePenAtThePosition) {
+    EXPECT_EQ(DrawOf(QPointF(30, 20)).vertices, VerticesAt(30.0f, 20.0f));
+    EXPECT_EQ(DrawOf(QPointF(-7, 200)).vertices, VerticesAt(-7.0f, 200.0f));
+}
+
+TEST_F(RenderTextTest, DrawsIntoTheViewAtTheDepth) {
+    recorder::Draw const draw = DrawOf(std::pair<QPointF const, int>({30, 20}, 17));
+    EXPECT_EQ(draw.view, 5);
+    EXPECT_EQ(draw.depth, 17u);
+    EXPECT_EQ(draw.vertices, VerticesAt(30.0f, 20.0f));
+}
+
+TEST_F(RenderTextTest, WithoutADepthItIsZero) {
+    EXPECT_EQ(DrawOf(QPointF(30, 20)).depth, 0u);
+}
+
+TEST_F(RenderTextTest, AWorldPositionIsDrawnWhereTheViewShowsIt) {
+    QMatrix4x4 projection;
+    projection.scale(0.5f);
+    m_view.SetProjectionMatrix(projection);
+    m_view.SetViewMatrix(Translation(1, 0, 0));
+    // (0.6, 0.4) in NDC, of 100 by 50 pixels from (7, 3) on.
+    recorder::Draw const draw = DrawOf(bx::Vec3(0.2f, 0.8f, 0.9f));
+    EXPECT_EQ(draw.vertices, VerticesAt(87.0f, 18.0f));
+    EXPECT_EQ(draw.depth, 0u);
+    EXPECT_EQ(draw.view, 5);
+}
+
+TEST_F(RenderTextTest, AlignsHorizontally) {
+    ExpectAligned(Qt::AlignLeft, 0.0f, 0.0f);
+    ExpectAligned(Qt::AlignJustify, 0.0f, 0.0f);
+    ExpectAligned(Qt::AlignHCenter, 0.5f, 0.0f);
+    ExpectAligned(Qt::AlignRight, 1.0f, 0.0f);
+}
+
+TEST_F(RenderTextTest, AlignsVertically) {
+    ExpectAligned(Qt::AlignTop, 0.0f, 0.0f);
+    ExpectAligned(Qt::AlignBaseline, 0.0f, 0.0f);
+    ExpectAligned(Qt::AlignVCenter, 0.0f, 0.5f);
+    ExpectAligned(Qt::AlignBottom, 0.0f, 1.0f);
+}
+
+TEST_F(RenderTextTest, AlignsBothWays) {
+    ExpectAligned(Qt::AlignCenter, 0.5f, 0.5f);
+    ExpectAligned(Qt::AlignRight | Qt::AlignBottom, 1.0f, 1.0f);
+    ExpectAligned({}, 0.0f, 0.0f);
+}
+
+TEST_F(RenderTextTest, RightAndBottomWinOverTheCenterAndTheOtherSide) {
+    ExpectAligned(Qt::AlignRight | Qt::AlignHCenter, 1.0f, 0.0f);
+    ExpectAligned(Qt::AlignBottom | Qt::AlignVCenter, 0.0f, 1.0f);
+    ExpectAligned(Qt::AlignRight | Qt::AlignLeft, 1.0f, 0.0f);
+    ExpectAligned(Qt::AlignHCenter | Qt::AlignLeft, 0.5f, 0.0f);
+    ExpectAligned(Qt::AlignVCenter | Qt::AlignTop, 0.0f, 0.5f);
+}
+
+TEST_F(RenderTextTest, VerticesHaveTheColor) {
+    for (TextVertex const& vertex :
+         DrawOf(QPointF(), "ab", {}, QColor(0x12, 0x34, 0x56, 0x78)).VerticesAs<TextVertex>())
+        EXPECT_THAT(vertex.color, ElementsAre(0x12, 0x34, 0x56, 0x78));
+}
+
+TEST_F(RenderTextTest, TakesTextBeyondLatin) {
+    EXPECT_THAT(DrawOf(QPointF(), QString::fromUtf8("\u00e4\u03a9\u0416")).vertices,
+                SizeIs(3 * 4 * sizeof(TextVertex)));
+}
+
+TEST_F(RenderTextTest, ATextEndsAtItsFirstZero) {
+    EXPECT_THAT(DrawOf(QPointF(), QString::fromUtf8("ab\0c", 4)).vertices,
+                SizeIs(2 * 4 * sizeof(TextVertex)));
+}
+
+TEST_F(RenderTextTest, AnEmptyTextDrawsNothing) {
+    m_renderer->RenderText(m_view, QPointF(), "", m_font, Qt::white, {});
+    m_renderer->RenderText(m_view, QPointF(), QString(), m_font, Qt::white, {});
+    EXPECT_THAT(recorder::Draws(), IsEmpty());
+}
+
+TEST_F(RenderTextTest, WithoutAFontNothingIsDrawn) {
+    m_renderer->RenderText(m_view, QPointF(), "a", zx3D::FontHandle(), Qt::white, {});
+    EXPECT_THAT(recorder::Draws(), IsEmpty());
+}
+
+TEST_F(RenderTextTest, NoTextBufferOutlivesTheCall) {
+    auto const newBuffer = [this] {
+        zx3D::TextBufferHandle const buffer = zx3D::CreateTextBuffer(zx3D::TextBufferType::Transient, m_font);
+        zx3D::DestroyTextBuffer(buffer);
+        return buffer.idx;
+    };
+    std::uint16_t const before = newBuffer();
+    for (QString const text : {"a", "", "b"})
+        m_renderer->RenderText(m_view, QPointF(), text, m_font, Qt::white, {});
+    EXPECT_EQ(newBuffer(), before) << "an empty text's is destroyed too";
+}
+
+TEST_F(RenderTextTest, TheRendererKeepsNothing) {
+    DrawOf(QPointF());
+    EXPECT_THAT(KeptKinds(), IsEmpty());
+}
