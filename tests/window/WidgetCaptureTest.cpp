@@ -6,6 +6,8 @@
 #include "render/ImageComparison.h"
 #include "render/SharedRun.h"
 
+#include <zx3D/Context.h>
+
 #include <QFile>
 
 #include <unistd.h>
@@ -97,7 +99,8 @@ TEST_P(WidgetCaptureTest, AThousandInARowLeaveMemoryAndHandlesWhereTheyWere) {
         capture(1000);
         EXPECT_EQ(CountHandles(), handlesBefore);
         long long const growth = ResidentMemory() - memoryBefore;
-        EXPECT_LT(growth, 4 << 20);
+        // OpenGL may hold one more of bgfx's transient vertex buffers than before, according to timing.
+        EXPECT_LT(growth, (4LL << 20) + zx3D::Context::GetOptions().transientVertexBufferSize);
         ::testing::Test::RecordProperty(kind == WidgetKind::Native ? "native" : "offscreen",
                                         std::to_string(growth));
     });
