@@ -42,8 +42,7 @@ struct CoordinateAxesArrowHeadStyle {
 
 /// Letters at both ends of every axis, on the negative side after a minus sign.
 struct ZX3DQT_EXPORT CoordinateAxesLabelStyle {
-    static constexpr std::array<QColor, 3> defaultColors{QColor(1, 255, 87), QColor(255, 86, 0),
-                                                         QColor(0, 175, 255)};
+    static constexpr std::array<QColor, 3> defaultColors = CoordinateAxesArrowHeadStyle::defaultColors;
     static constexpr std::array<char const*, 3> defaultLabelTexts{"X", "Y", "Z"};
 
     CoordinateAxesLabelStyle();
@@ -56,8 +55,7 @@ struct ZX3DQT_EXPORT CoordinateAxesLabelStyle {
 
 struct ZX3DQT_EXPORT CoordinateAxesStyle {
     static constexpr zx3D::LineStipplePattern defaultLineStipplePattern{0x0F0F, 1};
-    static constexpr std::array<QColor, 3> defaultColors{QColor(1, 255, 87), QColor(255, 86, 0),
-                                                         QColor(0, 175, 255)};
+    static constexpr std::array<QColor, 3> defaultColors = CoordinateAxesArrowHeadStyle::defaultColors;
     static constexpr std::array<CoordinateAxisId, 3> defaultAxisIds{X, Y, Z};
 
     /// True when the axis has lines.

@@ -14,27 +14,13 @@ using PointSprite::kVerticesPerPoint;
 namespace {
 
 bgfx::VertexLayout const& InputLayout() {
-    static bgfx::VertexLayout const layout = [] {
-        bgfx::VertexLayout l;
-        l.begin()
-            .add(bgfx::Attrib::Position, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Float)
-            .end();
-        return l;
-    }();
+    static bgfx::VertexLayout const layout = LayoutOfFloat4s({bgfx::Attrib::Position, bgfx::Attrib::Color0});
     return layout;
 }
 
 bgfx::VertexLayout const& VertexLayout() {
-    static bgfx::VertexLayout const layout = [] {
-        bgfx::VertexLayout l;
-        l.begin()
-            .add(bgfx::Attrib::Position, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::TexCoord0, 4, bgfx::AttribType::Float)
-            .end();
-        return l;
-    }();
+    static bgfx::VertexLayout const layout =
+        LayoutOfFloat4s({bgfx::Attrib::Position, bgfx::Attrib::Color0, bgfx::Attrib::TexCoord0});
     return layout;
 }
 
@@ -51,16 +37,9 @@ CopyInput(zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const> points) {
 void BGFXRenderer::DrawPointSprites(BGFXViewContext const& view, Points points, std::uint16_t size,
                                     std::optional<ModelTransformCacheId> modelTransform,
                                     std::optional<BGFXRenderState> state) const {
-    bgfx::Caps const* const caps = bgfx::getCaps();
-    if (caps == nullptr)
-        return;
-    bool const hasCompute = (caps->supported & BGFX_CAPS_COMPUTE) != 0;
-    ForEachSubmission(points, [&](Points part) {
-        if (hasCompute)
-            DrawPointSpritesGPU(view, part, size, modelTransform, state);
-        else
-            DrawPointSpritesCPU(view, part, size, modelTransform, state);
-    });
+    SubmitSprites(
+        points, [&](Points part) { DrawPointSpritesGPU(view, part, size, modelTransform, state); },
+        [&](Points part) { DrawPointSpritesCPU(view, part, size, modelTransform, state); });
 }
 
 void BGFXRenderer::DrawPointSpritesCPU(BGFXViewContext const& view, Points points, std::uint16_t size,

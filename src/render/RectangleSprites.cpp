@@ -14,30 +14,15 @@ using RectangleSprite::kVerticesPerLine;
 namespace {
 
 bgfx::VertexLayout const& InputLayout() {
-    static bgfx::VertexLayout const layout = [] {
-        bgfx::VertexLayout l;
-        l.begin()
-            .add(bgfx::Attrib::TexCoord0, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::TexCoord1, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Float)
-            .end();
-        return l;
-    }();
+    static bgfx::VertexLayout const layout =
+        LayoutOfFloat4s({bgfx::Attrib::TexCoord0, bgfx::Attrib::TexCoord1, bgfx::Attrib::Color0});
     return layout;
 }
 
 /// Without a position: the draw program takes all that it needs from texture coordinates.
 bgfx::VertexLayout const& VertexLayout() {
-    static bgfx::VertexLayout const layout = [] {
-        bgfx::VertexLayout l;
-        l.begin()
-            .add(bgfx::Attrib::TexCoord0, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::TexCoord1, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::TexCoord2, 4, bgfx::AttribType::Float)
-            .end();
-        return l;
-    }();
+    static bgfx::VertexLayout const layout = LayoutOfFloat4s(
+        {bgfx::Attrib::TexCoord0, bgfx::Attrib::Color0, bgfx::Attrib::TexCoord1, bgfx::Attrib::TexCoord2});
     return layout;
 }
 
@@ -56,16 +41,10 @@ void BGFXRenderer::DrawRectangleSprites(BGFXViewContext const& view, Lines lines
                                         std::optional<ModelTransformCacheId> modelTransform,
                                         std::optional<zx3D::LineStipplePattern> const& stipple,
                                         std::optional<BGFXRenderState> state) const {
-    bgfx::Caps const* const caps = bgfx::getCaps();
-    if (caps == nullptr)
-        return;
-    bool const hasCompute = (caps->supported & BGFX_CAPS_COMPUTE) != 0;
-    ForEachSubmission(lines, [&](Lines part) {
-        if (hasCompute)
-            DrawRectangleSpritesGPU(view, part, width, modelTransform, stipple, state);
-        else
-            DrawRectangleSpritesCPU(view, part, width, modelTransform, stipple, state);
-    });
+    SubmitSprites(
+        lines,
+        [&](Lines part) { DrawRectangleSpritesGPU(view, part, width, modelTransform, stipple, state); },
+        [&](Lines part) { DrawRectangleSpritesCPU(view, part, width, modelTransform, stipple, state); });
 }
 
 void BGFXRenderer::DrawRectangleSpritesCPU(BGFXViewContext const& view, Lines lines, std::uint16_t width,

@@ -4,6 +4,7 @@
 #include "../frame/Logging.h"
 #include "Capture.h"
 #include "PixelRatio.h"
+#include "SurfaceFormats.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -150,8 +151,8 @@ void BGFXNativeWidget::PostContextMenu(QMouseEvent const& press) {
 
 void BGFXNativeWidget::BindNewSurface() {
     // The window itself binds its first surface only.
-    SetFrameBuffer(zx3D::FrameBuffer(reinterpret_cast<void*>(m_window->winId()), bgfx::TextureFormat::BGRA8,
-                                     bgfx::TextureFormat::D16));
+    SetFrameBuffer(
+        zx3D::FrameBuffer(reinterpret_cast<void*>(m_window->winId()), kWindowColorFormat, kDepthFormat));
     UpdateFrameBufferEvent update(size());
     emit updateFrameBufferEvent(&update);
 }
@@ -232,7 +233,7 @@ QPixmap BGFXNativeWidget::RenderPixmap(int width, int height) {
     QRect const savedViewport = GetViewport();
     zx3D::FrameBuffer const savedFrameBuffer = GetFrameBuffer();
 
-    zx3D::FrameBuffer target(nullptr, bgfx::TextureFormat::RGBA8, bgfx::TextureFormat::D16);
+    zx3D::FrameBuffer target(nullptr, kOffscreenColorFormat, kDepthFormat);
     GetFrameBuffer().Destroy();
     target.RequestResize(static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height));
     SetFrameBuffer(target);

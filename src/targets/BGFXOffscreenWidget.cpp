@@ -7,6 +7,7 @@
 #include "../frame/Logging.h"
 #include "Capture.h"
 #include "PixelRatio.h"
+#include "SurfaceFormats.h"
 
 #include <QApplication>
 #include <QPaintEvent>
@@ -20,8 +21,6 @@ namespace zarvex::zx3DQt {
 
 namespace {
 
-constexpr bgfx::TextureFormat::Enum kDepthFormat = bgfx::TextureFormat::D16;
-
 void const* AddressOf(BGFXOffscreenWidget const* widget) {
     return widget;
 }
@@ -30,7 +29,7 @@ void const* AddressOf(BGFXOffscreenWidget const* widget) {
 
 BGFXOffscreenWidget::BGFXOffscreenWidget(QWidget* parent, Qt::WindowFlags flags)
     : QWidget(parent, flags),
-      m_frameBuffer(nullptr, bgfx::TextureFormat::BGRA8, kDepthFormat) {
+      m_frameBuffer(nullptr, kWindowColorFormat, kDepthFormat) {
     LogDebug("Creating BGFXOffscreenWidget [this: ", AddressOf(this), "]");
     setObjectName("BGFXOffscreenWidget");
     InitializeFrameBufferOnce();

@@ -3,15 +3,13 @@
 
 #include "../frame/Logging.h"
 #include "PixelRatio.h"
+#include "SurfaceFormats.h"
 
 #include <QPlatformSurfaceEvent>
 
 namespace zarvex::zx3DQt {
 
 namespace {
-
-constexpr bgfx::TextureFormat::Enum kColorFormat = bgfx::TextureFormat::BGRA8;
-constexpr bgfx::TextureFormat::Enum kDepthFormat = bgfx::TextureFormat::D16;
 
 void const* AddressOf(BGFXWindow const* window) {
     return window;
@@ -22,7 +20,7 @@ void const* AddressOf(BGFXWindow const* window) {
 BGFXWindow::BGFXWindow(QWindow* parent)
     : QWindow(parent),
       m_renderer(nullptr),
-      m_frameBuffer(nullptr, kColorFormat, kDepthFormat) {
+      m_frameBuffer(nullptr, kWindowColorFormat, kDepthFormat) {
     LogDebug("Creating BGFXWindow [this: ", AddressOf(this), "]");
     setObjectName("BGFXWindow");
 }
@@ -104,7 +102,8 @@ void BGFXWindow::InitializeFrameBufferOnce() {
     LogDebug("Initializing framebuffer [this:", static_cast<QWindow const*>(this), "]");
     WId const nativeHandle = winId();
     LogDebug("Creating frame buffer [nwh:", nativeHandle, "]");
-    m_frameBuffer = zx3D::FrameBuffer(reinterpret_cast<void*>(nativeHandle), kColorFormat, kDepthFormat);
+    m_frameBuffer =
+        zx3D::FrameBuffer(reinterpret_cast<void*>(nativeHandle), kWindowColorFormat, kDepthFormat);
     LogDebug("Frame buffer initialized [handle:", m_frameBuffer.GetHandle().idx, "]");
     m_initialized = true;
 }

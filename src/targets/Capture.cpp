@@ -4,6 +4,7 @@
 #include <zx3D/Context.h>
 
 #include "../frame/Logging.h"
+#include "SurfaceFormats.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -54,8 +55,8 @@ bgfx::TextureHandle CreateReadBackTexture(QSize size) {
     if (!IsInRange(size))
         return BGFX_INVALID_HANDLE;
     return bgfx::createTexture2D(static_cast<std::uint16_t>(size.width()),
-                                 static_cast<std::uint16_t>(size.height()), false, 1,
-                                 bgfx::TextureFormat::RGBA8, BGFX_TEXTURE_BLIT_DST | BGFX_TEXTURE_READ_BACK);
+                                 static_cast<std::uint16_t>(size.height()), false, 1, kOffscreenColorFormat,
+                                 BGFX_TEXTURE_BLIT_DST | BGFX_TEXTURE_READ_BACK);
 }
 
 QImage Read(bgfx::TextureHandle source, bgfx::TextureHandle readBackTexture, QSize size,
