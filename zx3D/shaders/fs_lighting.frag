@@ -13,6 +13,9 @@
 //   its direction under a parallel one.
 // Result: emission plus the sum over the lights of ambient, diffuse and specular. Alpha is the vertex colour's, times
 //   the diffuse alpha of the material if there is one.
+//
+// Lights and materials choose between values; no if, && or || depends on uniforms alone: lavapipe 22 would compile the
+// program anew for each draw that sets such uniforms, and never free what it compiled.
 
 #include "viewer.glsl"
 
@@ -85,8 +88,8 @@ struct Surface {
 bool IsSet(vec4 value) { return any(notEqual(value, vec4(0.0))); }
 
 bool HasMaterial() {
-    return IsSet(u_material_ambient) || IsSet(u_material_diffuse) || IsSet(u_material_specular) ||
-           IsSet(u_material_emission) || IsSet(u_material_shininess);
+    return IsSet(abs(u_material_ambient) + abs(u_material_diffuse) + abs(u_material_specular) +
+                 abs(u_material_emission) + abs(u_material_shininess));
 }
 
 // The side of the triangle itself that the viewer sees, of any length.
@@ -110,7 +113,8 @@ vec3 VisibleNormal(vec3 toViewer) {
 }
 
 vec3 DirectionToLight(vec4 position, Surface surface) {
-    vec3 toLight = position.w == 0.0 ? position.xyz : position.xyz / position.w - surface.position;
+    vec3 toPlace = position.xyz / position.w - surface.position;
+    vec3 toLight = mix(toPlace, position.xyz, bvec3(position.w == 0.0));
     float squaredLength = dot(toLight, toLight);
     return squaredLength > 0.0 ? toLight * inversesqrt(squaredLength) : surface.toViewer;
 }
@@ -126,13 +130,14 @@ vec3 Shade(Surface surface, vec3 toLight, vec3 ambient, vec3 diffuse, vec3 specu
     return color;
 }
 
-// Adds a light that exists to the colour and to the count.
+// Adds a light to the colour and, if it exists, to the count. One that does not exist has no direction, which skips
+// what is expensive.
 void AddLight(Surface surface, vec4 position, vec4 ambient, vec4 diffuse, vec4 specular, inout vec3 color,
               inout int count) {
-    if (IsSet(ambient) || IsSet(diffuse) || IsSet(specular)) {
-        color += Shade(surface, DirectionToLight(position, surface), ambient.rgb, diffuse.rgb, specular.rgb);
-        ++count;
-    }
+    bool exists = IsSet(abs(ambient) + abs(diffuse) + abs(specular));
+    vec3 toLight = mix(vec3(0.0), DirectionToLight(position, surface), bvec3(exists));
+    color += Shade(surface, toLight, ambient.rgb, diffuse.rgb, specular.rgb);
+    count += int(exists);
 }
 
 vec3 Illuminate(Surface surface) {
@@ -146,10 +151,9 @@ vec3 Illuminate(Surface surface) {
     AddLight(surface, u_light5_position, u_light5_ambient, u_light5_diffuse, u_light5_specular, color, count);
     AddLight(surface, u_light6_position, u_light6_ambient, u_light6_diffuse, u_light6_specular, color, count);
     AddLight(surface, u_light7_position, u_light7_ambient, u_light7_diffuse, u_light7_specular, color, count);
-    if (count == 0) {
-        color = Shade(surface, surface.toViewer, kHeadlightAmbient, kHeadlightDiffuse, kHeadlightSpecular);
-    }
-    return color;
+    float headlight = float(count == 0);
+    return color + Shade(surface, headlight * surface.toViewer, headlight * kHeadlightAmbient, kHeadlightDiffuse,
+                         kHeadlightSpecular);
 }
 
 void main() {
@@ -158,11 +162,11 @@ void main() {
     surface.position = v_worldPosition;
     surface.toViewer = DirectionToViewer(v_worldPosition);
     surface.normal = VisibleNormal(surface.toViewer);
-    surface.ambient = hasMaterial ? u_material_ambient.rgb * v_color.rgb : v_color.rgb;
-    surface.diffuse = hasMaterial ? u_material_diffuse.rgb * v_color.rgb : v_color.rgb;
+    surface.ambient = mix(vec3(1.0), u_material_ambient.rgb, bvec3(hasMaterial)) * v_color.rgb;
+    surface.diffuse = mix(vec3(1.0), u_material_diffuse.rgb, bvec3(hasMaterial)) * v_color.rgb;
     surface.specular = u_material_specular.rgb;
     surface.shininess = max(u_material_shininess.x, 1.0);
 
-    float alpha = hasMaterial ? v_color.a * u_material_diffuse.a : v_color.a;
+    float alpha = v_color.a * (hasMaterial ? u_material_diffuse.a : 1.0);
     o_color = vec4(u_material_emission.rgb + Illuminate(surface), alpha);
 }

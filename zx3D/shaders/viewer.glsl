@@ -13,14 +13,9 @@ vec3 ParallelDirectionToViewer() { return u_invView[2].xyz * (u_proj[2][2] > 0.0
 
 // A unit vector, also when the point is where the viewer is.
 vec3 DirectionToViewer(vec3 worldPosition) {
-    vec3 toViewer;
-    if (u_viewPosition.w != 0.0) {
-        toViewer = u_viewPosition.xyz / u_viewPosition.w - worldPosition;
-    } else if (IsParallelProjection()) {
-        toViewer = ParallelDirectionToViewer();
-    } else {
-        toViewer = u_invView[3].xyz - worldPosition;
-    }
+    vec3 toViewer = u_invView[3].xyz - worldPosition;
+    toViewer = mix(toViewer, ParallelDirectionToViewer(), bvec3(IsParallelProjection()));
+    toViewer = mix(toViewer, u_viewPosition.xyz / u_viewPosition.w - worldPosition, bvec3(u_viewPosition.w != 0.0));
     float squaredLength = dot(toViewer, toViewer);
     return squaredLength > 0.0 ? toViewer * inversesqrt(squaredLength) : vec3(0.0, 0.0, 1.0);
 }
