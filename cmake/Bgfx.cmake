@@ -25,7 +25,6 @@ endif()
 option(ZX3D_BGFX_DEBUG
   "Build bgfx with its own checks: asserts, leaked handles reported at shutdown, calls from the wrong thread"
   ${zx3d_bgfx_debug_default})
-option(ZX3D_INSTALL_BGFX "Install the bgfx that was built here together with the libraries" ON)
 
 # The oldest API that the libraries are written for.
 set(ZX3D_BGFX_MINIMUM_API_VERSION 122)

@@ -1,0 +1,27 @@
+# `cpack -G DEB` in the build folder makes two packages for Debian: zx3dqt with the libraries and zx3dqt-dev with what
+# it takes to build applications.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME zx3dqt)
+set(CPACK_PACKAGE_CONTACT "The developers of zx3DQt <zx3dqt@localhost>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL runtime development)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME zx3dqt)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
+# bgfx opens these at run time, Qt its plug-in for X11.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libegl1, libgl1, libx11-xcb1, qt6-qpa-plugins")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "libvulkan1, mesa-vulkan-drivers")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME zx3dqt-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "qt6-base-dev, libgl-dev")
+include(CPack)

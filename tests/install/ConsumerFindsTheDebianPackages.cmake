@@ -1,0 +1,17 @@
+# cpack -G DEB, and the files of both packages unpacked into a folder.
+include(${CMAKE_CURRENT_LIST_DIR}/Consumer.cmake)
+
+get_filename_component(cmake_folder "${CMAKE_COMMAND}" DIRECTORY)
+run("${cmake_folder}/cpack" -G DEB --config "${BUILD_DIR}/CPackConfig.cmake" -B "${WORK_DIR}/packages")
+file(GLOB packages "${WORK_DIR}/packages/*.deb")
+list(LENGTH packages count)
+if(NOT count EQUAL 2)
+  message(FATAL_ERROR "Expected the packages zx3dqt and zx3dqt-dev, found: ${packages}")
+endif()
+foreach(package IN LISTS packages)
+  run(dpkg-deb --info "${package}")
+  message("${output}")
+  run(dpkg-deb --extract "${package}" "${WORK_DIR}/root")
+endforeach()
+build_and_run_consumer("${WORK_DIR}/root/usr")
+file(REMOVE_RECURSE "${WORK_DIR}")
