@@ -1,0 +1,191 @@
+// A coordinate grid with tick labels, and coordinate axes with arrow heads and letters, in a plan view and in
+// a 3D view of the same tool path.
+#include <zx3DQt/zx3DQt.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLoggingCategory>
+#include <QTimer>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <utility>
+#include <vector>
+
+using namespace zarvex;
+
+using Renderer = zx3DQt::BGFXRenderer;
+using View = zx3DQt::BGFXViewContext;
+
+// World units are millimetres. Arrow heads and letters have their places and sizes in units, with the heads 2
+// from the origin, so the axes are drawn with a unit of their own.
+constexpr float kAxesUnit = 100.0f; // millimetres
+
+// ---- What is looked at: the path of a cutter that goes up in turns around a cam.
+
+std::vector<zx3D::Line> MakeToolPath() {
+    constexpr int turns = 8;
+    constexpr int steps = 96 * turns;
+    std::vector<zx3D::Line> path;
+    bx::Vec3 from(0.0f, 0.0f, 0.0f);
+    for (int i = 0; i <= steps; ++i) {
+        float const t = static_cast<float>(i) / steps;
+        float const angle = 2.0f * std::numbers::pi_v<float> * turns * t;
+        float const radius = (78.0f - 44.0f * t) * (1.0f + 0.13f * std::cos(3.0f * angle));
+        bx::Vec3 const to(radius * std::cos(angle), radius * std::sin(angle), 60.0f * t);
+        zx3D::Color const color{std::lerp(0.53f, 0.98f, t), std::lerp(0.47f, 0.52f, t),
+                                std::lerp(0.99f, 0.66f, t), 1.0f};
+        if (i > 0)
+            path.push_back({from, to, color});
+        from = to;
+    }
+    return path;
+}
+
+// ---- Grid and axes.
+
+// Every 50 mm from -200 to 200. The rectangle reaches 10 mm further than the last line: a line at its very
+// edge would not be drawn.
+void DrawGrid(Renderer const& renderer, View const& scene, View const& labels, zx3D::FontHandle font) {
+    zx3DQt::CoordinateGridStyle style;
+    style.gridSpacing = QVector2D(50.0f, 50.0f);
+    style.gridMargins = QVector2D(0.0f, 0.0f);
+    style.lineColor = QColor(62, 76, 96);
+    style.lineStipplePattern = {0x5555, 1};
+    style.frameTickLabels.emplace();
+    style.frameTickLabels->font = font;
+    style.frameTickLabels->color = QColor(150, 165, 186);
+    // Whole millimetres. In the corner there is room for one number.
+    auto const xText = [](float x) { return QString::number(x, 'f', 0); };
+    auto const yText = [](float y) { return y > -200.0f ? QString::number(y, 'f', 0) : QString(); };
+    style.frameTickLabels->tickLabelFunctions = {xText, yText};
+    zx3DQt::DrawCoordinateGrid(renderer, scene, labels, QRectF(-210.0, -210.0, 420.0, 420.0), style);
+}
+
+// The positive halves solid, the negative ones dashed.
+void DrawAxes(Renderer const& renderer, View const& axes, View const& labels, zx3D::FontHandle font,
+              bool isPlan) {
+    zx3DQt::CoordinateAxesStyle style;
+    style.lineWidths = {2.0f, 2.0f, 2.0f};
+    style.margins = QVector2D(0.1f, 0.1f); // the lines end within the arrow heads
+    // Negative halves are dashed unless told otherwise, but y points down in the rectangle: its lesser side
+    // is the positive one of the scene.
+    std::swap(style.minSideLineStipplePatterns[zx3DQt::Y], style.maxSideLineStipplePatterns[zx3DQt::Y]);
+    style.arrowHeads.emplace();
+    style.labels.emplace();
+    style.labels->font = font;
+    if (isPlan) {
+        // Seen from above the z axis is a point, and its two letters would lie on each other.
+        style.enabledAxes = {zx3DQt::X, zx3DQt::Y};
+        style.labels->colors[zx3DQt::Z] = Qt::transparent;
+    }
+    zx3DQt::DrawCoordinateAxes(renderer, axes, labels, QRectF(-2.0, -2.0, 4.0, 4.0), style);
+}
+
+// ---- The panes.
+
+struct Fonts {
+    zx3D::FontHandle ticks;
+    zx3D::FontHandle letters;
+};
+
+// Straight down, y upwards, as much of the world as the pane takes.
+void SetPlan(View& view) {
+    auto const aspect = static_cast<float>(view.ComputeViewportAspectRatio());
+    float const halfHeight = 230.0f / std::min(aspect, 1.0f);
+    float const halfWidth = halfHeight * aspect;
+    // Depths from -1 to 1 or from 0 to 1, as the running renderer has them.
+    bx::mtxOrtho(view.GetProjectionMatrix().data(), -halfWidth, halfWidth, -halfHeight, halfHeight, -500.0f,
+                 500.0f, 0.0f, bgfx::getCaps()->homogeneousDepth, bx::Handedness::Right);
+}
+
+// From a camera that swings to and fro.
+void SetPerspective(View& view, float seconds) {
+    auto const aspect = static_cast<float>(view.ComputeViewportAspectRatio());
+    QMatrix4x4 camera;
+    camera.translate(-18.0f, 10.0f, -1060.0f / std::min(aspect, 1.0f));
+    camera.rotate(-50.0f, 1.0f, 0.0f, 0.0f);
+    camera.rotate(24.0f + 4.0f * std::sin(0.3f * seconds), 0.0f, 0.0f, 1.0f);
+    view.SetViewMatrix(camera);
+    bx::mtxProj(view.GetProjectionMatrix().data(), 32.0f, aspect, 100.0f, 3000.0f,
+                bgfx::getCaps()->homogeneousDepth, bx::Handedness::Right);
+}
+
+// Draws into three bgfx views over the same pixels: the scene in millimetres, the axes in their own unit, and
+// the text over both.
+void DrawPane(zx3DQt::BGFXWindow& window, View scene, Fonts const& fonts, bool isPlan) {
+    static std::vector<zx3D::Line> const toolPath = MakeToolPath();
+    View axes = scene;
+    axes.SetViewId(scene.GetViewId() + 1);
+    axes.SetViewClearOptions(std::nullopt); // the depth of the scene stays
+    axes.GetViewMatrix().scale(kAxesUnit);
+    View labels = axes;
+    labels.SetViewId(scene.GetViewId() + 2);
+    for (View const* view : {&scene, &axes, &labels})
+        view->Submit(window.GetFrameBuffer());
+
+    Renderer const& renderer = window.GetRenderer();
+    DrawGrid(renderer, scene, labels, fonts.ticks);
+    renderer.DrawLines(scene, toolPath, 2.0f);
+    DrawAxes(renderer, axes, labels, fonts.letters, isPlan);
+    QPointF const corner = scene.GetViewport().topLeft() + QPointF(14.0, 10.0);
+    renderer.RenderText(labels, corner, isPlan ? "Plan, mm" : "3D, mm", fonts.letters, QColor(226, 233, 243),
+                        Qt::AlignLeft);
+}
+
+void DrawFrame(zx3DQt::BGFXWindow& window, Fonts const& fonts, float seconds) {
+    Renderer& renderer = window.GetRenderer();
+    if (!renderer.StartFrame(window.GetFrameBuffer()))
+        return;                               // the window has no area now
+    renderer.SetModelTransform(QMatrix4x4()); // transforms are those of one frame
+
+    // Side by side on a darker sheet. bgfx draws its views in the order of their ids.
+    View sheet(0, zx3DQt::BGFXViewClearOptions{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, 0x0e131aff, 1.0f, 0});
+    sheet.SetViewport(window.GetViewport());
+    sheet.Submit(window.GetFrameBuffer());
+    bgfx::touch(sheet);
+
+    constexpr int gap = 12;
+    QRect const area = window.GetViewport().adjusted(gap, gap, -gap, -gap);
+    int const width = (area.width() - gap) / 2;
+    zx3DQt::BGFXViewClearOptions const clear{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, 0x161d28ff, 1.0f, 0};
+    View plan(1, clear);
+    plan.SetViewport(QRect(area.left(), area.top(), width, area.height()));
+    SetPlan(plan);
+    DrawPane(window, plan, fonts, true);
+    View perspective(4, clear);
+    perspective.SetViewport(plan.GetViewport().translated(width + gap, 0));
+    SetPerspective(perspective, seconds);
+    DrawPane(window, perspective, fonts, false);
+    renderer.PresentCurrentAndSubmitNextFrame(false);
+}
+
+// Sizes of fonts are physical pixels.
+zx3D::FontHandle LoadFont(QWindow const& window, double size) {
+    auto const pixelSize = static_cast<std::uint16_t>(std::lround(size * window.devicePixelRatio()));
+    return zx3D::LoadDefaultFont(pixelSize).value_or(zx3D::FontHandle());
+}
+
+int main(int argc, char* argv[]) {
+    QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
+    QApplication application(argc, argv);
+    bool const openGL = application.arguments().contains("--opengl");
+    zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
+    if (!zx3DQt::Init(true)) // wait for the display's refresh
+        qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
+    {
+        zx3DQt::BGFXWindow window; // goes before Shutdown
+        window.setTitle("zx3DQt: grid and axes");
+        window.resize(1100, 580);
+        window.show();
+        Fonts const fonts{LoadFont(window, 12), LoadFont(window, 15)};
+        QElapsedTimer clock;
+        clock.start();
+        QTimer timer;
+        timer.callOnTimeout(&window, [&] { DrawFrame(window, fonts, 0.001f * clock.elapsed()); });
+        timer.start(16);
+        application.exec();
+    }
+    zx3DQt::Shutdown();
+}
