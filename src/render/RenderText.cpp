@@ -5,7 +5,8 @@
 
 #include "../frame/ColorConversion.h"
 
-#include <QByteArray>
+#include <QStringEncoder>
+#include <QVarLengthArray>
 
 namespace zarvex::zx3DQt {
 
@@ -23,6 +24,16 @@ float VerticalFactor(QFlags<Qt::AlignmentFlag> alignment) {
     return alignment & Qt::AlignVCenter ? 0.5f : 0.0f;
 }
 
+/// Ends with a zero; takes no memory from the heap for labels of usual length.
+using Utf8Text = QVarLengthArray<char, 512>;
+
+Utf8Text ToUtf8(QString const& text) {
+    QStringEncoder encode(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
+    Utf8Text utf8(encode.requiredSpace(text.size()) + 1);
+    *encode.appendToBuffer(utf8.data(), text) = '\0';
+    return utf8;
+}
+
 } // namespace
 
 void BGFXRenderer::RenderText(BGFXViewContext const& view,
@@ -30,11 +41,10 @@ void BGFXRenderer::RenderText(BGFXViewContext const& view,
                               zx3D::FontHandle font, QColor const& color,
                               QFlags<Qt::AlignmentFlag> alignment) const {
     auto const& [position, depth] = positionAndDepth;
-    QByteArray const utf8 = text.toUtf8();
     zx3D::TextBufferHandle const buffer = zx3D::CreateTextBuffer(zx3D::TextBufferType::Transient, font);
     zx3D::SetPenPosition(buffer, static_cast<float>(position.x()), static_cast<float>(position.y()));
     zx3D::SetTextColor(buffer, QColorToColor(color).ToRGBA());
-    zx3D::AppendText(buffer, utf8.constData(), nullptr);
+    zx3D::AppendText(buffer, ToUtf8(text).constData(), nullptr);
     zx3D::AlignText(buffer, HorizontalFactor(alignment), VerticalFactor(alignment));
     zx3D::SubmitTextBuffer(buffer, view, depth);
     zx3D::DestroyTextBuffer(buffer);
