@@ -140,16 +140,19 @@ TEST_P(WidgetInputTest, PressMoveAndReleaseArriveOnceInWidgetCoordinates) {
 
 TEST_P(WidgetInputTest, ADoubleClickArrivesOnce) {
     PlaceMouse();
-    m_input.Click(InputDevice::Left);
-    m_input.Click(InputDevice::Left);
+    // Two clicks with nothing between them, as no hand makes them, the window manager may pass on as one.
+    QApplication::setDoubleClickInterval(60000);
     std::vector<std::string> log;
     auto const count = [&log](char const* what) { return std::count(log.begin(), log.end(), what); };
-    EXPECT_TRUE(WaitUntil([&] {
-        for (std::string const& entry : m_widget->TakeLog())
-            log.push_back(entry);
-        return count("release 1 at 50,60") == 2;
-    }));
-    EXPECT_EQ(count("double click 1 at 50,60"), 1);
+    for (int clicks = 1; clicks <= 2; ++clicks) {
+        m_input.Click(InputDevice::Left);
+        EXPECT_TRUE(WaitUntil([&] {
+            for (std::string const& entry : m_widget->TakeLog())
+                log.push_back(entry);
+            return count("release 1 at 50,60") == clicks;
+        })) << ::testing::PrintToString(log);
+    }
+    EXPECT_EQ(count("double click 1 at 50,60"), 1) << ::testing::PrintToString(log);
 }
 
 TEST_P(WidgetInputTest, AWheelStepArrivesOnce) {
