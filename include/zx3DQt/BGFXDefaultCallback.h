@@ -21,9 +21,13 @@ namespace zarvex::zx3DQt {
 /// Lifetime: as long as bgfx runs; `Init` takes ownership.
 class ZX3DQT_EXPORT BGFXDefaultCallback : public bgfx::CallbackI {
 public:
+    /// Without a handler.
     BGFXDefaultCallback();
+    /// With a copy of the other's handler.
+    /// @{
     BGFXDefaultCallback(BGFXDefaultCallback const&);
     BGFXDefaultCallback& operator=(BGFXDefaultCallback const&);
+    /// @}
     ~BGFXDefaultCallback() override;
 
     /// Makes `handler` the one that a fatal error calls instead of ending the application; replaces an
@@ -31,23 +35,38 @@ public:
     /// empty function counts as registered and throws `std::bad_function_call` when it is called.
     void registerFatalAbortHandler(std::function<void()> handler);
 
+    /// Logs the error as critical, then calls the handler or ends the application.
     void fatal(char const* filePath, std::uint16_t line, bgfx::Fatal::Enum code, char const* str) override;
+
+    /// Logs the text as information, with the name and line of the source file before it.
     void traceVargs(char const* filePath, std::uint16_t line, char const* format,
                     std::va_list argList) override;
+
+    /// Does nothing.
+    /// @{
     void profilerBegin(char const* name, std::uint32_t abgr, char const* filePath,
                        std::uint16_t line) override;
     void profilerBeginLiteral(char const* name, std::uint32_t abgr, char const* filePath,
                               std::uint16_t line) override;
     void profilerEnd() override;
+    /// @}
+
+    /// There is no cache of shaders: nothing is found, and nothing is kept.
+    /// @{
     std::uint32_t cacheReadSize(std::uint64_t id) override;
     bool cacheRead(std::uint64_t id, void* data, std::uint32_t size) override;
     void cacheWrite(std::uint64_t id, void const* data, std::uint32_t size) override;
+    /// @}
+
+    /// Logs a warning that says what came; the pixels are not kept.
+    /// @{
     void screenShot(char const* filePath, std::uint32_t width, std::uint32_t height, std::uint32_t pitch,
                     void const* data, std::uint32_t size, bool yflip) override;
     void captureBegin(std::uint32_t width, std::uint32_t height, std::uint32_t pitch,
                       bgfx::TextureFormat::Enum format, bool yflip) override;
     void captureEnd() override;
     void captureFrame(void const* data, std::uint32_t size) override;
+    /// @}
 
 private:
     std::optional<std::function<void()>> m_fatalAbortHandler;

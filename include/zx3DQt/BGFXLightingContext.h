@@ -25,16 +25,19 @@ namespace zarvex::zx3DQt {
 /// Lifetime: owns its lights. Thread: the GUI thread.
 class ZX3DQT_EXPORT BGFXLightingContext {
 public:
+    /// Without lights.
     BGFXLightingContext();
     ~BGFXLightingContext();
 
     /// Takes a light and returns its id. Ids count from 1 and are never used again.
     int Add(BGFXPointLightSource light);
 
-    /// Throws `std::out_of_range` for an unknown id.
+    /// The light of that id. Throws `std::out_of_range` for an unknown one.
     BGFXPointLightSource const& Get(int id) const;
 
+    /// The number of lights.
     unsigned long long GetCount() const { return m_lights.size(); }
+    /// True when there is no light.
     bool IsEmpty() const { return m_lights.empty(); }
 
     /// Destroys all lights, and their uniforms.

@@ -23,28 +23,34 @@ namespace zarvex::zx3DQt {
 ///     steel.Submit();              // before each draw that it is for
 ///     renderer.DrawTriangles(view, vertices, indices);
 ///
-/// A submitted material stays in effect until another one of its name is submitted. Ambient and diffuse
-/// colour are multiplied by the vertex colours: draw with white vertices to see the material's own. Where no
-/// material was ever submitted the vertex colours are the surface's. Two materials of one name share their
-/// uniforms.
+/// bgfx keeps a submitted material until another one of its name is submitted, but in the order in which it
+/// draws, which need not be that of the calls: submit before every draw. Ambient and diffuse colour are
+/// multiplied by the vertex colours: draw with white vertices to see the material's own. Where no material
+/// was ever submitted, or one that is as the constructor leaves it, the vertex colours are the surface's. Two
+/// materials of one name share their uniforms.
 ///
 /// Lifetime: owns its uniforms from `CreateUniforms` to `DestroyUniforms`, its destructor, or the end of the
 /// context. Move construction hands them over; after a move assignment both objects refer to the same ones,
 /// and the caller sees to it that only one destroys them. Thread: the GUI thread. Errors: none are reported.
 class ZX3DQT_EXPORT BGFXMaterial : private zx3D::ContextListener {
 public:
-    /// Black, without shininess, without a name.
+    /// Black and transparent, without shininess, without a name.
     BGFXMaterial();
+    /// Black and transparent, without shininess.
     explicit BGFXMaterial(std::string const& name);
+    /// With the given values, without uniforms.
     BGFXMaterial(std::string const& name, QColor const& ambient, QColor const& diffuse,
                  QColor const& specular, QColor const& emission, float shininess);
+    /// Takes over the uniforms and the name.
     BGFXMaterial(BGFXMaterial&& other);
+    /// Takes the name, and refers to the other's uniforms; its own, if it had any, are forgotten.
     BGFXMaterial& operator=(BGFXMaterial&& other);
     ~BGFXMaterial();
 
     /// Creates the uniforms `name` + "_ambient", "_diffuse", "_specular", "_emission" and "_shininess". bgfx
     /// must run. Destroys none that exist: call it once, or after `DestroyUniforms`.
     void CreateUniforms();
+    /// Destroys the uniforms that exist.
     void DestroyUniforms();
 
     /// Sets the uniforms for the next draw. They must exist.
@@ -62,6 +68,7 @@ public:
     void SetEmission(QColor const& color);
     /// Exponent of the highlights: the larger, the smaller they are.
     void SetShininess(float shininess);
+    /// The first part of the uniforms' names.
     void SetName(std::string const& name);
 
 private:
@@ -79,13 +86,19 @@ private:
 ///     BGFXMaterial const steel = BGFXMaterialBuilder().SetName("u_material").SetShininess(64.0f).Build();
 class ZX3DQT_EXPORT BGFXMaterialBuilder {
 public:
+    /// As the material's.
+    /// @{
     BGFXMaterialBuilder& SetAmbient(QColor const& color);
     BGFXMaterialBuilder& SetDiffuse(QColor const& color);
     BGFXMaterialBuilder& SetSpecular(QColor const& color);
+    /// @}
     /// Sets the specular colour, as the material's does.
     BGFXMaterialBuilder& SetEmission(QColor const& color);
+    /// As the material's.
+    /// @{
     BGFXMaterialBuilder& SetShininess(float shininess);
     BGFXMaterialBuilder& SetName(std::string const& name);
+    /// @}
 
     /// The material, without uniforms. A second one has the same colours and no name.
     BGFXMaterial Build();

@@ -41,19 +41,28 @@ class ZX3DQT_EXPORT BGFXNativeWidget : public QWidget {
     Q_OBJECT
 
 public:
+    /// The renderer that draws into the widget; owned by it.
+    /// @{
     BGFXRenderer& GetRenderer() { return m_window->GetRenderer(); }
     BGFXRenderer const& GetRenderer() const { return m_window->GetRenderer(); }
+    /// @}
 
+    /// The frame buffer on the embedded window; in `RenderPixmap` that of the picture.
+    /// @{
     zx3D::FrameBuffer& GetFrameBuffer() { return m_window->GetFrameBuffer(); }
     zx3D::FrameBuffer const& GetFrameBuffer() const { return m_window->GetFrameBuffer(); }
+    /// @}
 
     /// In `paintEvent` the area to draw, physical pixels: all of the widget, or of the picture that
     /// `RenderPixmap` takes. After it, the part that Qt asked for.
+    /// @{
     QRect& GetViewport() { return m_window->GetViewport(); }
     QRect const& GetViewport() const { return m_window->GetViewport(); }
+    /// @}
 
     /// Replaces the window's frame buffer by a copy. The old one is not destroyed.
     void SetFrameBuffer(zx3D::FrameBuffer const& frameBuffer) { m_window->SetFrameBuffer(frameBuffer); }
+    /// Physical pixels; holds until the next resize or paint event.
     void SetViewport(QRect const& viewport) { m_window->SetViewport(viewport); }
 
     /// A picture of the scene, `width` × `height` pixels, of any size that the GPU's textures can have,
@@ -65,12 +74,16 @@ public:
     /// screen was given up meanwhile.
     QPixmap RenderPixmap(int width, int height);
 
+    /// Qt's handlers. An override calls the one it overrides.
+    /// @{
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     bool nativeEvent(QByteArray const& eventType, void* message, qintptr* result) override;
+    /// @}
+    /// None: bgfx draws.
     QPaintEngine* paintEngine() const override;
 
 signals:
@@ -80,12 +93,14 @@ signals:
     void updateViewPortEvent(zarvex::zx3DQt::UpdateViewportEvent* event);
 
 protected:
+    /// A widget with its window, which is shown with it.
     explicit BGFXNativeWidget(QWidget* parent = nullptr, Qt::WindowFlags flags = {});
     ~BGFXNativeWidget() override;
 
     /// Physical pixels per device-independent pixel on the widget's screen, at least 1.
     double GetPixelRatio() const;
 
+    /// Follows the embedded window: its size, its surface, its focus and its paint events.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     /// Connects size and viewport updates to the embedded window and its input to `event`.

@@ -51,18 +51,27 @@ public:
     /// The format of the colours that are drawn and read back.
     static constexpr bgfx::TextureFormat::Enum TEXTURE_FORMAT = bgfx::TextureFormat::RGBA8;
 
+    /// The renderer that draws into the widget; owned by it.
+    /// @{
     BGFXRenderer& GetRenderer() { return m_renderer; }
     BGFXRenderer const& GetRenderer() const { return m_renderer; }
+    /// @}
 
+    /// The frame buffer without a window; in `RenderPixmap` that of the picture.
+    /// @{
     zx3D::FrameBuffer& GetFrameBuffer() { return m_frameBuffer; }
     zx3D::FrameBuffer const& GetFrameBuffer() const { return m_frameBuffer; }
+    /// @}
 
     /// The area that is being painted, physical pixels.
+    /// @{
     QRect& GetViewport() { return m_viewport; }
     QRect const& GetViewport() const { return m_viewport; }
+    /// @}
 
     /// Replaces the frame buffer by a copy. The old one is not destroyed.
     void SetFrameBuffer(zx3D::FrameBuffer const& frameBuffer) { m_frameBuffer = frameBuffer; }
+    /// Physical pixels; holds until the next resize or paint event.
     void SetViewport(QRect const& viewport) { m_viewport = viewport; }
 
     /// Submits the recorded frame, waits for it and paints its picture on the widget. Call it in
@@ -71,14 +80,17 @@ public:
 
     /// A picture of the scene, `width` × `height` pixels, of any size that the GPU's textures can have,
     /// upright, alpha included. Calls `paintEvent(nullptr)` once, with frame buffer and viewport of that
-    /// size. Blocks until bgfx has drawn it. Null, and nothing happened, with a warning, when the size is out
-    /// of range. Afterwards frame buffer and viewport are those of the whole widget.
+    /// size. Blocks until bgfx has drawn it. Null, and nothing happened, after `Shutdown` and, with a
+    /// warning, when the size is out of range. Afterwards frame buffer and viewport are those of the whole
+    /// widget.
     QPixmap RenderPixmap(int width, int height);
+    /// The same.
     QPixmap RenderPixmap(QSize size) { return RenderPixmap(size.width(), size.height()); }
     /// Only the size of `rect` counts.
     QPixmap RenderPixmap(QRect rect) { return RenderPixmap(rect.size()); }
 
 protected:
+    /// A widget without a frame buffer object yet: the first frame creates it.
     explicit BGFXOffscreenWidget(QWidget* parent = nullptr, Qt::WindowFlags flags = {});
     ~BGFXOffscreenWidget() override;
 
@@ -89,10 +101,13 @@ protected:
     /// Physical pixels per device-independent pixel on the widget's screen, at least 1.
     double GetPixelRatio() const;
 
+    /// Qt's handlers. An override calls the one it overrides.
+    /// @{
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    /// @}
 
 private:
     void OnContextStopping() override;

@@ -21,25 +21,30 @@ namespace zarvex::zx3DQt {
 /// Position (x, y, z, 1) is a point that shines in all directions, without getting weaker with distance;
 /// (x, y, z, 0) is the direction towards a light that is infinitely far away; (0, 0, 0, 0) is the viewer.
 ///
-/// A submitted light shines until another one of its name is submitted. `BGFXLightingContext` keeps several,
-/// and turns off those that it no longer has. Where no light was ever submitted the viewer carries a white
-/// one.
+/// A submitted light shines until another one of its name is submitted, in the order in which bgfx draws.
+/// `BGFXLightingContext` keeps several, and turns off those that it no longer has. Where no light was ever
+/// submitted, or none but those whose colours are all zero, alpha included, the viewer carries a white one.
 ///
 /// Lifetime, thread and errors as for `BGFXMaterial`.
 class ZX3DQT_EXPORT BGFXPointLightSource : private zx3D::ContextListener {
 public:
-    /// At (0, 0, 0, 0), black, without a name.
+    /// At (0, 0, 0, 0), black and transparent: it does not shine. Without a name.
     BGFXPointLightSource();
+    /// At (0, 0, 0, 0), black and transparent.
     explicit BGFXPointLightSource(std::string const& name);
+    /// With the given values, without uniforms.
     BGFXPointLightSource(std::string const& name, QVector4D position, QColor const& ambient,
                          QColor const& diffuse, QColor const& specular);
+    /// Takes over the uniforms and the name.
     BGFXPointLightSource(BGFXPointLightSource&& other);
+    /// Takes the name, and refers to the other's uniforms; its own, if it had any, are forgotten.
     BGFXPointLightSource& operator=(BGFXPointLightSource&& other);
     ~BGFXPointLightSource();
 
     /// Creates the uniforms `name` + "_position", "_ambient", "_diffuse" and "_specular". bgfx must run.
     /// Destroys none that exist: call it once, or after `DestroyUniforms`.
     void CreateUniforms();
+    /// Destroys the uniforms that exist.
     void DestroyUniforms();
 
     /// Sets the uniforms for the next draw. They must exist.
@@ -47,6 +52,7 @@ public:
 
     // The values reach the GPU with the next `Submit`, a name with the next `CreateUniforms`.
 
+    /// World space; the meaning of w is above.
     void SetPosition(QVector4D const& position);
     /// What the light adds everywhere.
     void SetAmbient(QColor const& color);
@@ -54,6 +60,7 @@ public:
     void SetDiffuse(QColor const& color);
     /// What it adds to highlights.
     void SetSpecular(QColor const& color);
+    /// The first part of the uniforms' names.
     void SetName(std::string const& name);
 
 private:
@@ -84,11 +91,14 @@ public:
     /// A lamp: ambient (102, 102, 102), diffuse (178, 178, 178), specular white.
     BGFXPointLightSourceBuilder& DefaultDiffuse();
 
+    /// As the light's.
+    /// @{
     BGFXPointLightSourceBuilder& SetName(std::string const& name);
     BGFXPointLightSourceBuilder& SetPosition(QVector4D const& position);
     BGFXPointLightSourceBuilder& SetAmbient(QColor const& color);
     BGFXPointLightSourceBuilder& SetDiffuse(QColor const& color);
     BGFXPointLightSourceBuilder& SetSpecular(QColor const& color);
+    /// @}
 
     /// The light, without uniforms. A second one has the same values and no name.
     BGFXPointLightSource Build();

@@ -76,13 +76,16 @@ public:
 
     /// Programs and sampler for the application's own submissions; invalid before `Initialize`. Not owned by
     /// the caller.
+    /// @{
     bgfx::ProgramHandle GetBasicProgram() const { return m_basicProgram; }
     bgfx::ProgramHandle GetLightingProgram() const { return m_lightingProgram; }
     bgfx::ProgramHandle GetFullscreenTextureProgram() const { return m_fullscreenTextureProgram; }
     bgfx::UniformHandle GetFullscreenTextureSampler() const { return m_fullscreenTextureSampler; }
+    /// @}
 
     /// Tells the lighting program where the viewer is, world space, from the next draw on. bgfx keeps the
-    /// value, for every renderer, until it is set again; before the first time the view's camera counts.
+    /// value, for every renderer and in the order in which it draws, until it is set again; before the first
+    /// time the view's camera counts.
     void UpdateViewPositionUniform(QVector3D const& position) const;
 
     /// Begins to record a frame: follows the frame buffer's requested size and frees the buffers of the frame
@@ -105,7 +108,7 @@ public:
     // Draw operations. Each submits into the bgfx view of `view` at once and copies its data. Common to all:
     // - an empty span draws nothing;
     // - an absent `modelTransform` means the current one, an absent `state` the operation's own;
-    // - what one frame draws lives in bgfx's transient buffers (`zx3D::ContextOptions` sets their size), wide
+    // - what one frame draws lives in bgfx's transient buffers (of the sizes in `zx3D::ContextOptions`), wide
     //   lines and large points excepted. A submission that no longer fits is left out; of a call of points
     //   those are drawn that fit. A debug build of bgfx stops at the latter with an assertion.
 

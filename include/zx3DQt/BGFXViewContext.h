@@ -27,7 +27,7 @@ struct BGFXViewClearOptions {
     std::uint16_t flags = BGFX_CLEAR_NONE; ///< `BGFX_CLEAR_COLOR`, `_DEPTH`, `_STENCIL`, combinable
     std::uint32_t rgba = 0;                ///< colour, 0xRRGGBBAA
     float depth = 1.0f;                    ///< depth, 0 to 1
-    std::uint8_t stencil = 0;
+    std::uint8_t stencil = 0;              ///< stencil, 0 to 255
 };
 
 /// Everything that a bgfx view needs for a frame: id, viewport, view and projection matrix, draw order and
@@ -50,36 +50,49 @@ public:
     /// The view id, so that a context can stand wherever bgfx expects one.
     operator std::uint16_t const&() const { return m_viewId; }
 
+    /// The bgfx view that is drawn into. bgfx draws views in the order of their ids.
+    /// @{
     std::uint16_t GetViewId() const { return m_viewId; }
     void SetViewId(std::uint16_t viewId) { m_viewId = viewId; }
+    /// @}
 
     /// How bgfx orders the view's draw calls.
+    /// @{
     bgfx::ViewMode::Enum GetViewMode() const { return m_viewMode; }
     void SetViewMode(bgfx::ViewMode::Enum viewMode) { m_viewMode = viewMode; }
+    /// @}
 
     /// The view's rectangle on the target, pixels.
+    /// @{
     QRect const& GetViewport() const { return m_viewport; }
     void SetViewport(QRect const& viewport) { m_viewport = viewport; }
+    /// @}
 
     /// View space to clip space, in the convention of the running renderer (see `ComputeOrthoProjection`).
+    /// @{
     QMatrix4x4& GetProjectionMatrix() { return m_projectionMatrix; }
     QMatrix4x4 const& GetProjectionMatrix() const { return m_projectionMatrix; }
     void SetProjectionMatrix(QMatrix4x4 const& projectionMatrix) { m_projectionMatrix = projectionMatrix; }
+    /// @}
 
     /// World space to view space.
+    /// @{
     QMatrix4x4& GetViewMatrix() { return m_viewMatrix; }
     QMatrix4x4 const& GetViewMatrix() const { return m_viewMatrix; }
     void SetViewMatrix(QMatrix4x4 const& viewMatrix) { m_viewMatrix = viewMatrix; }
+    /// @}
 
     /// A view matrix that only rotates; any earlier translation is discarded.
     void SetViewMatrix(QQuaternion const& rotation);
 
     /// What `Submit` tells bgfx to clear. Empty: the view keeps the clear that it has.
+    /// @{
     std::optional<BGFXViewClearOptions>& GetViewClearOptions() { return m_clearOptions; }
     std::optional<BGFXViewClearOptions> const& GetViewClearOptions() const { return m_clearOptions; }
     void SetViewClearOptions(std::optional<BGFXViewClearOptions> const& clearOptions) {
         m_clearOptions = clearOptions;
     }
+    /// @}
 
     /// Makes both matrices the identity.
     void SetToIdentity();
@@ -90,23 +103,28 @@ public:
     /// is why bgfx must run. The formula is that of `bx::mtxOrtho`.
     static QMatrix4x4 ComputeOrthoProjection(QRectF const& rect, float near, float far, float offset);
 
+    /// Sets the projection matrix to `ComputeOrthoProjection` of the arguments.
     void SetOrthoProjectionFromRect(QRectF const& rect, float near, float far, float offset);
 
     /// A parallel projection of the viewport's rectangle: one world unit is one pixel, with y down.
     void SetOrthoProjectionFromViewport(float near, float far, float offset);
 
     /// The camera's position in world space: the translation of the inverse view matrix; the origin for a
-    /// matrix that has no inverse.
+    /// matrix that has no inverse. Without an argument, of the context's own view matrix.
+    /// @{
     static QVector3D ComputeViewPosition(QMatrix4x4 const& viewMatrix);
     QVector3D ComputeViewPosition() const;
+    /// @}
 
     /// Width over height of the viewport, each counted as at least 1.
     double ComputeViewportAspectRatio() const;
 
     /// Where a world position appears, in viewport pixels (y down); its depth is dropped. Positions in the
     /// plane of the camera give infinities.
+    /// @{
     QPointF TransformToViewport(bx::Vec3 const& position) const;
     QPointF TransformToViewport(QVector3D const& position) const;
+    /// @}
 
     /// Binds the view to the frame buffer for the frame being recorded, with the context's viewport,
     /// matrices, mode and, if there are any, clear options. Does not touch the view: without a draw call into
@@ -114,13 +132,16 @@ public:
     void Submit(zx3D::FrameBuffer const& frameBuffer) const;
 
     /// The same with another rectangle, pixels; a `QRectF` is rounded, and coordinates wrap at 16 bits.
+    /// @{
     void Submit(zx3D::FrameBuffer const& frameBuffer, QRectF const& viewRect) const;
     void Submit(zx3D::FrameBuffer const& frameBuffer, QRect const& viewRect) const;
+    /// @}
 
 protected:
     /// A world position in NDC, divided by w; the result's w is 1.
     QVector4D TransformToNDC(bx::Vec3 const& position) const;
 
+    /// From NDC to viewport pixels, y down.
     QPointF TransformFromNDCToViewPort(QPointF const& ndc) const;
 
 private:

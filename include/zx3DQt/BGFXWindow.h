@@ -30,34 +30,50 @@ class ZX3DQT_EXPORT BGFXWindow : public QWindow {
     Q_OBJECT
 
 public:
+    /// A hidden window without a frame buffer: that comes with the platform surface.
     explicit BGFXWindow(QWindow* parent = nullptr);
     ~BGFXWindow() override;
 
+    /// The renderer that draws into the window; owned by it.
+    /// @{
     BGFXRenderer& GetRenderer() { return m_renderer; }
     BGFXRenderer const& GetRenderer() const { return m_renderer; }
+    /// @}
 
+    /// The frame buffer on the window's surface.
+    /// @{
     zx3D::FrameBuffer& GetFrameBuffer() { return m_frameBuffer; }
     zx3D::FrameBuffer const& GetFrameBuffer() const { return m_frameBuffer; }
+    /// @}
 
     /// The area to render, physical pixels: the whole window, or what `updateViewPortEvent` last said.
+    /// @{
     QRect& GetViewport() { return m_viewport; }
     QRect const& GetViewport() const { return m_viewport; }
+    /// @}
 
     /// Replaces the frame buffer by a copy. The old one is not destroyed.
     void SetFrameBuffer(zx3D::FrameBuffer const& frameBuffer) { m_frameBuffer = frameBuffer; }
+    /// Physical pixels; holds until the window is resized or exposed.
     void SetViewport(QRect viewport) { m_viewport = viewport; }
 
+    /// Qt's handlers. An override calls the one it overrides.
+    /// @{
     bool event(QEvent* event) override;
     void exposeEvent(QExposeEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     bool nativeEvent(QByteArray const& eventType, void* message, qintptr* result) override;
+    /// @}
 
 signals:
+    /// Input over the window, before QWindow handles it. The event lives until the signal returns.
+    /// @{
     void keyPressedEvent(QKeyEvent* event);
     void mouseMovedEvent(QMouseEvent* event);
     void mouseClickedEvent(QMouseEvent* event);
     void mouseReleasedEvent(QMouseEvent* event);
     void mouseDoubleClickedEvent(QMouseEvent* event);
+    /// @}
     /// Overrides QWindow's handler: delivering a wheel event to the window emits the signal.
     void wheelEvent(QWheelEvent* event) override;
 

@@ -27,24 +27,33 @@ class BGFXViewContext;
 /// An axis, and its index in arrays of three.
 enum CoordinateAxisId { X = 0, Y = 1, Z = 2 };
 
-/// Cones at both ends of every axis, at a distance of 2 from the origin.
+/// Cones on both halves of every axis: the tips at a distance of 2 from the origin, 0.3 high, with a radius
+/// of 0.1, all in world units whatever the axes' length.
 struct CoordinateAxesArrowHeadStyle {
-    enum ArrowHeadTypeId : std::int32_t { Cone = 1 };
+    /// The shapes of heads.
+    enum ArrowHeadTypeId : std::int32_t {
+        Cone = 1 ///< a closed cone
+    };
 
+    /// Green, orange and blue.
     static constexpr std::array<QColor, 3> defaultColors{QColor(1, 255, 87), QColor(255, 86, 0),
                                                          QColor(0, 175, 255)};
-    static constexpr float height = 0.1f; ///< not used: the cones are 0.3 high
-    static constexpr ArrowHeadTypeId defaultArrowHead = Cone;
+    static constexpr float height = 0.1f;                     ///< not used: the cones are 0.3 high
+    static constexpr ArrowHeadTypeId defaultArrowHead = Cone; ///< the one type
 
     std::array<QColor, 3> colors = defaultColors; ///< by axis
     ArrowHeadTypeId arrowHead = defaultArrowHead; ///< there is one type
 };
 
-/// Letters at both ends of every axis, on the negative side after a minus sign.
+/// Letters beside both halves of every axis, on the negative side after a minus sign. They are centred on
+/// places 1.25 world units along the axis and 0.3 beside it in each of the other two directions, whatever the
+/// axes' length.
 struct ZX3DQT_EXPORT CoordinateAxesLabelStyle {
+    /// Those of the arrow heads.
     static constexpr std::array<QColor, 3> defaultColors = CoordinateAxesArrowHeadStyle::defaultColors;
-    static constexpr std::array<char const*, 3> defaultLabelTexts{"X", "Y", "Z"};
+    static constexpr std::array<char const*, 3> defaultLabelTexts{"X", "Y", "Z"}; ///< by axis
 
+    /// Default colours, and no font yet.
     CoordinateAxesLabelStyle();
 
     zx3D::FontHandle font;                        ///< of all labels; without one they are not drawn
@@ -53,20 +62,24 @@ struct ZX3DQT_EXPORT CoordinateAxesLabelStyle {
     std::vector<QString> labelTexts;              ///< not used: the letters are `defaultLabelTexts`
 };
 
+/// What axes look like. By default: all three, thin, one half solid and one dashed, without heads and
+/// letters.
 struct ZX3DQT_EXPORT CoordinateAxesStyle {
+    /// Dashes and gaps of four pixels.
     static constexpr zx3D::LineStipplePattern defaultLineStipplePattern{0x0F0F, 1};
+    /// Those of the arrow heads.
     static constexpr std::array<QColor, 3> defaultColors = CoordinateAxesArrowHeadStyle::defaultColors;
-    static constexpr std::array<CoordinateAxisId, 3> defaultAxisIds{X, Y, Z};
+    static constexpr std::array<CoordinateAxisId, 3> defaultAxisIds{X, Y, Z}; ///< all
 
     /// True when the axis has lines.
     bool isAxisEnabled(CoordinateAxisId axis) { return enabledAxes.contains(axis); }
 
     QVector2D margins; ///< between the axes' ends and the rectangle's edges, world units
-    std::array<QColor, 3> colors = defaultColors;
+    std::array<QColor, 3> colors = defaultColors;      ///< of the lines, by axis
     std::array<float, 3> lineWidths{1.0f, 1.0f, 1.0f}; ///< pixels
-    /// Of the half towards the rectangle's right, bottom, or positive z.
+    /// Of the half towards the rectangle's right, bottom (negative y), or positive z.
     std::array<zx3D::LineStipplePattern, 3> maxSideLineStipplePatterns{};
-    /// Of the half towards its left, top, or negative z.
+    /// Of the half towards its left, top (positive y), or negative z.
     std::array<zx3D::LineStipplePattern, 3> minSideLineStipplePatterns{
         defaultLineStipplePattern, defaultLineStipplePattern, defaultLineStipplePattern};
     std::set<CoordinateAxisId> enabledAxes{defaultAxisIds.begin(), defaultAxisIds.end()}; ///< that have lines
@@ -82,14 +95,16 @@ ZX3DQT_EXPORT void DrawCoordinateAxes(BGFXRenderer const& renderer, BGFXViewCont
                                       BGFXViewContext const& labelView, QRectF const& rect,
                                       CoordinateAxesStyle const& style);
 
+/// Draws the enabled axes' lines. Each half is a line of its own, from its end to the origin, where its
+/// stipple ends.
 ZX3DQT_EXPORT void DrawCoordinateAxesLines(BGFXRenderer const& renderer, BGFXViewContext const& view,
                                            QRectF const& rect, CoordinateAxesStyle const& style);
 
-/// Draws the heads of all three axes.
+/// Draws the heads of all three axes, the enabled and the others.
 ZX3DQT_EXPORT void DrawCoordinateAxesArrowHeads(BGFXRenderer const& renderer, BGFXViewContext const& view,
                                                 CoordinateAxesArrowHeadStyle const& style);
 
-/// Draws the labels of all three axes beside their heads.
+/// Draws the letters of all three axes, the enabled and the others, in the view's own matrices.
 ZX3DQT_EXPORT void DrawCoordinateAxesLabels(BGFXRenderer const& renderer, BGFXViewContext const& view,
                                             CoordinateAxesLabelStyle const& style);
 

@@ -28,23 +28,25 @@ class BGFXViewContext;
 
 /// Where grid lines begin and end, world units with y down.
 struct CoordinateGridBounds {
-    float minX = 0.0f;
-    float minY = 0.0f;
-    float maxX = 0.0f;
-    float maxY = 0.0f;
+    float minX = 0.0f; ///< left
+    float minY = 0.0f; ///< top
+    float maxX = 0.0f; ///< right
+    float maxY = 0.0f; ///< bottom
 };
 
 /// Numbers along the rectangle's bottom edge (x) and left edge (y).
 struct CoordinateGridFrameTickLabelStyle {
-    static constexpr std::array<CoordinateAxisId, 2> defaultAxisIds{X, Y};
+    static constexpr std::array<CoordinateAxisId, 2> defaultAxisIds{X, Y}; ///< both
 
     /// Two significant digits: "50", "1e+02", "0.25".
     static QString DefaultTickLabelFunction(float value) { return QString::number(value, 'g', 2); }
 
+    /// True when the axis has labels.
     bool IsAxisEnabled(CoordinateAxisId axis) const { return enabledAxes.contains(axis); }
 
     zx3D::FontHandle font; ///< without one the labels are not drawn
-    QColor color;
+    QColor color;          ///< of all labels; black by default
+    /// Which edges have numbers.
     std::set<CoordinateAxisId> enabledAxes{defaultAxisIds.begin(), defaultAxisIds.end()};
     /// The text for a scene coordinate, by axis. An empty function of an enabled axis throws
     /// `std::bad_function_call` when it is drawn.
@@ -52,18 +54,24 @@ struct CoordinateGridFrameTickLabelStyle {
                                                                     DefaultTickLabelFunction};
 };
 
+/// What a grid looks like. A spacing must be given; by default it has dashed black lines and no numbers.
 struct CoordinateGridStyle {
-    static constexpr std::array<CoordinateAxisId, 2> defaultAxisIds{X, Y};
+    static constexpr std::array<CoordinateAxisId, 2> defaultAxisIds{X, Y}; ///< both
+    /// Gaps and dashes of four pixels.
     static constexpr zx3D::LineStipplePattern defaultLineStipplePattern{0xF0F0, 1};
-    static constexpr QVector2D defaultGridMargins{100.0f, 100.0f};
+    static constexpr QVector2D defaultGridMargins{100.0f, 100.0f}; ///< world units
 
+    /// True when lines of constant `axis` are drawn.
     bool IsAxisEnabled(CoordinateAxisId axis) const { return enabledAxes.contains(axis); }
 
-    QVector2D gridSpacing;                      ///< between neighbouring lines, world units; 0 draws none
-    QVector2D gridMargins = defaultGridMargins; ///< how far the grid reaches beyond the rectangle
-    zx3D::LineStipplePattern lineStipplePattern = defaultLineStipplePattern;
-    QColor lineColor;
-    float lineWidth = 1.0f; ///< pixels
+    QVector2D gridSpacing; ///< between neighbouring lines, world units; 0 draws none
+    /// How far the grid reaches beyond the rectangle, world units: lines stand as far out as x to the sides
+    /// and y above and below; their ends reach out by x at the left and the top, by y at the right and the
+    /// bottom.
+    QVector2D gridMargins = defaultGridMargins;
+    zx3D::LineStipplePattern lineStipplePattern = defaultLineStipplePattern; ///< of all lines
+    QColor lineColor;                                                        ///< of all lines
+    float lineWidth = 1.0f;                                                  ///< pixels
     /// `X`: the lines of constant x; `Y`: those of constant y.
     std::set<CoordinateAxisId> enabledAxes{defaultAxisIds.begin(), defaultAxisIds.end()};
     std::optional<CoordinateGridFrameTickLabelStyle> frameTickLabels; ///< empty: none
@@ -86,8 +94,9 @@ ZX3DQT_EXPORT void DrawCoordinateGrid(BGFXRenderer const& renderer, BGFXViewCont
 ZX3DQT_EXPORT void DrawCoordinateGridLines(BGFXRenderer const& renderer, BGFXViewContext const& view,
                                            QRectF const& rect, CoordinateGridStyle const& style);
 
-/// Draws the labels of all lines, those at 0 included. `style` must have `frameTickLabels`. They are placed
-/// by `sceneView`, beside their lines, and drawn into `labelView`.
+/// Draws the labels of all lines, those at 0 included, into `labelView`. `style` must have `frameTickLabels`;
+/// without them it throws `std::bad_optional_access`. `sceneView` places them: one world unit to the right of
+/// where the line crosses the edge, 0.1 units towards positive z, and there one font size upwards.
 ZX3DQT_EXPORT void DrawCoordinateGridFrameTickLabels(BGFXRenderer const& renderer,
                                                      BGFXViewContext const& sceneView,
                                                      BGFXViewContext const& labelView, QRectF const& rect,

@@ -22,32 +22,33 @@ class BGFXViewContext;
 
 /// A disc in a plane of constant z.
 struct BGFXCircleModel2D {
-    QVector2D center;
-    float radius = 1.0f;
-    zx3D::Color color;
+    QVector2D center;    ///< world units
+    float radius = 1.0f; ///< world units
+    zx3D::Color color;   ///< of the whole disc
 };
 
 /// A rectangle with edges along x and y in a plane of constant z.
 struct BGFXRectangleModel2D {
-    QVector2D center;
+    QVector2D center;                  ///< world units
     QVector2D halfExtents{1.0f, 1.0f}; ///< from the centre to the edges
-    zx3D::Color color;
+    zx3D::Color color;                 ///< of the whole rectangle
 };
 
 /// A cone, closed by a disc.
 struct BGFXConeModel {
     bx::Vec3 direction{0.0f, 0.0f, 0.0f}; ///< unit vector from the base towards the tip
     bx::Vec3 apex{0.0f, 0.0f, 0.0f};      ///< the tip
-    float height = 0.15f;
-    float radius = 0.05f; ///< of the base
-    int segments = 32;    ///< of the base's edge
-    zx3D::Color color;
+    float height = 0.15f;                 ///< from the base to the tip
+    float radius = 0.05f;                 ///< of the base
+    int segments = 32;                    ///< of the base's edge
+    zx3D::Color color;                    ///< of the whole cone
 };
 
 /// Draws a disc of 360 segments at height `z`.
 ZX3DQT_EXPORT void DrawCircle(BGFXRenderer const& renderer, BGFXViewContext const& view,
                               QVector2D const& center, float radius, zx3D::Color const& color, float z,
                               BGFXRenderState state);
+/// The same.
 ZX3DQT_EXPORT void DrawCircle(BGFXRenderer const& renderer, BGFXViewContext const& view,
                               BGFXCircleModel2D const& model, float z, BGFXRenderState state);
 
@@ -55,6 +56,7 @@ ZX3DQT_EXPORT void DrawCircle(BGFXRenderer const& renderer, BGFXViewContext cons
 ZX3DQT_EXPORT void DrawRectangle(BGFXRenderer const& renderer, BGFXViewContext const& view,
                                  QVector2D const& center, QVector2D const& halfExtents,
                                  zx3D::Color const& color, float z, BGFXRenderState state);
+/// The same.
 ZX3DQT_EXPORT void DrawRectangle(BGFXRenderer const& renderer, BGFXViewContext const& view,
                                  BGFXRectangleModel2D const& model, float z, BGFXRenderState state);
 
@@ -64,6 +66,7 @@ ZX3DQT_EXPORT void DrawRectangle(BGFXRenderer const& renderer, BGFXViewContext c
 ZX3DQT_EXPORT void DrawCone(BGFXRenderer const& renderer, BGFXViewContext const& view,
                             QVector3D const& direction, QVector3D const& apex, double height, double radius,
                             int segments, zx3D::Color const& color);
+/// The same.
 ZX3DQT_EXPORT void DrawCone(BGFXRenderer const& renderer, BGFXViewContext const& view,
                             BGFXConeModel const& model);
 

@@ -23,12 +23,17 @@ public:
     /// The event type of this class, registered when the library is loaded.
     static QEvent::Type EventType;
 
+    /// Carries no size.
     UpdateFrameBufferEvent();
+    /// Carries a size in device-independent pixels.
     UpdateFrameBufferEvent(QSize const& size);
     /// Takes the new size of the resize event; from a null pointer, none.
     UpdateFrameBufferEvent(QResizeEvent* event);
+    /// Copies carry the same size.
+    /// @{
     UpdateFrameBufferEvent(UpdateFrameBufferEvent const&);
     UpdateFrameBufferEvent& operator=(UpdateFrameBufferEvent const&);
+    /// @}
     ~UpdateFrameBufferEvent() override;
 
     /// The new size in device-independent pixels, if the event carries one.
@@ -44,12 +49,17 @@ public:
     /// The event type of this class, registered when the library is loaded.
     static QEvent::Type EventType;
 
+    /// Carries no region.
     UpdateViewportEvent();
+    /// Carries a region in device-independent pixels.
     UpdateViewportEvent(QRegion const& region);
     /// Takes the region of the paint event; from a null pointer, none.
     UpdateViewportEvent(QPaintEvent* event);
+    /// Copies carry the same region.
+    /// @{
     UpdateViewportEvent(UpdateViewportEvent const&);
     UpdateViewportEvent& operator=(UpdateViewportEvent const&);
+    /// @}
     ~UpdateViewportEvent() override;
 
     /// The region to be painted in device-independent pixels, if the event carries one.

@@ -19,3 +19,7 @@
 #include <zx3DQt/UpdateEvents.h>
 
 #include <zx3D/zx3D.h>
+
+/// @namespace zarvex::zx3DQt
+/// Scenes drawn with bgfx in Qt's windows and widgets: start and stop, render targets, views, the renderer,
+/// and what is drawn with it.

@@ -51,6 +51,7 @@ public:
     /// The options of the running context, or of the last one; default options before the first.
     static ContextOptions const& GetOptions();
 
+    /// True from a successful `Initialize` to the next `Shutdown`.
     static bool IsInitialized();
 
     /// Asks for a renderer backend, for every `Initialize` that follows. `bgfx::RendererType::Count`, the

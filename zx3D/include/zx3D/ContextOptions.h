@@ -25,14 +25,16 @@ struct ContextOptions {
     std::uint32_t width = 0;             ///< of that window, pixels
     std::uint32_t height = 0;            ///< of that window, pixels
     bgfx::CallbackI* callback = nullptr; ///< receives errors and trace text, from any thread; may be null
-    ThreadMode threadMode = ThreadMode::MultiThreaded;
-    bool verticalSync = false; ///< wait for the display's refresh when presenting
+    ThreadMode threadMode = ThreadMode::MultiThreaded; ///< which thread executes the frames
+    bool verticalSync = false;                         ///< wait for the display's refresh when presenting
 
     /// Space for vertices and indices that one frame may allocate transiently, bytes. The defaults hold a
     /// million `Vertex::Pos3fColorRGBA` and two million indices. On OpenGL the whole of it is re-created in
     /// every frame that uses any: much more than the default costs milliseconds a frame.
+    /// @{
     std::uint32_t transientVertexBufferSize = 28u << 20;
     std::uint32_t transientIndexBufferSize = 4u << 20;
+    /// @}
 
     /// Options with the given values and defaults for the rest. Sizes in pixels.
     ZX3D_EXPORT static ContextOptions Create(void* nativeWindowHandle, std::uint32_t width,

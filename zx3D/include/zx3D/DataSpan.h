@@ -15,7 +15,10 @@ struct DataSpan {
     T* data = nullptr;       ///< first element; null makes the span empty
     std::uint64_t count = 0; ///< number of elements, not bytes
 
+    /// An empty span.
     constexpr DataSpan() = default;
+
+    /// Views `elementCount` elements from `first` on.
     constexpr DataSpan(T* first, std::uint64_t elementCount) : data(first), count(elementCount) {}
 
     /// Views a whole contiguous container: std::vector, std::array, QList, a C array.

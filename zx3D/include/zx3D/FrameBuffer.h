@@ -34,15 +34,20 @@ public:
     FrameBuffer(void* nativeWindowHandle, bgfx::TextureFormat::Enum colorFormat,
                 bgfx::TextureFormat::Enum depthFormat);
 
-    // No moves: a moved-from value would have no state, so rvalues are copied.
+    /// The copy shares the state. There are no moves: a moved-from value would have no state, so rvalues are
+    /// copied.
+    /// @{
     FrameBuffer(FrameBuffer const&);
     FrameBuffer& operator=(FrameBuffer const&);
+    /// @}
     ~FrameBuffer();
 
     /// Pixels; what was last requested. A frame buffer with a width or height of 0 is collapsed: nothing is
     /// rendered to it.
+    /// @{
     std::uint16_t GetWidth() const;
     std::uint16_t GetHeight() const;
+    /// @}
 
     /// True once a size was requested.
     bool IsSized() const;

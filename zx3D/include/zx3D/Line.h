@@ -11,9 +11,9 @@ namespace zarvex::zx3D {
 
 /// A segment with one colour. Positions are in the space of the model transform that it is drawn with.
 struct Line {
-    bx::Vec3 start{0.0f, 0.0f, 0.0f};
-    bx::Vec3 end{0.0f, 0.0f, 0.0f};
-    Color color;
+    bx::Vec3 start{0.0f, 0.0f, 0.0f}; ///< where the stipple begins
+    bx::Vec3 end{0.0f, 0.0f, 0.0f};   ///< the other end
+    Color color;                      ///< of the whole segment
 };
 
 static_assert(sizeof(Line) == 40, "start, end and colour follow each other without gaps");

@@ -10,6 +10,7 @@ namespace zarvex::zx3D {
 template<typename T, typename Tag>
 class TaggedValueType {
 public:
+    /// Wraps `value`.
     constexpr explicit TaggedValueType(T value) : m_value(value) {}
 
     /// The wrapped value.

@@ -101,6 +101,7 @@ ZX3D_EXPORT void AlignText(TextBufferHandle text, float horizontal, float vertic
 /// comes later: create programs before, or give text a view of its own.
 ZX3D_EXPORT void SubmitTextBuffer(TextBufferHandle text, std::uint16_t viewId, std::int32_t depth);
 
+/// Frees the text buffer. What was submitted is drawn.
 ZX3D_EXPORT void DestroyTextBuffer(TextBufferHandle text);
 
 } // namespace zarvex::zx3D

@@ -13,3 +13,10 @@
 #include <zx3D/Text.h>
 #include <zx3D/TextHandles.h>
 #include <zx3D/Vertex.h>
+
+/// @namespace zarvex::zx3D
+/// The bgfx context, surfaces on native windows, shader programs, text, and the values that geometry is
+/// handed over in. Knows nothing of Qt.
+
+/// @namespace zarvex
+/// Two libraries, one namespace each.
