@@ -5,8 +5,8 @@
 #include <zx3DQt/zx3DQtExport.h>
 
 #include <map>
+#include <set>
 #include <string>
-#include <vector>
 
 namespace zarvex::zx3DQt {
 
@@ -19,8 +19,9 @@ namespace zarvex::zx3DQt {
 ///     lights.Submit();            // before each draw with the lighting program
 ///
 /// To move or recolour a light, to remove one, or to replace all: `ClearAll`, add what is to be there,
-/// `Submit`. A light that was cleared and not added again is turned off by that `Submit`. A context that is
-/// destroyed leaves its lights shining: clear and submit it before.
+/// `Submit`. A light that was cleared and not added again is turned off by that `Submit` and all that follow,
+/// for the draws after them. A context that is destroyed leaves its lights shining: clear it and submit it
+/// before a draw.
 ///
 /// Lifetime: owns its lights. Thread: the GUI thread.
 class ZX3DQT_EXPORT BGFXLightingContext {
@@ -52,7 +53,7 @@ private:
     [[maybe_unused]] int m_reserved = -1;
     int m_nextId = 1;
     std::map<int, BGFXPointLightSource> m_lights;
-    mutable std::vector<std::string> m_clearedNames; ///< of lights that were cleared since the last `Submit`
+    std::set<std::string> m_clearedNames; ///< of all lights that were ever cleared
 };
 
 } // namespace zarvex::zx3DQt

@@ -26,7 +26,7 @@ BGFXPointLightSource const& BGFXLightingContext::Get(int id) const {
 void BGFXLightingContext::ClearAll() {
     for (auto const& [id, light] : m_lights) {
         if (bgfx::isValid(light.m_uniforms[0]))
-            m_clearedNames.push_back(light.m_uniformName);
+            m_clearedNames.insert(light.m_uniformName);
     }
     m_lights.clear();
 }
@@ -38,8 +38,9 @@ void BGFXLightingContext::Submit() const {
 }
 
 void BGFXLightingContext::SubmitDarkness() const {
-    // bgfx keeps a uniform's last value, so a light that is gone would shine on.
-    for (std::string const& name : std::exchange(m_clearedNames, {})) {
+    // bgfx keeps a uniform's last value, so a light that is gone would shine on. Every time: bgfx forgets
+    // what was set after the last submission of a frame.
+    for (std::string const& name : m_clearedNames) {
         auto const hasName = [&name](auto const& idAndLight) {
             return idAndLight.second.m_uniformName == name;
         };

@@ -319,7 +319,7 @@ TEST_F(BGFXLightingContextTest, TheDestructorDestroysTheUniforms) {
     EXPECT_EQ(recorder::CountCalls("destroy"), 4u);
 }
 
-TEST_F(BGFXLightingContextTest, AClearedLightIsTurnedOffOnceByTheNextSubmit) {
+TEST_F(BGFXLightingContextTest, AClearedLightIsTurnedOffByEverySubmit) {
     m_lights.Add(Ready("a"));
     m_lights.ClearAll();
     std::vector<std::string> const texts = Submitted(m_lights);
@@ -329,7 +329,8 @@ TEST_F(BGFXLightingContextTest, AClearedLightIsTurnedOffOnceByTheNextSubmit) {
                 ElementsAre("setUniform(a_position, 0, 0, 0, 0)", "setUniform(a_ambient, 0, 0, 0, 0)",
                             "setUniform(a_diffuse, 0, 0, 0, 0)", "setUniform(a_specular, 0, 0, 0, 0)"));
     EXPECT_EQ(recorder::CountCalls("destroy"), 4u);
-    EXPECT_THAT(Submitted(m_lights), IsEmpty());
+    // bgfx forgets what was set after a frame's last submission.
+    EXPECT_THAT(Submitted(m_lights), testing::Contains("setUniform(a_diffuse, 0, 0, 0, 0)"));
 }
 
 TEST_F(BGFXLightingContextTest, AClearedLightThatIsThereAgainIsNotTurnedOff) {
