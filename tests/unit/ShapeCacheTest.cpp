@@ -92,3 +92,14 @@ TEST(ShapeCacheTest, ForgetsTheTextsOfAFont) {
     cache.Forget(2);
     EXPECT_EQ(cache.GetSize(), 0u);
 }
+
+TEST(ShapeCacheTest, ForgetsAlsoWhatItExpectsToBeAskedForNext) {
+    ShapeCache cache;
+    cache.Add(1, "first", TextOfGlyphs(1));
+    cache.Add(2, "second", TextOfGlyphs(1));
+    cache.Find(1, "first");
+    cache.Find(2, "second");
+    cache.Find(1, "first"); // "second" came after it the last time
+    cache.Forget(2);
+    EXPECT_THAT(cache.Find(2, "second"), IsNull());
+}

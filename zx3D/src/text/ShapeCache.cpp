@@ -16,12 +16,22 @@ std::size_t SizeOf(std::string_view text, ShapedText const& shaped) {
 
 } // namespace
 
-std::shared_ptr<CachedText> ShapeCache::Find(std::uint32_t font, std::string_view text) {
-    auto const found = m_index.find(Key{font, text});
-    if (found == m_index.end())
-        return nullptr;
-    m_entries.splice(m_entries.begin(), m_entries, found->second);
-    return found->second->value;
+std::shared_ptr<CachedText> const& ShapeCache::Find(std::uint32_t font, std::string_view text) {
+    static std::shared_ptr<CachedText> const nothing;
+    Entries::iterator const entry = FindEntry({font, text});
+    if (entry == m_entries.end())
+        return nothing;
+    m_next = entry == m_entries.begin() ? m_entries.end() : std::prev(entry);
+    m_entries.splice(m_entries.begin(), m_entries, entry);
+    return entry->value;
+}
+
+// Frame after frame mostly asks for the same texts in the same order: the next one is known by heart.
+ShapeCache::Entries::iterator ShapeCache::FindEntry(Key const& key) {
+    if (m_next != m_entries.end() && key == Key{m_next->font, m_next->text})
+        return m_next;
+    auto const found = m_index.find(key);
+    return found != m_index.end() ? found->second : m_entries.end();
 }
 
 std::shared_ptr<CachedText> ShapeCache::Add(std::uint32_t font, std::string_view text, ShapedText shaped) {
@@ -48,6 +58,8 @@ void ShapeCache::Forget(std::uint32_t font) {
 }
 
 void ShapeCache::Remove(Entries::iterator entry) {
+    if (entry == m_next)
+        m_next = m_entries.end();
     m_index.erase(Key{entry->font, entry->text});
     m_size -= entry->size;
     m_entries.erase(entry);

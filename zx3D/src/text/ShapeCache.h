@@ -31,8 +31,8 @@ public:
     ShapeCache(ShapeCache const&) = delete;
     ShapeCache& operator=(ShapeCache const&) = delete;
 
-    /// Null when the text is not there. Allocates nothing.
-    std::shared_ptr<CachedText> Find(std::uint32_t font, std::string_view text);
+    /// Null when the text is not there. Allocates nothing. The reference is good until the next `Add`.
+    std::shared_ptr<CachedText> const& Find(std::uint32_t font, std::string_view text);
 
     /// Adds a text that is not there, unless it is larger than the whole cache.
     std::shared_ptr<CachedText> Add(std::uint32_t font, std::string_view text, ShapedText shaped);
@@ -62,11 +62,13 @@ private:
         }
     };
 
+    Entries::iterator FindEntry(Key const& key);
     void Remove(Entries::iterator entry);
 
     std::size_t m_capacity;
     std::size_t m_size = 0;
-    Entries m_entries; // the one asked for last at the front
+    Entries m_entries;                          // the one asked for last at the front
+    Entries::iterator m_next = m_entries.end(); // what was asked for after the front one, the last time
     std::unordered_map<Key, Entries::iterator, Hash> m_index;
 };
 

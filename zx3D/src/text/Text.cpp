@@ -92,14 +92,14 @@ TextBufferHandle CreateTextBuffer(TextBufferType type, FontHandle font) {
 
 void SetPenPosition(TextBufferHandle text, float x, float y) {
     if (TextBuffer* const buffer = TextSystem::Get().FindBuffer(text)) {
-        buffer->x = x;
-        buffer->y = y;
+        buffer->settings.x = x;
+        buffer->settings.y = y;
     }
 }
 
 void SetTextColor(TextBufferHandle text, std::uint32_t rgba) {
     if (TextBuffer* const buffer = TextSystem::Get().FindBuffer(text))
-        buffer->rgba = rgba;
+        buffer->settings.rgba = rgba;
 }
 
 void AppendText(TextBufferHandle text, char const* begin, char const* end) {
@@ -113,8 +113,8 @@ void AppendText(TextBufferHandle text, char const* begin, char const* end) {
 
 void AlignText(TextBufferHandle text, float horizontal, float vertical) {
     if (TextBuffer* const buffer = TextSystem::Get().FindBuffer(text)) {
-        buffer->horizontal = horizontal;
-        buffer->vertical = vertical;
+        buffer->settings.horizontal = horizontal;
+        buffer->settings.vertical = vertical;
     }
 }
 

@@ -9,15 +9,8 @@ namespace zarvex::zx3D {
 
 namespace {
 
-void CollectPages(TextQuads& result) {
-    auto const isOnEarlierPage = [](TextQuad const& a, TextQuad const& b) { return a.page < b.page; };
-    std::sort(result.quads.begin(), result.quads.end(), isOnEarlierPage);
-    result.pages.clear();
-    for (std::uint32_t i = 0; i < result.quads.size(); ++i) {
-        if (result.pages.empty() || result.pages.back().page != result.quads[i].page)
-            result.pages.push_back({result.quads[i].page, i, 0});
-        ++result.pages.back().count;
-    }
+bool IsOnEarlierPage(TextQuad const& a, TextQuad const& b) {
+    return a.page < b.page;
 }
 
 } // namespace
@@ -36,7 +29,7 @@ GlyphResolver::Missing GlyphResolver::Resolve(ShapedText const& text, Font const
                                         place->y, place->width, place->height, line});
         }
     }
-    CollectPages(result);
+    std::sort(result.quads.begin(), result.quads.end(), IsOnEarlierPage);
     result.generation = missing.homeless == 0 ? atlas.GetGeneration() : TextQuads::kNever;
     return missing;
 }

@@ -24,20 +24,12 @@ struct TextQuad {
     std::uint32_t line = 0;
 };
 
-/// The quads that one page of the atlas serves.
-struct PageQuads {
-    std::uint16_t page = 0;
-    std::uint32_t first = 0;
-    std::uint32_t count = 0;
-};
-
 /// A text's quads, page by page; right as long as the atlas is of the same generation.
 struct TextQuads {
     static constexpr std::uint64_t kNever = std::numeric_limits<std::uint64_t>::max();
 
     std::uint64_t generation = kNever;
     std::vector<TextQuad> quads;
-    std::vector<PageQuads> pages;
 };
 
 /// Finds texts' glyphs in the atlas and adds those that are missing; keeps its memory between texts.

@@ -4,6 +4,7 @@
 #include <zx3D/ProgramFactory.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace zarvex::zx3D {
@@ -15,7 +16,7 @@ struct TextVertex {
     float y;
     std::int16_t u; // 1/16 texels
     std::int16_t v;
-    std::uint8_t color[4];
+    std::array<std::uint8_t, 4> color;
 };
 static_assert(sizeof(TextVertex) == 16, "uploaded as it stands");
 
@@ -59,23 +60,38 @@ bgfx::IndexBufferHandle CreateIndices() {
 }
 
 /// The corners clockwise from the top left.
-void WriteQuad(TextQuad const& quad, float left, float top, std::uint32_t rgba, TextVertex* vertices) {
-    constexpr bool isRight[kVerticesPerQuad] = {false, true, true, false};
-    constexpr bool isBottom[kVerticesPerQuad] = {false, false, true, true};
-    for (std::uint32_t i = 0; i < kVerticesPerQuad; ++i) {
-        int const x = isRight[i] ? quad.width : 0;
-        int const y = isBottom[i] ? quad.height : 0;
-        vertices[i] = {left + static_cast<float>(x),
-                       top + static_cast<float>(y),
-                       static_cast<std::int16_t>((quad.u + x) * kTexelSteps),
-                       static_cast<std::int16_t>((quad.v + y) * kTexelSteps),
-                       {static_cast<std::uint8_t>(rgba >> 24), static_cast<std::uint8_t>(rgba >> 16),
-                        static_cast<std::uint8_t>(rgba >> 8), static_cast<std::uint8_t>(rgba)}};
-    }
+void WriteQuad(TextQuad const& quad, float left, float top, std::array<std::uint8_t, 4> const& color,
+               TextVertex* vertices) {
+    float const right = left + static_cast<float>(quad.width);
+    float const bottom = top + static_cast<float>(quad.height);
+    auto const u0 = static_cast<std::int16_t>(quad.u * kTexelSteps);
+    auto const v0 = static_cast<std::int16_t>(quad.v * kTexelSteps);
+    auto const u1 = static_cast<std::int16_t>((quad.u + quad.width) * kTexelSteps);
+    auto const v1 = static_cast<std::int16_t>((quad.v + quad.height) * kTexelSteps);
+    vertices[0] = {left, top, u0, v0, color};
+    vertices[1] = {right, top, u1, v0, color};
+    vertices[2] = {right, bottom, u1, v1, color};
+    vertices[3] = {left, bottom, u0, v1, color};
+}
+
+std::array<std::uint8_t, 4> ToBytes(std::uint32_t rgba) {
+    return {static_cast<std::uint8_t>(rgba >> 24), static_cast<std::uint8_t>(rgba >> 16),
+            static_cast<std::uint8_t>(rgba >> 8), static_cast<std::uint8_t>(rgba)};
+}
+
+std::size_t CountOnFirstPage(std::span<TextQuad const> quads) {
+    std::uint16_t const page = quads.front().page;
+    if (quads.back().page == page)
+        return quads.size();
+    auto const isOnPage = [page](TextQuad const& quad) { return quad.page == page; };
+    return static_cast<std::size_t>(std::partition_point(quads.begin(), quads.end(), isOnPage) -
+                                    quads.begin());
 }
 
 /// How far a line is moved within its block, whole pixels.
 double LineShift(ShapedText const& text, std::uint32_t line, float horizontal) {
+    if (text.lines.size() == 1)
+        return 0.0; // as wide as the block
     std::int32_t const room = text.width - text.lines[line].width;
     return room == 0 ? 0.0 : std::floor(double(horizontal) * room + 0.5);
 }
@@ -107,32 +123,35 @@ void TextRenderer::Stop() {
 }
 
 bool TextRenderer::Draw(ShapedText const& text, TextQuads const& quads, TextAppearance const& appearance,
-                        GlyphAtlas const& atlas, bgfx::ViewId view, std::uint32_t depth) const {
-    for (PageQuads const& page : quads.pages) {
-        std::uint32_t const end = page.first + page.count;
-        for (std::uint32_t first = page.first; first < end; first += kQuadsPerDraw) {
-            if (!DrawQuads(text, &quads.quads[first], std::min(end - first, kQuadsPerDraw), appearance,
-                           atlas.GetTexture(page.page), view, depth))
-                return false;
-        }
+                        GlyphAtlas& atlas, bgfx::ViewId view, std::uint32_t depth) const {
+    std::span<TextQuad const> rest = quads.quads;
+    while (!rest.empty()) {
+        std::uint16_t const page = rest.front().page;
+        std::size_t const count = std::min<std::size_t>(CountOnFirstPage(rest), kQuadsPerDraw);
+        atlas.Use(page);
+        if (!DrawQuads(text, rest.first(count), appearance, atlas.GetTexture(page), view, depth))
+            return false;
+        rest = rest.subspan(count);
     }
     return true;
 }
 
-bool TextRenderer::DrawQuads(ShapedText const& text, TextQuad const* quads, std::uint32_t count,
+bool TextRenderer::DrawQuads(ShapedText const& text, std::span<TextQuad const> quads,
                              TextAppearance const& appearance, bgfx::TextureHandle page, bgfx::ViewId view,
                              std::uint32_t depth) const {
+    auto const count = static_cast<std::uint32_t>(quads.size());
     std::uint32_t const vertexCount = count * kVerticesPerQuad;
     if (bgfx::getAvailTransientVertexBuffer(vertexCount, m_layout) != vertexCount)
         return false;
     bgfx::TransientVertexBuffer buffer;
     bgfx::allocTransientVertexBuffer(&buffer, vertexCount, m_layout);
     auto* vertices = reinterpret_cast<TextVertex*>(buffer.data);
-    for (std::uint32_t i = 0; i < count; ++i, vertices += kVerticesPerQuad) {
-        double const left =
-            appearance.left + LineShift(text, quads[i].line, appearance.horizontal) + quads[i].x;
-        double const top = double(appearance.top) + quads[i].y;
-        WriteQuad(quads[i], static_cast<float>(left), static_cast<float>(top), appearance.rgba, vertices);
+    std::array<std::uint8_t, 4> const color = ToBytes(appearance.rgba);
+    for (TextQuad const& quad : quads) {
+        double const left = appearance.left + LineShift(text, quad.line, appearance.horizontal) + quad.x;
+        double const top = double(appearance.top) + quad.y;
+        WriteQuad(quad, static_cast<float>(left), static_cast<float>(top), color, vertices);
+        vertices += kVerticesPerQuad;
     }
     bgfx::setState(kState);
     bgfx::setTexture(0, m_sampler, page);

@@ -7,6 +7,7 @@
 #include <bgfx/bgfx.h>
 
 #include <cstdint>
+#include <span>
 
 namespace zarvex::zx3D {
 
@@ -34,14 +35,14 @@ public:
     /// Destroys the resources.
     void Stop();
 
-    /// Submits a text. False when the frame's transient space is used up; what is left is then not drawn.
+    /// Submits a text and uses its pages. False when the frame's transient space is used up; what is left is
+    /// then not drawn.
     bool Draw(ShapedText const& text, TextQuads const& quads, TextAppearance const& appearance,
-              GlyphAtlas const& atlas, bgfx::ViewId view, std::uint32_t depth) const;
+              GlyphAtlas& atlas, bgfx::ViewId view, std::uint32_t depth) const;
 
 private:
-    bool DrawQuads(ShapedText const& text, TextQuad const* quads, std::uint32_t count,
-                   TextAppearance const& appearance, bgfx::TextureHandle page, bgfx::ViewId view,
-                   std::uint32_t depth) const;
+    bool DrawQuads(ShapedText const& text, std::span<TextQuad const> quads, TextAppearance const& appearance,
+                   bgfx::TextureHandle page, bgfx::ViewId view, std::uint32_t depth) const;
 
     bool m_isTried = false;
     bgfx::ProgramHandle m_program = BGFX_INVALID_HANDLE; // the program factory's

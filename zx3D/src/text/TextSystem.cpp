@@ -20,17 +20,21 @@ constexpr std::size_t kMaxIdleText = 4 << 10;
 /// The block's begin in whole pixels; empty where no target is, and for what is no number.
 std::optional<std::int32_t> PlaceBlock(float pen, float factor, std::int32_t extent) {
     double const shift = double(factor) * extent;
-    double const place = std::floor(double(pen) - shift + 0.5);
-    bool const isInReach = std::abs(shift) <= kMaxTextExtent && std::abs(place) <= kMaxTextExtent;
-    return isInReach ? std::optional(static_cast<std::int32_t>(place)) : std::nullopt;
+    double const place = double(pen) - shift + 0.5;
+    bool const isInReach =
+        std::abs(shift) <= kMaxTextExtent && place >= -kMaxTextExtent && place < kMaxTextExtent + 1;
+    if (!isInReach)
+        return std::nullopt;
+    auto const towardsZero = static_cast<std::int32_t>(place); // far quicker than to round down
+    return towardsZero - (towardsZero > place ? 1 : 0);
 }
 
-std::optional<TextAppearance> AppearanceOf(TextBuffer const& buffer, ShapedText const& text) {
-    auto const left = PlaceBlock(buffer.x, buffer.horizontal, text.width);
-    auto const top = PlaceBlock(buffer.y, buffer.vertical, text.height);
+std::optional<TextAppearance> AppearanceOf(TextBuffer::Settings const& settings, ShapedText const& text) {
+    auto const left = PlaceBlock(settings.x, settings.horizontal, text.width);
+    auto const top = PlaceBlock(settings.y, settings.vertical, text.height);
     if (!left || !top)
         return std::nullopt;
-    return TextAppearance{*left, *top, buffer.horizontal, buffer.rgba};
+    return TextAppearance{*left, *top, settings.horizontal, settings.rgba};
 }
 
 bool IsView(std::uint16_t view) {
@@ -39,12 +43,6 @@ bool IsView(std::uint16_t view) {
 }
 
 } // namespace
-
-TextSystem& TextSystem::Get() {
-    // Never destroyed: handles of static storage duration may be given back at the very end of the process.
-    static TextSystem& system = *new TextSystem;
-    return system;
-}
 
 std::optional<FontHandle> TextSystem::AddFont(std::unique_ptr<Face> face) {
     std::optional<std::uint16_t> const index = m_fonts.Take();
@@ -75,15 +73,10 @@ TextBufferHandle TextSystem::CreateBuffer(TextBufferType type, FontHandle font) 
     std::optional<std::uint16_t> const index = m_buffers.Take();
     if (!index)
         return {};
-    TextBuffer& buffer = *m_buffers.Find(*index);
-    std::string memory = std::move(buffer.text);
-    memory.clear();
-    buffer = TextBuffer();
-    buffer.type = type;
-    buffer.font = font;
+    TextBuffer::Settings settings{type, font};
     if (Font const* const found = FindFont(font))
-        buffer.fontId = found->GetId();
-    buffer.text = std::move(memory);
+        settings.fontId = found->GetId();
+    m_buffers.Find(*index)->settings = settings;
     return {*index};
 }
 
@@ -110,20 +103,19 @@ void TextSystem::Append(TextBuffer& buffer, std::string_view utf8) {
 
 void TextSystem::Submit(TextBuffer& buffer, std::uint16_t view, std::int32_t depth) {
     Draw(buffer, view, depth);
-    if (buffer.type == TextBufferType::Transient) {
+    if (buffer.settings.type == TextBufferType::Transient) {
         buffer.text.clear();
         buffer.cached.reset();
     }
 }
 
 void TextSystem::Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth) {
-    Font* const font = FindFont(buffer.font);
-    bool const isFontTheSame = font != nullptr && font->GetId() == buffer.fontId;
+    Font* const font = FindFont(buffer.settings.font);
+    bool const isFontTheSame = font != nullptr && font->GetId() == buffer.settings.fontId;
     if (buffer.text.empty() || !isFontTheSame || !Context::IsInitialized() || !IsView(view))
         return;
-    Layout(buffer, *font);
-    CachedText& text = *buffer.cached;
-    std::optional<TextAppearance> const appearance = AppearanceOf(buffer, text.shaped);
+    CachedText& text = Layout(buffer, *font);
+    std::optional<TextAppearance> const appearance = AppearanceOf(buffer.settings, text.shaped);
     if (!appearance || !m_renderer.Start())
         return;
     m_atlas.BeginText();
@@ -133,19 +125,21 @@ void TextSystem::Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth
         ReportOnce(m_reportedFullFrame, "zx3D: text is left out, the frame's transient vertices are used up");
 }
 
-void TextSystem::Layout(TextBuffer& buffer, Font& font) {
-    if (buffer.cached == nullptr)
-        buffer.cached = m_shapeCache.Find(font.GetId(), buffer.text);
-    if (buffer.cached == nullptr)
-        buffer.cached = m_shapeCache.Add(font.GetId(), buffer.text, m_shaper.Shape(buffer.text, font));
+CachedText& TextSystem::Layout(TextBuffer& buffer, Font& font) {
+    if (buffer.cached != nullptr)
+        return *buffer.cached;
+    std::shared_ptr<CachedText> const& known = m_shapeCache.Find(font.GetId(), buffer.text);
+    if (known != nullptr && buffer.settings.type == TextBufferType::Transient)
+        return *known; // the next submission is of another text
+    buffer.cached = known != nullptr
+                        ? known
+                        : m_shapeCache.Add(font.GetId(), buffer.text, m_shaper.Shape(buffer.text, font));
+    return *buffer.cached;
 }
 
 void TextSystem::PlaceInAtlas(CachedText& text, Font const& font) {
-    if (text.quads.generation == m_atlas.GetGeneration()) {
-        for (PageQuads const& page : text.quads.pages)
-            m_atlas.Use(page.page);
+    if (text.quads.generation == m_atlas.GetGeneration())
         return;
-    }
     GlyphResolver::Missing const missing = m_resolver.Resolve(text.shaped, font, m_atlas, text.quads);
     if (missing.damaged != 0)
         Trace(Context::GetOptions().callback, __FILE__, __LINE__,

@@ -21,22 +21,31 @@ namespace zarvex::zx3D {
 
 /// What a text buffer handle stands for.
 struct TextBuffer {
-    TextBufferType type = TextBufferType::Static;
-    FontHandle font;
-    std::uint32_t fontId = 0; ///< tells whether the handle still stands for the same font
-    std::string text;
-    float x = 0.0f;
-    float y = 0.0f;
-    std::uint32_t rgba = 0xffffffff;
-    float horizontal = 0.0f;
-    float vertical = 0.0f;
-    std::shared_ptr<CachedText> cached; ///< null since the text changed
+    struct Settings {
+        TextBufferType type = TextBufferType::Static;
+        FontHandle font;
+        std::uint32_t fontId = 0; ///< tells whether the handle still stands for the same font
+        float x = 0.0f;
+        float y = 0.0f;
+        std::uint32_t rgba = 0xffffffff;
+        float horizontal = 0.0f;
+        float vertical = 0.0f;
+    };
+
+    Settings settings;
+    std::string text;                   ///< keeps its memory when the buffer is destroyed
+    std::shared_ptr<CachedText> cached; ///< what was drawn before, null since the text changed
 };
 
 /// Owns fonts and text buffers, which need no context, and what a running context draws them with.
 class TextSystem final : private ContextListener {
 public:
-    static TextSystem& Get();
+    static TextSystem& Get() {
+        // Never destroyed: handles of static storage duration may be given back at the very end of the
+        // process.
+        static TextSystem& system = *new TextSystem;
+        return system;
+    }
 
     FaceLoader& GetFaceLoader() { return m_faceLoader; }
     SystemFonts& GetSystemFonts() { return m_systemFonts; }
@@ -59,7 +68,7 @@ private:
 
     void OnContextStopping() override;
     void Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth);
-    void Layout(TextBuffer& buffer, Font& font);
+    CachedText& Layout(TextBuffer& buffer, Font& font);
     void PlaceInAtlas(CachedText& text, Font const& font);
     static void ReportOnce(bool& isReported, char const* message);
 
