@@ -18,6 +18,7 @@ public:
 
 protected:
     Scene() { m_renderer.Initialize(); }
+    explicit Scene(bx::Vec3 const& eye) : m_stage(eye) { m_renderer.Initialize(); }
 
     /// Draws into the frame that the library has begun.
     virtual void DrawWithLibrary(zx3DQt::BGFXRenderer const& renderer,

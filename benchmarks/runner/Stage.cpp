@@ -28,13 +28,13 @@ bool DrawsNothing() {
     return bgfx::getRendererType() == bgfx::RendererType::Noop;
 }
 
-Stage::Stage()
+Stage::Stage(bx::Vec3 const& eye)
     : m_frameBuffer(nullptr, bgfx::TextureFormat::RGBA8, bgfx::TextureFormat::D16),
       m_view(kView, zx3DQt::BGFXViewClearOptions{kClearFlags, kClearColor, 1.0f, 0}) {
     m_frameBuffer.RequestResize(kWidth, kHeight);
     m_frameBuffer.SubmitOnDemand();
     m_view.SetViewport({0, 0, kWidth, kHeight});
-    bx::mtxLookAt(m_view.GetViewMatrix().data(), {0.0f, 0.0f, 5.0f}, {0.0f, 0.0f, 0.0f}, {0.0f, 1.0f, 0.0f},
+    bx::mtxLookAt(m_view.GetViewMatrix().data(), eye, {0.0f, 0.0f, 0.0f}, {0.0f, 1.0f, 0.0f},
                   bx::Handedness::Right);
     bx::mtxProj(m_view.GetProjectionMatrix().data(), 60.0f, 16.0f / 9.0f, 0.1f, 100.0f,
                 bgfx::getCaps()->homogeneousDepth, bx::Handedness::Right);

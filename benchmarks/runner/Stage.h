@@ -16,11 +16,10 @@ namespace zarvex::benchmarks {
 /// True when bgfx draws nothing: then no frame is waited for.
 bool DrawsNothing();
 
-/// 1280 x 720 pixels of 8-bit colours and 16-bit depth off screen, and a camera at (0, 0, 5) that looks at
-/// the origin.
+/// 1280 x 720 pixels of 8-bit colours and 16-bit depth off screen, and a camera that looks at the origin.
 class Stage {
 public:
-    Stage();
+    explicit Stage(bx::Vec3 const& eye = {0.0f, 0.0f, 5.0f});
     ~Stage();
 
     Stage(Stage const&) = delete;

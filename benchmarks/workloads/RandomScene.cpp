@@ -33,6 +33,10 @@ zx3D::Color Random::BrightColor() {
     return {channel(), channel(), channel(), 1.0f};
 }
 
+char Random::HexDigit() {
+    return "0123456789abcdef"[Next() >> 28];
+}
+
 std::vector<zx3D::Line> RandomSegments(std::uint32_t workload, std::size_t count) {
     Random random(workload);
     std::vector<zx3D::Line> lines(count);

@@ -18,6 +18,7 @@ public:
     float Between(float low, float high);
     bx::Vec3 In(bx::Vec3 const& low, bx::Vec3 const& high);
     zx3D::Color BrightColor(); ///< three draws, 51 to 255 of 255, opaque
+    char HexDigit();
 
 private:
     std::uint32_t Next();

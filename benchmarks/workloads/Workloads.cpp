@@ -4,7 +4,8 @@
 namespace zarvex::benchmarks {
 
 std::vector<WorkloadKind> AllWorkloads() {
-    return {EmptyFrame(), ThinLines(), WideLines(), ThinPoints(), PointSprites(), LitMesh(), ManyCalls()};
+    return {EmptyFrame(), ThinLines(), WideLines(),   ThinPoints(),       PointSprites(),
+            LitMesh(),    Labels(),    Coordinates(), CapturedPictures(), ManyCalls()};
 }
 
 } // namespace zarvex::benchmarks

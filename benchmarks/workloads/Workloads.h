@@ -13,6 +13,9 @@ WorkloadKind WideLines();
 WorkloadKind ThinPoints();
 WorkloadKind PointSprites();
 WorkloadKind LitMesh();
+WorkloadKind CapturedPictures();
+WorkloadKind Coordinates();
+WorkloadKind Labels();
 WorkloadKind ManyCalls();
 
 std::vector<WorkloadKind> AllWorkloads();
