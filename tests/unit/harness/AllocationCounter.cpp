@@ -31,7 +31,9 @@ long zarvex::testing::CountAllocationsOfAUniform() {
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 
-#include <sanitizer/allocator_interface.h>
+// GCC has the function, but not the header that declares it.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(void const volatile*, std::size_t),
+                                                         void (*onFree)(void const volatile*));
 
 namespace {
 
