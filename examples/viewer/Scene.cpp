@@ -1,0 +1,90 @@
+// Changes of the scene, and the order in which its parts are drawn.
+#include "Scene.h"
+
+#include "BoundingBox.h"
+#include "Ground.h"
+
+namespace viewer {
+
+namespace {
+
+constexpr int kMovementEnds = 200;  ///< after the last move, milliseconds
+constexpr double kSlowFrame = 50.0; // milliseconds
+
+} // namespace
+
+Scene::Scene() {
+    m_camera.LookFrom(StandardView::Iso);
+    m_movement.setSingleShot(true);
+    m_movement.setInterval(kMovementEnds);
+    connect(&m_movement, &QTimer::timeout, this, &Scene::Changed);
+}
+
+void Scene::SetMesh(std::shared_ptr<MeshFile const> file) {
+    m_camera.SetUpAxis(file == nullptr || file->IsZUp() ? UpAxis::Z : UpAxis::Y);
+    m_mesh = file != nullptr ? std::make_unique<Mesh>(std::move(file)) : nullptr;
+    LookFrom(StandardView::Iso);
+}
+
+Box Scene::GetBox() const {
+    return m_mesh != nullptr ? m_mesh->GetBox() : DemoScene::GetBox();
+}
+
+void Scene::SetCamera(OrbitCamera const& camera) {
+    m_camera = camera;
+    emit Changed();
+}
+
+void Scene::MoveCamera(OrbitCamera const& camera) {
+    m_movement.start();
+    SetCamera(camera);
+}
+
+bool Scene::SmoothsEdges() const {
+    bool const isInAHurry = m_movement.isActive() && m_smoothFrameTime > kSlowFrame;
+    return m_appearance.smoothsEdges && !isInAHurry;
+}
+
+void Scene::ReportFrame(double milliseconds) {
+    if (SmoothsEdges())
+        m_smoothFrameTime = milliseconds;
+    emit FrameDrawn(milliseconds);
+}
+
+void Scene::Fit() {
+    m_mustFit = true;
+    emit Changed();
+}
+
+void Scene::LookFrom(StandardView view) {
+    m_camera.LookFrom(view);
+    Fit();
+}
+
+void Scene::SetAppearance(Appearance const& appearance) {
+    m_appearance = appearance;
+    emit Changed();
+}
+
+void Scene::PrepareCamera(float aspectRatio) {
+    if (m_mustFit)
+        m_camera.Fit(GetBox(), aspectRatio);
+    m_mustFit = false;
+}
+
+void Scene::Draw(Canvas const& canvas) {
+    m_lights.Submit(m_camera);
+    if (m_mesh == nullptr) {
+        m_demo.Draw(canvas);
+        return;
+    }
+    if (m_appearance.showsGround)
+        DrawGround(canvas, m_mesh->GetBox());
+    m_mesh->Draw(canvas, m_appearance.style);
+    if (m_appearance.showsNormals)
+        m_mesh->DrawNormals(canvas);
+    if (m_appearance.showsBox)
+        DrawBoundingBox(canvas, m_mesh->GetBox());
+}
+
+} // namespace viewer

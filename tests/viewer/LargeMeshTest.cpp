@@ -1,0 +1,86 @@
+// Two million triangles: progress, cancel, and how long frames take.
+#include "ViewerFixture.h"
+
+#include <QElapsedTimer>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTest>
+
+#include <cstdio>
+
+namespace viewer {
+
+using namespace zarvex::testing;
+
+class LargeMeshTest : public ViewerTest {
+protected:
+    LargeMeshTest() : m_path(m_folder.filePath("torus.ply")) { WriteWavyTorus(m_path, 1000, 1000); }
+
+    QString m_path;
+};
+
+TEST_P(LargeMeshTest, LoadsWithProgressAndOrbits) {
+    auto* const progress = m_window->findChild<QProgressBar*>();
+    EXPECT_FALSE(progress->isVisible());
+    std::vector<int> percents;
+    QObject::connect(&m_window->GetLoader(), &MeshLoader::Progressed, m_window.get(),
+                     [&](int percent) { percents.push_back(percent); });
+    QElapsedTimer clock;
+    clock.start();
+    m_window->Open(m_path);
+    EXPECT_TRUE(progress->isVisible());
+    // The longest time that the window does not answer.
+    qint64 last = 0;
+    qint64 longest = 0;
+    ASSERT_TRUE(WaitUntil([&] {
+        longest = std::max(longest, clock.elapsed() - last);
+        last = clock.elapsed();
+        return !m_window->GetLoader().IsLoading();
+    }));
+    std::printf("loaded in %lld ms; the window did not answer for at most %lld ms\n",
+                static_cast<long long>(clock.elapsed()), static_cast<long long>(longest));
+    EXPECT_FALSE(progress->isVisible());
+    EXPECT_GT(percents.size(), 3u);
+    EXPECT_TRUE(std::ranges::is_sorted(percents));
+    EXPECT_TRUE(Facts().startsWith("2,000,000 triangles")) << Facts().toStdString();
+
+    std::vector<double> times;
+    QObject::connect(&GetScene(), &Scene::FrameDrawn, m_window.get(),
+                     [&](double milliseconds) { times.push_back(milliseconds); });
+    OrbitCamera const before = GetCamera();
+    for (int i = 0; i < 8; ++i) {
+        QTest::keyClick(&GetView(), Qt::Key_Left);
+        WaitForFrame();
+    }
+    EXPECT_GT((GetCamera().TowardsViewer() - before.TowardsViewer()).length(), 0.5f);
+    std::ranges::sort(times);
+    std::printf("%zu frames of two million triangles: median %.1f ms, longest %.1f ms\n", times.size(),
+                times[times.size() / 2], times.back());
+    EXPECT_GT(CountColors(Grab()), 1000);
+}
+
+TEST_P(LargeMeshTest, CancelKeepsWhatWasShown) {
+    OpenFile(ModelPath("OBJ/spider.obj"));
+    m_window->Open(m_path);
+    auto* const cancel = m_window->findChild<QPushButton*>("cancel");
+    EXPECT_TRUE(cancel->isVisible());
+    QTest::mouseClick(cancel, Qt::LeftButton);
+    EXPECT_FALSE(m_window->GetLoader().IsLoading());
+    EXPECT_FALSE(cancel->isVisible());
+    WaitForFrame();
+    EXPECT_TRUE(Facts().startsWith("1,368 triangles"));
+    EXPECT_TRUE(m_window->windowTitle().startsWith("spider.obj"));
+}
+
+TEST_P(LargeMeshTest, PointsEdgesAndNormalsAreDrawn) {
+    OpenFile(m_path);
+    for (char const* const key : {"W", "D", "N"}) {
+        Type(key);
+        WaitForFrame();
+        EXPECT_GT(CountColors(Grab()), 100) << key;
+    }
+}
+
+ZX3D_INSTANTIATE_BACKENDS(LargeMeshTest);
+
+} // namespace viewer

@@ -1,0 +1,108 @@
+// What is written comes back, and what is damaged does not.
+#include <MeshFile.h>
+
+#include <gtest/gtest.h>
+
+#include <QTemporaryFile>
+
+#include <cstring>
+#include <memory>
+
+namespace viewer {
+
+namespace {
+
+MeshPiece MakePiece(std::uint32_t material, std::size_t triangles) {
+    MeshPiece piece;
+    piece.material = material;
+    for (std::size_t i = 0; i < 3 * triangles; ++i) {
+        auto const x = static_cast<float>(i + 100 * material);
+        piece.vertices.emplace_back(bx::Vec3(x, 2 * x, -x), bx::Vec3(0, 0, 1),
+                                    zarvex::zx3D::Color{1, 0, 1, 1});
+        piece.indices.push_back(static_cast<std::uint16_t>(i));
+        piece.box.Extend(QVector3D(x, 2 * x, -x));
+    }
+    piece.edges = {0, 1, 1, 2};
+    return piece;
+}
+
+MeshContent MakeContent() {
+    MeshContent content{.zIsUp = true, .materials = {}, .pieces = {}};
+    content.materials.resize(2);
+    content.materials[1].shininess = 77.0f;
+    content.pieces = {MakePiece(0, 1), MakePiece(1, 5)}; // three indices: the next array begins at no word
+    return content;
+}
+
+QByteArray BytesOf(MeshContent const& content) {
+    QTemporaryFile file;
+    EXPECT_TRUE(file.open());
+    EXPECT_TRUE(WriteMesh(file, content));
+    file.seek(0);
+    return file.readAll();
+}
+
+std::shared_ptr<MeshFile const> OpenBytes(QByteArray const& bytes) {
+    QTemporaryFile file;
+    EXPECT_TRUE(file.open());
+    file.write(bytes);
+    file.flush();
+    return MeshFile::Open(file.fileName());
+}
+
+} // namespace
+
+TEST(MeshFileTest, WhatIsWrittenComesBack) {
+    MeshContent const content = MakeContent();
+    auto const file = OpenBytes(BytesOf(content)); // whose name is gone by now
+    ASSERT_NE(file, nullptr);
+    EXPECT_TRUE(file->IsZUp());
+    ASSERT_EQ(file->GetMaterials().size(), 2u);
+    EXPECT_EQ(file->GetMaterials()[1].shininess, 77.0f);
+    ASSERT_EQ(file->GetPieces().size(), 2u);
+    for (std::size_t i = 0; i < 2; ++i) {
+        MeshFile::Piece const& piece = file->GetPieces()[i];
+        MeshPiece const& expected = content.pieces[i];
+        EXPECT_EQ(piece.material, expected.material);
+        EXPECT_EQ(piece.primitive, expected.primitive);
+        EXPECT_EQ(piece.box.min, expected.box.min);
+        EXPECT_EQ(piece.box.max, expected.box.max);
+        auto const vertices = file->GetVertices().subspan(piece.vertices.first, piece.vertices.count);
+        ASSERT_EQ(vertices.size(), expected.vertices.size());
+        EXPECT_EQ(std::memcmp(vertices.data(), expected.vertices.data(), vertices.size_bytes()), 0);
+        auto const indices = file->GetIndices().subspan(piece.indices.first, piece.indices.count);
+        EXPECT_TRUE(std::ranges::equal(indices, expected.indices));
+        auto const edges = file->GetEdges().subspan(piece.edges.first, piece.edges.count);
+        EXPECT_TRUE(std::ranges::equal(edges, expected.edges));
+    }
+}
+
+TEST(MeshFileTest, EveryTruncationIsRefused) {
+    QByteArray const bytes = BytesOf(MakeContent());
+    for (qsizetype size = 0; size < bytes.size(); ++size)
+        ASSERT_EQ(OpenBytes(bytes.left(size)), nullptr) << size;
+}
+
+TEST(MeshFileTest, ClaimsBeyondTheFileAreRefused) {
+    QByteArray const bytes = BytesOf(MakeContent());
+    int refused = 0;
+    for (qsizetype place = 0; place + 8 <= 200; place += 4) {
+        QByteArray damaged = bytes;
+        std::memset(damaged.data() + place, 0xff, 8);
+        // What is no count may be anything; reading all of what was taken must be safe.
+        if (auto const file = OpenBytes(damaged); file == nullptr)
+            ++refused;
+        else
+            for (MeshFile::Piece const& piece : file->GetPieces())
+                EXPECT_EQ(file->GetVertices().subspan(piece.vertices.first, piece.vertices.count).size(),
+                          piece.vertices.count);
+    }
+    EXPECT_GT(refused, 10);
+}
+
+TEST(MeshFileTest, OtherFilesAreRefused) {
+    EXPECT_EQ(MeshFile::Open("/no/such/file"), nullptr);
+    EXPECT_EQ(OpenBytes(QByteArray(1000, 'x')), nullptr);
+}
+
+} // namespace viewer
