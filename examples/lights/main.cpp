@@ -240,7 +240,7 @@ private:
         }
     }
 
-    // The material stays in effect until the next one is submitted.
+    // Before every draw: bgfx applies what was set in the order in which it draws.
     void DrawMesh(zx3DQt::BGFXViewContext const& view, Mesh const& mesh, zx3DQt::BGFXMaterial const& material,
                   QMatrix4x4 const& transform) {
         material.Submit();

@@ -129,7 +129,7 @@ std::variant<Options, Message> ParseCommandLine(QStringList const& arguments) {
     if (parser.isSet("help"))
         return Message{parser.helpText(), kSuccess};
     if (parser.isSet("version"))
-        return Message{"viewer of zx3DQt\n", kSuccess};
+        return Message{"viewer of zx3DQt " ZX3DQT_VERSION "\n", kSuccess};
     try {
         return ReadOptions(parser);
     } catch (UsageError const& error) {

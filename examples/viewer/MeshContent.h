@@ -10,8 +10,9 @@
 
 namespace viewer {
 
-/// A Blinn-Phong material. Colours are red, green, blue and, in `diffuse`, opacity.
-struct MeshMaterial {
+/// A Blinn-Phong material. Colours are red, green, blue and, in `diffuse`, opacity. Aligned for what follows
+/// it in a file.
+struct alignas(8) MeshMaterial {
     float ambient[4] = {0.75f, 0.77f, 0.80f, 1.0f};
     float diffuse[4] = {0.75f, 0.77f, 0.80f, 1.0f};
     float specular[4] = {0.22f, 0.22f, 0.22f, 1.0f};

@@ -49,7 +49,13 @@ bool MultisampledTarget::Resize(QSize size, bool smoothsEdges) {
     m_frameBuffer = bgfx::createFrameBuffer(2, textures, ownsTextures);
     m_size = size;
     m_smoothsEdges = smoothsEdges;
-    return bgfx::isValid(m_frameBuffer);
+    if (bgfx::isValid(m_frameBuffer))
+        return true;
+    for (bgfx::TextureHandle const texture : textures) {
+        if (bgfx::isValid(texture))
+            bgfx::destroy(texture);
+    }
+    return false;
 }
 
 void MultisampledTarget::Destroy() {

@@ -111,13 +111,17 @@ ExitCode RunWindow(Options const& options) {
     if (options.size)
         window.resize(*options.size);
     ApplyView(options, window.GetScene());
-    // Once the mesh is there it is looked at as it was asked for; later ones are not.
-    QObject::connect(
-        &window.GetLoader(), &MeshLoader::Loaded, &window, [&] { ApplyView(options, window.GetScene()); },
-        Qt::SingleShotConnection);
     window.show();
-    if (!options.file.isEmpty())
+    if (!options.file.isEmpty()) {
+        // Once the mesh is there it is looked at as it was asked for; one that is opened by hand is not.
+        QMetaObject::Connection const connection = QObject::connect(
+            &window.GetLoader(), &MeshLoader::Loaded, &window, [&] { ApplyView(options, window.GetScene()); },
+            Qt::SingleShotConnection);
+        QObject::connect(
+            &window.GetLoader(), &MeshLoader::Failed, &window,
+            [connection] { QObject::disconnect(connection); }, Qt::SingleShotConnection);
         window.Open(options.file);
+    }
     QApplication::exec();
     return kSuccess;
 }

@@ -19,9 +19,9 @@ namespace zarvex::zx3DQt {
 ///     lights.Submit();            // before each draw with the lighting program
 ///
 /// To move or recolour a light, to remove one, or to replace all: `ClearAll`, add what is to be there,
-/// `Submit`. A light that was cleared and not added again is turned off by that `Submit` and all that follow,
-/// for the draws after them. A context that is destroyed leaves its lights shining: clear it and submit it
-/// before a draw.
+/// `Submit`. A light that was cleared and not added again is turned off by that `Submit`, and one of the
+/// lighting program's, "u_light0" to "u_light7", by all that follow, too. A context that is destroyed leaves
+/// its lights shining: clear it and submit it before a draw.
 ///
 /// Lifetime: owns its lights. Thread: the GUI thread.
 class ZX3DQT_EXPORT BGFXLightingContext {
@@ -53,7 +53,7 @@ private:
     [[maybe_unused]] int m_reserved = -1;
     int m_nextId = 1;
     std::map<int, BGFXPointLightSource> m_lights;
-    std::set<std::string> m_clearedNames; ///< of all lights that were ever cleared
+    mutable std::set<std::string> m_clearedNames; ///< of lights that `Submit` has to turn off
 };
 
 } // namespace zarvex::zx3DQt

@@ -2,10 +2,20 @@
 #include <zx3DQt/BGFXLightingContext.h>
 
 #include <algorithm>
+#include <functional>
 #include <stdexcept>
 #include <utility>
 
 namespace zarvex::zx3DQt {
+
+namespace {
+
+/// "u_light0" to "u_light7".
+bool IsReadByTheLightingProgram(std::string const& name) {
+    return name.size() == 8 && name.starts_with("u_light") && name[7] >= '0' && name[7] <= '7';
+}
+
+} // namespace
 
 BGFXLightingContext::BGFXLightingContext() = default;
 BGFXLightingContext::~BGFXLightingContext() = default;
@@ -38,8 +48,7 @@ void BGFXLightingContext::Submit() const {
 }
 
 void BGFXLightingContext::SubmitDarkness() const {
-    // bgfx keeps a uniform's last value, so a light that is gone would shine on. Every time: bgfx forgets
-    // what was set after the last submission of a frame.
+    // bgfx keeps a uniform's last value, so a light that is gone would shine on.
     for (std::string const& name : m_clearedNames) {
         auto const hasName = [&name](auto const& idAndLight) {
             return idAndLight.second.m_uniformName == name;
@@ -47,6 +56,9 @@ void BGFXLightingContext::SubmitDarkness() const {
         if (std::none_of(m_lights.begin(), m_lights.end(), hasName))
             BGFXPointLightSource::SubmitDark(name);
     }
+    // Every time, since bgfx forgets what was set after the last submission of a frame; but no endless list
+    // of names that only programs of the application read.
+    std::erase_if(m_clearedNames, std::not_fn(IsReadByTheLightingProgram));
 }
 
 } // namespace zarvex::zx3DQt

@@ -52,6 +52,18 @@ std::shared_ptr<MeshFile const> OpenBytes(QByteArray const& bytes) {
 
 } // namespace
 
+TEST(MeshFileTest, WhateverTheNumberOfMaterialsIsAlignedForItsType) {
+    for (std::size_t count = 1; count <= 3; ++count) {
+        MeshContent content = MakeContent();
+        content.materials.resize(count);
+        content.pieces = {MakePiece(0, 1)};
+        auto const file = OpenBytes(BytesOf(content));
+        ASSERT_NE(file, nullptr);
+        ASSERT_EQ(file->GetMaterials().size(), count);
+    }
+    EXPECT_EQ(sizeof(MeshMaterial) % alignof(std::uint64_t), 0u);
+}
+
 TEST(MeshFileTest, WhatIsWrittenComesBack) {
     MeshContent const content = MakeContent();
     auto const file = OpenBytes(BytesOf(content)); // whose name is gone by now

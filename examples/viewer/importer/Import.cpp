@@ -12,6 +12,7 @@
 
 #include <QFileInfo>
 
+#include <limits>
 #include <map>
 #include <optional>
 #include <set>
@@ -65,8 +66,11 @@ std::vector<PlacedMesh> PlaceMeshes(aiScene const& scene) {
         if (node == nullptr)
             continue;
         aiMatrix4x4 const transform = parent * node->mTransformation;
-        for (unsigned i = 0; i < node->mNumMeshes; ++i)
+        for (unsigned i = 0; i < node->mNumMeshes; ++i) {
+            if (node->mMeshes[i] >= scene.mNumMeshes)
+                throw ImportError("A node refers to a mesh that is not there.");
             placed.push_back({scene.mMeshes[node->mMeshes[i]], transform});
+        }
         for (unsigned i = 0; i < node->mNumChildren; ++i)
             nodes.emplace_back(node->mChildren[i], transform);
     }
@@ -111,6 +115,11 @@ bool HasColors(aiMesh const& mesh, QImage const* texture) {
     return mesh.HasVertexColors(0) || (texture != nullptr && mesh.HasTextureCoords(0));
 }
 
+/// Beyond every group's end, where the mesh has no such vertex: such primitives are left out.
+std::uint32_t IndexInGroup(unsigned index, aiMesh const& mesh, std::uint32_t firstVertex) {
+    return index < mesh.mNumVertices ? firstVertex + index : std::numeric_limits<std::uint32_t>::max();
+}
+
 void Append(Groups& groups, PlacedMesh const& placed, VertexColors const& colors) {
     aiMesh const& mesh = *placed.mesh;
     aiMatrix3x3 const normalTransform = NormalTransform(placed.transform);
@@ -132,7 +141,7 @@ void Append(Groups& groups, PlacedMesh const& placed, VertexColors const& colors
             }
         }
         for (unsigned corner = 0; corner < face.mNumIndices; ++corner)
-            group.indices.push_back(first->second + std::min(face.mIndices[corner], mesh.mNumVertices));
+            group.indices.push_back(IndexInGroup(face.mIndices[corner], mesh, first->second));
     }
 }
 
@@ -171,6 +180,8 @@ MeshContent Import(QString const& path, std::function<void(int)> const& onProgre
     content.materials.resize(std::max(scene.mNumMaterials, 1u));
     Groups groups;
     for (PlacedMesh const& placed : PlaceMeshes(scene)) {
+        if (placed.mesh->mMaterialIndex >= scene.mNumMaterials)
+            throw ImportError("A mesh refers to a material that is not there.");
         aiMaterial const& material = *scene.mMaterials[placed.mesh->mMaterialIndex];
         QImage const* const texture = textures.FindDiffuse(material);
         content.materials[placed.mesh->mMaterialIndex] =

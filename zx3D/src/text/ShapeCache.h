@@ -31,7 +31,8 @@ public:
     ShapeCache(ShapeCache const&) = delete;
     ShapeCache& operator=(ShapeCache const&) = delete;
 
-    /// Null when the text is not there. Allocates nothing. The reference is good until the next `Add`.
+    /// Null when the text is not there. Allocates nothing. The reference is good until the next `Add` or
+    /// `Forget`.
     std::shared_ptr<CachedText> const& Find(std::uint32_t font, std::string_view text);
 
     /// Adds a text that is not there, unless it is larger than the whole cache.
