@@ -14,6 +14,7 @@ include_guard(GLOBAL)
 
 find_package(Threads REQUIRED)
 
+include(${CMAKE_CURRENT_LIST_DIR}/Install.cmake)
 include(${CMAKE_CURRENT_LIST_DIR}/bgfx/FetchCrate.cmake)
 
 set(BGFX_ROOT "" CACHE PATH "Folder with the sibling checkouts bgfx/, bx/ and bimg/")

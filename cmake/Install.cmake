@@ -2,6 +2,7 @@
 # component "development" what it takes to build one.
 include_guard(GLOBAL)
 include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
 
 # Installs a library, its headers, and its target into the package of its EXPORT.
 function(zx3d_install_library target)
