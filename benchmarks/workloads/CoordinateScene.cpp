@@ -2,6 +2,7 @@
 #include "runner/Floor.h"
 #include "runner/Scene.h"
 #include "workloads/TextByHand.h"
+#include "workloads/WideLinesByHand.h"
 #include "workloads/Workloads.h"
 
 #include <zx3DQt/CoordinateAxes.h>
@@ -29,7 +30,7 @@ constexpr std::size_t kLongestNumber = 8;
 constexpr float kGridSpacing = 0.05f;
 constexpr float kNumberSpacing = 0.25f;
 constexpr float kAxisLength = 2.5f;
-constexpr float kAxisWidth = 2.0f;
+constexpr std::uint16_t kAxisWidth = 2;
 constexpr int kConeSegments = 32;
 constexpr QColor kGridColor(110, 120, 140);
 constexpr QColor kNumberColor(200, 205, 215);
@@ -37,9 +38,9 @@ QRectF const kGridRect(-5.0, -5.0, 10.0, 10.0);
 QRectF const kAxesRect(-kAxisLength, -kAxisLength, 2.0 * kAxisLength, 2.0 * kAxisLength);
 
 /// Dashes as 16 bits for the program, and 1 for their length.
-constexpr float kGridPattern = 0xf0f0;
-constexpr float kNegativePattern = 0x0f0f;
-constexpr float kSolidPattern = 0xffff;
+constexpr std::uint16_t kGridPattern = 0xf0f0;
+constexpr std::uint16_t kNegativePattern = 0x0f0f;
+constexpr std::uint16_t kSolidPattern = 0xffff;
 
 zx3D::Color ToColor(QColor const& color) {
     return {color.redF(), color.greenF(), color.blueF(), color.alphaF()};
@@ -110,7 +111,7 @@ std::vector<Number> Numbers() {
 
 struct HalfAxis {
     zx3D::Line line;
-    float pattern;
+    std::uint16_t pattern;
 };
 
 /// In the library's order: the dashed halves, then the solid ones.
@@ -194,24 +195,9 @@ Mesh ToMesh(std::vector<zx3D::Line> const& lines) {
 
 class CoordinateScene : public Scene {
 public:
-    CoordinateScene() : Scene({4.0f, 3.0f, 5.0f}) {
-        m_inputLayout.begin()
-            .add(bgfx::Attrib::TexCoord0, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::TexCoord1, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Float)
-            .end();
-        m_cornerLayout.begin()
-            .add(bgfx::Attrib::TexCoord0, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::TexCoord1, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::TexCoord2, 4, bgfx::AttribType::Float)
-            .end();
-    }
+    CoordinateScene() : Scene({4.0f, 3.0f, 5.0f}) {}
 
-    ~CoordinateScene() override {
-        DestroyBuffers();
-        zx3D::DestroyFont(m_font);
-    }
+    ~CoordinateScene() override { zx3D::DestroyFont(m_font); }
 
 private:
     void DrawWithLibrary(zx3DQt::BGFXRenderer const& renderer, zx3DQt::BGFXViewContext const& view) override {
@@ -221,12 +207,12 @@ private:
     }
 
     void DrawByHand(bgfx::ViewId view) override {
-        DestroyBuffers();
+        m_wideLines.DestroyBuffers();
         SubmitGrid(view);
         for (Number const& number : m_numbers)
             Submit(view, number);
         for (HalfAxis const& axis : m_axes)
-            Submit(view, axis);
+            m_wideLines.Submit(view, {&axis.line, 1}, kAxisWidth, axis.pattern);
         for (Mesh const& cone : m_cones)
             Submit(view, cone);
     }
@@ -254,38 +240,10 @@ private:
         return entry->second;
     }
 
-    void Submit(bgfx::ViewId view, HalfAxis const& axis) {
-        auto const input = bgfx::createDynamicVertexBuffer(1, m_inputLayout, BGFX_BUFFER_COMPUTE_READ);
-        auto const corners = bgfx::createDynamicVertexBuffer(6, m_cornerLayout, BGFX_BUFFER_COMPUTE_WRITE);
-        m_buffers.insert(m_buffers.end(), {input, corners});
-        zx3D::Line const& line = axis.line;
-        float const values[12] = {line.start.x,   line.start.y,     line.start.z,    1.0f,
-                                  line.end.x,     line.end.y,       line.end.z,      1.0f,
-                                  line.color.red, line.color.green, line.color.blue, line.color.alpha};
-        bgfx::update(input, 0, bgfx::copy(values, sizeof(values)));
-        m_viewport.Set(1280.0f, 720.0f);
-        m_sprite.Set(1.0f, kAxisWidth);
-        bgfx::setBuffer(0, input, bgfx::Access::Read);
-        bgfx::setBuffer(1, corners, bgfx::Access::Write);
-        bgfx::dispatch(view, m_computeProgram, 1);
-        bgfx::setVertexBuffer(0, corners);
-        m_viewport.Set(1280.0f, 720.0f);
-        m_sprite.Set(1.0f, kAxisWidth);
-        m_stipple.Set(axis.pattern, 1.0f);
-        bgfx::setState(zx3DQt::BGFXRenderer::STATE_OPAQUE);
-        bgfx::submit(view, m_wideLineProgram);
-    }
-
     void Submit(bgfx::ViewId view, Mesh const& cone) const {
         SetTransientBuffers(m_layout, cone.vertices, cone.indices);
         bgfx::setState(zx3DQt::BGFXRenderer::STATE_OPAQUE);
         bgfx::submit(view, m_basicProgram);
-    }
-
-    void DestroyBuffers() {
-        for (bgfx::DynamicVertexBufferHandle const buffer : m_buffers)
-            bgfx::destroy(buffer);
-        m_buffers.clear();
     }
 
     zx3D::FontHandle m_font = zx3D::LoadDefaultFont(kPixelSize).value();
@@ -300,16 +258,11 @@ private:
     std::unordered_map<std::string, std::vector<PlacedGlyph>> m_shapedTexts;
     std::vector<HalfAxis> m_axes = HalfAxes();
     std::vector<Mesh> m_cones = Cones();
-    std::vector<bgfx::DynamicVertexBufferHandle> m_buffers;
+    WideLinesByHand m_wideLines;
     bgfx::VertexLayout const& m_layout = Vertex::Layout();
-    bgfx::VertexLayout m_inputLayout, m_cornerLayout;
     bgfx::ProgramHandle m_lineProgram = Program("vs_line_opengl_stipple", "fs_line_opengl_stipple");
-    bgfx::ProgramHandle m_wideLineProgram =
-        Program("vs_rectangle_sprite", "fs_rectangle_sprite_opengl_stipple");
-    bgfx::ProgramHandle m_computeProgram = ComputeProgram("cs_rectangle_sprite");
     bgfx::ProgramHandle m_basicProgram = Program("vs_basic", "fs_basic");
     Vec4Uniform m_viewport{"u_viewport"};
-    Vec4Uniform m_sprite{"u_rectangleSprite"};
     Vec4Uniform m_stipple{"u_lineStipple"};
 };
 

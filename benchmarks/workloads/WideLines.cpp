@@ -3,6 +3,7 @@
 #include "runner/Scene.h"
 #include "workloads/RandomScene.h"
 #include "workloads/Variants.h"
+#include "workloads/WideLinesByHand.h"
 #include "workloads/Workloads.h"
 
 #include <algorithm>
@@ -14,14 +15,9 @@ namespace {
 
 constexpr std::uint32_t kCount = 20000;
 constexpr std::uint16_t kWidth = 4;
-constexpr std::uint32_t kThreadsPerGroup = 64;
 
 struct Float4 {
     float x, y, z, w;
-};
-
-struct Input {
-    Float4 start, end, color;
 };
 
 struct Corner {
@@ -43,24 +39,11 @@ Float4 ToNdc(float x, float y, float depth) {
 
 class WideLinesScene : public Scene {
 public:
-    explicit WideLinesScene(bool useCompute) : m_useCompute(useCompute) {
-        m_inputLayout.begin()
-            .add(bgfx::Attrib::TexCoord0, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::TexCoord1, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Float)
-            .end();
-        m_cornerLayout.begin()
-            .add(bgfx::Attrib::TexCoord0, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::TexCoord1, 4, bgfx::AttribType::Float)
-            .add(bgfx::Attrib::TexCoord2, 4, bgfx::AttribType::Float)
-            .end();
-    }
-
-    ~WideLinesScene() override { DestroyBuffers(); }
+    explicit WideLinesScene(bool useCompute) : m_useCompute(useCompute) {}
+    ~WideLinesScene() override { DestroyCorners(); }
 
     std::size_t GetByteCount() const override {
-        return kCount * (m_useCompute ? sizeof(Input) : 6 * sizeof(Corner));
+        return kCount * (m_useCompute ? 3 * sizeof(Float4) : 6 * sizeof(Corner));
     }
 
 private:
@@ -69,35 +52,23 @@ private:
     }
 
     void DrawByHand(bgfx::ViewId view) override {
-        DestroyBuffers();
-        if (m_useCompute)
-            ExpandOnGpu(view);
-        else
+        if (m_useCompute) {
+            m_onGpu.DestroyBuffers();
+            m_onGpu.Submit(view, m_lines, kWidth, 0xffff);
+        } else {
+            DestroyCorners();
             ExpandOnCpu();
+            SubmitCorners(view);
+        }
+    }
+
+    void SubmitCorners(bgfx::ViewId view) const {
         bgfx::setVertexBuffer(0, m_corners);
         m_viewport.Set(1280.0f, 720.0f);
         m_sprite.Set(kCount, kWidth);
         m_stipple.Set(65535.0f, 1.0f);
         bgfx::setState(zx3DQt::BGFXRenderer::STATE_OPAQUE);
         bgfx::submit(view, m_program);
-    }
-
-    void ExpandOnGpu(bgfx::ViewId view) {
-        m_input = bgfx::createDynamicVertexBuffer(kCount, m_inputLayout, BGFX_BUFFER_COMPUTE_READ);
-        m_corners = bgfx::createDynamicVertexBuffer(6 * kCount, m_cornerLayout, BGFX_BUFFER_COMPUTE_WRITE);
-        bgfx::Memory const* const memory = bgfx::alloc(kCount * sizeof(Input));
-        auto* input = reinterpret_cast<Input*>(memory->data);
-        for (zx3D::Line const& line : m_lines) {
-            *input++ = {{line.start.x, line.start.y, line.start.z, 1.0f},
-                        {line.end.x, line.end.y, line.end.z, 1.0f},
-                        {line.color.red, line.color.green, line.color.blue, line.color.alpha}};
-        }
-        bgfx::update(m_input, 0, memory);
-        m_viewport.Set(1280.0f, 720.0f);
-        m_sprite.Set(kCount, kWidth);
-        bgfx::setBuffer(0, m_input, bgfx::Access::Read);
-        bgfx::setBuffer(1, m_corners, bgfx::Access::Write);
-        bgfx::dispatch(view, m_computeProgram, (kCount + kThreadsPerGroup - 1) / kThreadsPerGroup);
     }
 
     void ExpandOnCpu() {
@@ -134,21 +105,18 @@ private:
         bgfx::update(m_corners, 0, memory);
     }
 
-    void DestroyBuffers() {
-        for (bgfx::DynamicVertexBufferHandle* const buffer : {&m_input, &m_corners}) {
-            if (bgfx::isValid(*buffer))
-                bgfx::destroy(*buffer);
-            *buffer = BGFX_INVALID_HANDLE;
-        }
+    void DestroyCorners() {
+        if (bgfx::isValid(m_corners))
+            bgfx::destroy(m_corners);
+        m_corners = BGFX_INVALID_HANDLE;
     }
 
     bool m_useCompute;
     std::vector<zx3D::Line> m_lines = RandomSegments(2, kCount);
-    bgfx::VertexLayout m_inputLayout, m_cornerLayout;
-    bgfx::DynamicVertexBufferHandle m_input = BGFX_INVALID_HANDLE;
+    WideLinesByHand m_onGpu;
+    bgfx::VertexLayout m_cornerLayout = WideLineCornerLayout();
     bgfx::DynamicVertexBufferHandle m_corners = BGFX_INVALID_HANDLE;
     bgfx::ProgramHandle m_program = Program("vs_rectangle_sprite", "fs_rectangle_sprite_opengl_stipple");
-    bgfx::ProgramHandle m_computeProgram = ComputeProgram("cs_rectangle_sprite");
     Vec4Uniform m_viewport{"u_viewport"};
     Vec4Uniform m_sprite{"u_rectangleSprite"};
     Vec4Uniform m_stipple{"u_lineStipple"};
