@@ -55,6 +55,8 @@ void DrawCoordinateGridLines(BGFXRenderer const& renderer, BGFXViewContext const
     float const low = style.gridMargins.x();
     float const high = style.gridMargins.y();
     std::vector<zx3D::Line> lines;
+    lines.reserve(EstimateGridSteps(bounds.minX, style.gridSpacing.x(), bounds.maxX) +
+                  EstimateGridSteps(bounds.minY, style.gridSpacing.y(), bounds.maxY));
     if (style.IsAxisEnabled(X)) {
         ForEachGridStep(bounds.minX, style.gridSpacing.x(), bounds.maxX, [&](float x) {
             if (x != 0.0f)

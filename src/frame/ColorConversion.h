@@ -5,6 +5,7 @@
 
 #include <QColor>
 
+#include <bit>
 #include <cstdint>
 
 namespace zarvex::zx3DQt {
@@ -13,14 +14,14 @@ namespace zarvex::zx3DQt {
 /// quotient by 255). Nothing is clamped.
 inline zx3D::Color QColorToColor(QColor const& color) {
     constexpr float perStep = 0.003921569f;
-    return {static_cast<float>(color.red()) * perStep, static_cast<float>(color.green()) * perStep,
-            static_cast<float>(color.blue()) * perStep, static_cast<float>(color.alpha()) * perStep};
+    QRgb const rgba = color.rgba();
+    return {static_cast<float>(qRed(rgba)) * perStep, static_cast<float>(qGreen(rgba)) * perStep,
+            static_cast<float>(qBlue(rgba)) * perStep, static_cast<float>(qAlpha(rgba)) * perStep};
 }
 
 /// The colour as bgfx's clear colour, 0xRRGGBBAA.
 inline std::uint32_t QColorToClearColor(QColor const& color) {
-    return static_cast<std::uint32_t>(color.red()) << 24 | static_cast<std::uint32_t>(color.green()) << 16 |
-           static_cast<std::uint32_t>(color.blue()) << 8 | static_cast<std::uint32_t>(color.alpha());
+    return std::rotl(color.rgba(), 8);
 }
 
 } // namespace zarvex::zx3DQt

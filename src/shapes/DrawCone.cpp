@@ -48,13 +48,20 @@ std::vector<Vertex> ConeVertices(QVector3D const& direction, QVector3D const& ap
 
 /// The side, then the base.
 std::vector<std::uint16_t> ConeIndices(int segments) {
-    auto const onEdge = [segments](int i) { return static_cast<std::uint16_t>(i % segments + 2); };
-    std::vector<std::uint16_t> indices;
-    indices.reserve(static_cast<std::size_t>(segments) * 6);
-    for (int i = 0; i < segments; ++i)
-        indices.insert(indices.end(), {onEdge(i), onEdge(i + 1), 0});
-    for (int i = 0; i < segments; ++i)
-        indices.insert(indices.end(), {onEdge(i), 1, onEdge(i + 1)});
+    constexpr std::uint16_t tip = 0;
+    constexpr std::uint16_t baseCenter = 1;
+    constexpr std::uint16_t firstOnEdge = 2;
+    std::vector<std::uint16_t> indices(static_cast<std::size_t>(segments) * 6);
+    std::uint16_t* side = indices.data();
+    std::uint16_t* base = side + static_cast<std::size_t>(segments) * 3;
+    for (int i = 0; i < segments; ++i) {
+        auto const from = static_cast<std::uint16_t>(i + firstOnEdge);
+        auto const to = i + 1 < segments ? static_cast<std::uint16_t>(from + 1) : firstOnEdge;
+        for (std::uint16_t const index : {from, to, tip})
+            *side++ = index;
+        for (std::uint16_t const index : {from, baseCenter, to})
+            *base++ = index;
+    }
     return indices;
 }
 

@@ -103,3 +103,41 @@ TEST(ShapeCacheTest, ForgetsAlsoWhatItExpectsToBeAskedForNext) {
     cache.Forget(2);
     EXPECT_THAT(cache.Find(2, "second"), IsNull());
 }
+
+// The cache guesses what comes next; whatever the order, a text must never be taken for another one.
+TEST(ShapeCacheTest, FindsTheRightTextsInEveryOrder) {
+    ShapeCache cache;
+    constexpr std::size_t count = 300;
+    for (std::size_t i = 0; i < count; ++i)
+        cache.Add(1, std::to_string(i), TextOfGlyphs(i));
+    auto const expectFound = [&](std::size_t i) {
+        auto const& found = cache.Find(1, std::to_string(i));
+        ASSERT_THAT(found, NotNull());
+        ASSERT_EQ(found->shaped.glyphs.size(), i);
+    };
+    for (int frame = 0; frame < 20; ++frame) { // more questions than the cache remembers
+        for (std::size_t i = 0; i < count; ++i)
+            expectFound(i);
+        for (std::size_t i = count; i-- > 0;)
+            expectFound(i);
+        for (std::size_t i = 0; i < count; i += 1 + static_cast<std::size_t>(frame) % 7)
+            expectFound(i * 7 % count);
+    }
+}
+
+TEST(ShapeCacheTest, FindsTheRightTextsWhileOthersMakeRoom) {
+    ShapeCache cache(50'000);
+    for (std::size_t frame = 0; frame < 2000; ++frame) {
+        for (char const* const label : {"a", "b", "a", "c"}) {
+            auto const& found = cache.Find(1, label);
+            if (found == nullptr)
+                cache.Add(1, label, TextOfGlyphs(static_cast<std::size_t>(*label)));
+            else
+                ASSERT_EQ(found->shaped.glyphs.size(), static_cast<std::size_t>(*label));
+        }
+        std::string const counter = std::to_string(frame);
+        ASSERT_THAT(cache.Find(1, counter), IsNull());
+        cache.Add(1, counter, TextOfGlyphs(1));
+    }
+    EXPECT_THAT(cache.Find(1, "a"), NotNull());
+}

@@ -9,6 +9,19 @@ namespace zarvex::zx3D {
 
 namespace {
 
+/// A bitmap of a page with its top left at a place in the text, pixels.
+TextQuad ToQuad(AtlasGlyph const& bitmap, std::int32_t x, std::int32_t y, std::uint32_t line) {
+    auto const corner = [&](std::int32_t right, std::int32_t down) {
+        return TextQuad::Corner{static_cast<float>(x + right), static_cast<float>(y + down),
+                                static_cast<std::int16_t>((bitmap.x + right) * TextQuad::kTexelSteps),
+                                static_cast<std::int16_t>((bitmap.y + down) * TextQuad::kTexelSteps)};
+    };
+    return {{corner(0, 0), corner(bitmap.width, 0), corner(bitmap.width, bitmap.height),
+             corner(0, bitmap.height)},
+            bitmap.page,
+            line};
+}
+
 bool IsOnEarlierPage(TextQuad const& a, TextQuad const& b) {
     return a.page < b.page;
 }
@@ -25,8 +38,7 @@ GlyphResolver::Missing GlyphResolver::Resolve(ShapedText const& text, Font const
         for (; glyph != end; ++glyph) {
             auto const place = FindOrAdd(*font.GetFaces()[glyph->face], glyph->glyph, atlas, missing);
             if (place && place->width != 0)
-                result.quads.push_back({glyph->x + place->left, glyph->y - place->top, place->page, place->x,
-                                        place->y, place->width, place->height, line});
+                result.quads.push_back(ToQuad(*place, glyph->x + place->left, glyph->y - place->top, line));
         }
     }
     std::sort(result.quads.begin(), result.quads.end(), IsOnEarlierPage);

@@ -4,6 +4,7 @@
 #include "GlyphAtlas.h"
 #include "ShapedText.h"
 
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <vector>
@@ -14,15 +15,20 @@ class Font;
 
 /// A glyph's bitmap and where it goes.
 struct TextQuad {
-    std::int32_t x = 0; ///< pixels from the left of its line to the bitmap's left
-    std::int32_t y = 0; ///< pixels from the block's top to the bitmap's top
+    static constexpr int kTexelSteps = 16; ///< vs_text knows it too
+
+    struct Corner {
+        float x = 0.0f;     ///< whole pixels from the left of its line
+        float y = 0.0f;     ///< whole pixels from the block's top
+        std::int16_t u = 0; ///< 1/16 texels
+        std::int16_t v = 0;
+    };
+
+    std::array<Corner, 4> corners; ///< clockwise from the top left
     std::uint16_t page = 0;
-    std::uint16_t u = 0; ///< texels
-    std::uint16_t v = 0;
-    std::uint16_t width = 0; ///< texels, which are pixels
-    std::uint16_t height = 0;
     std::uint32_t line = 0;
 };
+static_assert(GlyphAtlas::kPageSize * TextQuad::kTexelSteps <= std::numeric_limits<std::int16_t>::max());
 
 /// A text's quads, page by page; right as long as the atlas is of the same generation.
 struct TextQuads {

@@ -20,9 +20,6 @@ struct TextVertex {
 };
 static_assert(sizeof(TextVertex) == 16, "uploaded as it stands");
 
-constexpr int kTexelSteps = 16; // vs_text knows it too
-static_assert(GlyphAtlas::kPageSize * kTexelSteps <= 32767);
-
 constexpr std::uint32_t kVerticesPerQuad = 4;
 constexpr std::uint32_t kIndicesPerQuad = 6;
 constexpr std::uint32_t kQuadsPerDraw = 65536 / kVerticesPerQuad; // what 16-bit indices reach
@@ -59,19 +56,13 @@ bgfx::IndexBufferHandle CreateIndices() {
     return bgfx::createIndexBuffer(memory);
 }
 
-/// The corners clockwise from the top left.
+/// Places in sight are far below 2^24, up to which floats count every pixel.
 void WriteQuad(TextQuad const& quad, float left, float top, std::array<std::uint8_t, 4> const& color,
                TextVertex* vertices) {
-    float const right = left + static_cast<float>(quad.width);
-    float const bottom = top + static_cast<float>(quad.height);
-    auto const u0 = static_cast<std::int16_t>(quad.u * kTexelSteps);
-    auto const v0 = static_cast<std::int16_t>(quad.v * kTexelSteps);
-    auto const u1 = static_cast<std::int16_t>((quad.u + quad.width) * kTexelSteps);
-    auto const v1 = static_cast<std::int16_t>((quad.v + quad.height) * kTexelSteps);
-    vertices[0] = {left, top, u0, v0, color};
-    vertices[1] = {right, top, u1, v0, color};
-    vertices[2] = {right, bottom, u1, v1, color};
-    vertices[3] = {left, bottom, u0, v1, color};
+    for (std::size_t i = 0; i < kVerticesPerQuad; ++i) {
+        TextQuad::Corner const& corner = quad.corners[i];
+        vertices[i] = {left + corner.x, top + corner.y, corner.u, corner.v, color};
+    }
 }
 
 std::array<std::uint8_t, 4> ToBytes(std::uint32_t rgba) {
@@ -89,11 +80,12 @@ std::size_t CountOnFirstPage(std::span<TextQuad const> quads) {
 }
 
 /// How far a line is moved within its block, whole pixels.
-double LineShift(ShapedText const& text, std::uint32_t line, float horizontal) {
+std::int32_t LineShift(ShapedText const& text, std::uint32_t line, float horizontal) {
     if (text.lines.size() == 1)
-        return 0.0; // as wide as the block
+        return 0; // as wide as the block
     std::int32_t const room = text.width - text.lines[line].width;
-    return room == 0 ? 0.0 : std::floor(double(horizontal) * room + 0.5);
+    double const shift = std::floor(double(horizontal) * room + 0.5);
+    return static_cast<std::int32_t>(std::clamp<double>(shift, -kMaxTextExtent, kMaxTextExtent));
 }
 
 } // namespace
@@ -147,10 +139,15 @@ bool TextRenderer::DrawQuads(ShapedText const& text, std::span<TextQuad const> q
     bgfx::allocTransientVertexBuffer(&buffer, vertexCount, m_layout);
     auto* vertices = reinterpret_cast<TextVertex*>(buffer.data);
     std::array<std::uint8_t, 4> const color = ToBytes(appearance.rgba);
+    std::uint32_t line = quads.front().line;
+    auto left = static_cast<float>(appearance.left + LineShift(text, line, appearance.horizontal));
+    auto const top = static_cast<float>(appearance.top);
     for (TextQuad const& quad : quads) {
-        double const left = appearance.left + LineShift(text, quad.line, appearance.horizontal) + quad.x;
-        double const top = double(appearance.top) + quad.y;
-        WriteQuad(quad, static_cast<float>(left), static_cast<float>(top), color, vertices);
+        if (quad.line != line) {
+            line = quad.line;
+            left = static_cast<float>(appearance.left + LineShift(text, line, appearance.horizontal));
+        }
+        WriteQuad(quad, left, top, color, vertices);
         vertices += kVerticesPerQuad;
     }
     bgfx::setState(kState);

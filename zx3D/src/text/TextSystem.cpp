@@ -73,10 +73,8 @@ TextBufferHandle TextSystem::CreateBuffer(TextBufferType type, FontHandle font) 
     std::optional<std::uint16_t> const index = m_buffers.Take();
     if (!index)
         return {};
-    TextBuffer::Settings settings{type, font};
-    if (Font const* const found = FindFont(font))
-        settings.fontId = found->GetId();
-    m_buffers.Find(*index)->settings = settings;
+    Font const* const found = FindFont(font);
+    m_buffers.Find(*index)->settings = {type, font, found != nullptr ? found->GetId() : 0};
     return {*index};
 }
 

@@ -1,0 +1,11 @@
+# Calls within a library, which go straight to the function or are inlined: nobody replaces a function of ours by one
+# of the same name. In Release also between files.
+include_guard(GLOBAL)
+include(CheckIPOSupported)
+check_ipo_supported(RESULT ZX3D_HAS_IPO LANGUAGES CXX)
+
+function(zx3d_optimize_calls library objects)
+  set_target_properties(${library} ${objects} PROPERTIES INTERPROCEDURAL_OPTIMIZATION_RELEASE ${ZX3D_HAS_IPO})
+  target_compile_options(${objects} PRIVATE
+    $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-fno-semantic-interposition>)
+endfunction()
