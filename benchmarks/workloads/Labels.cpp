@@ -2,6 +2,7 @@
 #include "runner/Scene.h"
 #include "workloads/RandomScene.h"
 #include "workloads/TextByHand.h"
+#include "workloads/Variants.h"
 #include "workloads/Workloads.h"
 
 #include <zx3D/Text.h>
@@ -11,12 +12,14 @@
 
 #include <cmath>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace zarvex::benchmarks {
 
 namespace {
 
-constexpr std::size_t kCount = 1000;
 constexpr std::size_t kDigits = 8;
 constexpr int kPixelSize = 14;
 
@@ -27,9 +30,9 @@ struct Label {
     QColor color;
 };
 
-std::vector<Label> RandomLabels() {
+std::vector<Label> RandomLabels(std::size_t count) {
     Random random(6);
-    std::vector<Label> labels(kCount);
+    std::vector<Label> labels(count);
     for (Label& label : labels) {
         label.x = std::floor(random.Between(0.0f, 1200.0f));
         label.y = std::floor(random.Between(0.0f, 700.0f));
@@ -43,7 +46,7 @@ std::vector<Label> RandomLabels() {
 
 class LabelsScene : public Scene {
 public:
-    explicit LabelsScene(bool isFontNew) : m_isFontNew(isFontNew) {
+    LabelsScene(std::size_t count, bool isFontNew) : m_isFontNew(isFontNew), m_labels(RandomLabels(count)) {
         for (Label const& label : m_labels)
             m_texts.push_back(QString::fromStdString(label.digits));
         LoadForLibrary();
@@ -76,7 +79,7 @@ private:
     void DrawWithLibrary(zx3DQt::BGFXRenderer const& renderer, zx3DQt::BGFXViewContext const& view) override {
         if (m_isFontNew)
             LoadForLibrary();
-        for (std::size_t i = 0; i < kCount; ++i)
+        for (std::size_t i = 0; i < m_labels.size(); ++i)
             renderer.RenderText(view, QPointF(m_labels[i].x, m_labels[i].y), m_texts[i], m_font,
                                 m_labels[i].color, Qt::AlignLeft | Qt::AlignTop);
     }
@@ -84,13 +87,13 @@ private:
     void DrawByHand(bgfx::ViewId view) override {
         if (m_isFontNew)
             LoadByHand();
-        for (std::size_t i = 0; i < kCount; ++i)
+        for (std::size_t i = 0; i < m_labels.size(); ++i)
             m_text.Submit(view, m_labels[i].x, m_labels[i].y, m_labels[i].color, m_placed[i],
                           m_handFont->GetPage());
     }
 
     bool m_isFontNew;
-    std::vector<Label> m_labels = RandomLabels();
+    std::vector<Label> m_labels;
     std::vector<QString> m_texts;
     zx3D::FontHandle m_font;
     std::optional<ShortTextFont> m_handFont;
@@ -101,11 +104,16 @@ private:
 } // namespace
 
 WorkloadKind Labels() {
-    return {
-        .name = "W6",
-        .title = "1,000 labels",
-        .variants = {"known", "new"},
-        .create = [](std::string const& variant) { return std::make_unique<LabelsScene>(variant == "new"); }};
+    constexpr std::size_t count = 1000;
+    std::vector<std::string> variants = SizeVariants();
+    variants.push_back("new");
+    return {.name = "W6",
+            .title = "1,000 labels",
+            .variants = std::move(variants),
+            .create = [](std::string const& variant) {
+                bool const isFontNew = variant == "new";
+                return std::make_unique<LabelsScene>(isFontNew ? count : PartOf(count, variant), isFontNew);
+            }};
 }
 
 } // namespace zarvex::benchmarks
