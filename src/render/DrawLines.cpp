@@ -65,6 +65,34 @@ void FillVertices(zx3D::DataSpan<zx3D::Line const> lines, Vertex* vertex) {
 
 } // namespace
 
+// Inline, so before its only caller: a call of one line would notice that all arguments are handed on.
+inline void BGFXRenderer::DrawBasicLines(BGFXViewContext const& view, Lines lines,
+                                         std::optional<ModelTransformCacheId> modelTransform,
+                                         std::optional<zx3D::LineStipplePattern> const& stipple,
+                                         std::optional<BGFXRenderState> state) const {
+    if (lines.IsEmpty())
+        return;
+    static bgfx::VertexLayout const* const layout = &Vertex::Layout();
+    for (std::uint64_t first = 0; first < lines.count; first += kMaxLinesPerSubmission) {
+        Lines const chunk(lines.data + first, std::min(lines.count - first, kMaxLinesPerSubmission));
+        bgfx::TransientVertexBuffer vertexBuffer;
+        bgfx::TransientIndexBuffer indexBuffer;
+        // Without the space there is nothing to draw from; the last chunk may be small enough.
+        if (!AllocateTransient(*layout, 2 * chunk.count, 2 * chunk.count, vertexBuffer, indexBuffer))
+            continue;
+        FillVertices(chunk, reinterpret_cast<Vertex*>(vertexBuffer.data));
+        auto* const firstIndex = reinterpret_cast<std::uint16_t*>(indexBuffer.data);
+        std::iota(firstIndex, firstIndex + 2 * chunk.count, std::uint16_t{0});
+        bgfx::setVertexBuffer(0, &vertexBuffer);
+        bgfx::setIndexBuffer(&indexBuffer);
+        UpdateViewportUniform(view);
+        UpdateLineStippleUniform(stipple.value_or(zx3D::LineStipplePattern()));
+        SetTransform(modelTransform);
+        bgfx::setState(state.value_or(STATE_LINES));
+        bgfx::submit(view, m_stippledLineProgram, 0, BGFX_DISCARD_ALL);
+    }
+}
+
 void BGFXRenderer::DrawLines(BGFXViewContext const& view, zx3D::DataSpan<zx3D::Line const> lines,
                              std::optional<float> width, std::optional<ModelTransformCacheId> modelTransform,
                              std::optional<zx3D::LineStipplePattern> const& stipple,
@@ -94,33 +122,6 @@ void BGFXRenderer::DrawLines(BGFXViewContext const& view, zx3D::DataSpan<QVector
         lines.push_back({ToVec3(from), ToVec3(to), lineColor});
     });
     DrawLines(view, lines, width, modelTransform, stipple, state);
-}
-
-void BGFXRenderer::DrawBasicLines(BGFXViewContext const& view, Lines lines,
-                                  std::optional<ModelTransformCacheId> modelTransform,
-                                  std::optional<zx3D::LineStipplePattern> const& stipple,
-                                  std::optional<BGFXRenderState> state) const {
-    if (lines.IsEmpty())
-        return;
-    static bgfx::VertexLayout const* const layout = &Vertex::Layout();
-    for (std::uint64_t first = 0; first < lines.count; first += kMaxLinesPerSubmission) {
-        Lines const chunk(lines.data + first, std::min(lines.count - first, kMaxLinesPerSubmission));
-        bgfx::TransientVertexBuffer vertexBuffer;
-        bgfx::TransientIndexBuffer indexBuffer;
-        // Without the space there is nothing to draw from; the last chunk may be small enough.
-        if (!AllocateTransient(*layout, 2 * chunk.count, 2 * chunk.count, vertexBuffer, indexBuffer))
-            continue;
-        FillVertices(chunk, reinterpret_cast<Vertex*>(vertexBuffer.data));
-        auto* const firstIndex = reinterpret_cast<std::uint16_t*>(indexBuffer.data);
-        std::iota(firstIndex, firstIndex + 2 * chunk.count, std::uint16_t{0});
-        bgfx::setVertexBuffer(0, &vertexBuffer);
-        bgfx::setIndexBuffer(&indexBuffer);
-        UpdateViewportUniform(view);
-        UpdateLineStippleUniform(stipple.value_or(zx3D::LineStipplePattern()));
-        SetTransform(modelTransform);
-        bgfx::setState(state.value_or(STATE_LINES));
-        bgfx::submit(view, m_stippledLineProgram, 0, BGFX_DISCARD_ALL);
-    }
 }
 
 } // namespace zarvex::zx3DQt

@@ -1,6 +1,5 @@
 // Lines: thin ones in submissions of 16-bit indices, which of them are wide, and strips.
 #include <DrawFixture.h>
-#include <PrivateMember.h>
 
 #include <QVector3D>
 
@@ -23,12 +22,6 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr std::size_t kFloatsPerLine = 2 * 7;
 constexpr std::size_t kBytesPerLine = kFloatsPerLine * sizeof(float);
-
-struct DrawBasicLines {
-    using Type = void (BGFXRenderer::*)(BGFXViewContext const&, Lines, std::optional<ModelTransformCacheId>,
-                                        std::optional<zx3D::LineStipplePattern> const&,
-                                        std::optional<BGFXRenderState>) const;
-};
 
 /// Lines that can be told apart.
 std::vector<zx3D::Line> NumberedLines(std::size_t count) {
@@ -99,8 +92,6 @@ protected:
 };
 
 } // namespace
-
-template struct Reveal<DrawBasicLines, &BGFXRenderer::DrawBasicLines>;
 
 TEST_F(DrawLinesTest, ThinLinesCallBgfxInOrder) {
     m_renderer->DrawLines(m_view, m_lines);
@@ -207,8 +198,6 @@ TEST_F(DrawLinesTest, EmptySpansDrawNothing) {
     for (Lines const lines : {Lines(), Lines(m_lines.data(), 0), Lines(nullptr, 2)}) {
         m_renderer->DrawLines(m_view, lines);
         m_renderer->DrawLines(m_view, lines, 2.0f);
-        ((*m_renderer).*Revealed<DrawBasicLines>::pointer)(m_view, lines, std::nullopt, std::nullopt,
-                                                           std::nullopt);
     }
     EXPECT_THAT(recorder::Calls(), IsEmpty());
     EXPECT_THAT(KeptKinds(), IsEmpty());
