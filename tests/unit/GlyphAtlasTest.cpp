@@ -177,6 +177,18 @@ TEST_F(GlyphAtlasTest, ForgottenFacesAreNotFound) {
     EXPECT_TRUE(m_atlas.Find({2, 5}));
 }
 
+TEST_F(GlyphAtlasTest, PagesOfForgottenFacesAreUsedAgainBeforeMoreAreMade) {
+    for (std::uint32_t face = 1; face < 100; ++face) {
+        m_atlas.BeginText();
+        std::optional<AtlasGlyph> const glyph = m_atlas.Add({face, 5}, PageFiller());
+        ASSERT_TRUE(glyph);
+        EXPECT_LE(glyph->page, 1);
+        EXPECT_EQ(m_atlas.GetGeneration(), 0u) << "what others have placed stays";
+        m_atlas.Forget(face - 1);
+        bgfx::frame();
+    }
+}
+
 TEST_F(GlyphAtlasTest, ClearingDestroysTheTexturesAndMakesPlacesWrong) {
     m_atlas.Add({1, 5}, Bitmap(3, 3));
     std::uint64_t const generation = m_atlas.GetGeneration();

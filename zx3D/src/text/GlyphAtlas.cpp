@@ -142,10 +142,28 @@ std::optional<AtlasGlyph> GlyphAtlas::PlaceOnPage(std::size_t page, GlyphBitmap 
 }
 
 std::optional<std::size_t> GlyphAtlas::AddOrEmptyPage() {
+    if (std::optional<std::size_t> const page = EmptyForgottenPage())
+        return page;
     if (m_pages.size() == kMaxPages)
         return EmptyOldestPage();
     m_pages.push_back(std::make_unique<Page>());
     return m_pages.size() - 1;
+}
+
+// Fonts come and go: what they leave need not be kept until all pages are full.
+std::optional<std::size_t> GlyphAtlas::EmptyForgottenPage() {
+    std::array<bool, kMaxPages> isInUse{};
+    for (auto const& [key, glyph] : m_glyphs)
+        isInUse[glyph.page] |= glyph.width != 0;
+    for (std::size_t page = 0; page < m_pages.size(); ++page) {
+        if (isInUse[page] || m_pages[page]->lastUse == m_now)
+            continue;
+        if (!MayEmptyPage())
+            return std::nullopt;
+        m_pages[page]->Reset(); // no place that was given is on it
+        return page;
+    }
+    return std::nullopt;
 }
 
 std::optional<std::size_t> GlyphAtlas::EmptyOldestPage() {

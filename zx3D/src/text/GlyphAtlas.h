@@ -89,6 +89,7 @@ private:
     std::optional<AtlasGlyph> Place(GlyphBitmap const& bitmap);
     std::optional<AtlasGlyph> PlaceOnPage(std::size_t page, GlyphBitmap const& bitmap);
     std::optional<std::size_t> AddOrEmptyPage();
+    std::optional<std::size_t> EmptyForgottenPage();
     std::optional<std::size_t> EmptyOldestPage();
     bool MayEmptyPage();
 
