@@ -3,16 +3,25 @@
 
 #include <bgfx/bgfx.h>
 
+#include <atomic>
+#include <cerrno>
 #include <cstddef>
+
+#include <malloc.h>
 
 namespace {
 
 thread_local long allocations = 0;
+std::atomic<long> heldBytes = 0; // of all threads
 
 } // namespace
 
 long zarvex::testing::CountAllocations() {
     return allocations;
+}
+
+long zarvex::testing::CountHeldBytes() {
+    return heldBytes;
 }
 
 long zarvex::testing::CountAllocationsOfAUniform() {
@@ -30,20 +39,35 @@ long zarvex::testing::CountAllocationsOfAUniform() {
 }
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define ZX3D_HAS_SANITIZED_HEAP
+#elif defined(__has_feature) // Clang's way to tell
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define ZX3D_HAS_SANITIZED_HEAP
+#endif
+#endif
 
-// GCC has the function, but not the header that declares it.
-extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(void const volatile*, std::size_t),
-                                                         void (*onFree)(void const volatile*));
+#ifdef ZX3D_HAS_SANITIZED_HEAP
+
+// GCC has the functions, but not the header that declares them.
+extern "C" {
+int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(void const volatile*, std::size_t),
+                                              void (*onFree)(void const volatile*));
+std::size_t __sanitizer_get_allocated_size(void const volatile* block);
+}
 
 namespace {
 
-void CountOne(void const volatile*, std::size_t) {
+void CountMalloc(void const volatile*, std::size_t size) {
     ++allocations;
+    heldBytes += static_cast<long>(size);
 }
 
-void CountNothing(void const volatile*) {}
+void CountFree(void const volatile* block) {
+    if (block != nullptr)
+        heldBytes -= static_cast<long>(__sanitizer_get_allocated_size(block));
+}
 
-[[maybe_unused]] int const hooks = __sanitizer_install_malloc_and_free_hooks(CountOne, CountNothing);
+[[maybe_unused]] int const hooks = __sanitizer_install_malloc_and_free_hooks(CountMalloc, CountFree);
 
 } // namespace
 
@@ -55,20 +79,55 @@ extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* block);
+}
+
+namespace {
+
+void* CountTaken(void* block) {
+    ++allocations;
+    heldBytes += static_cast<long>(malloc_usable_size(block));
+    return block;
+}
+
+void CountGivenBack(void* block) {
+    heldBytes -= static_cast<long>(malloc_usable_size(block));
+}
+
+} // namespace
+
+extern "C" {
 
 void* malloc(std::size_t size) {
-    ++allocations;
-    return __libc_malloc(size);
+    return CountTaken(__libc_malloc(size));
 }
 
 void* calloc(std::size_t count, std::size_t size) {
-    ++allocations;
-    return __libc_calloc(count, size);
+    return CountTaken(__libc_calloc(count, size));
 }
 
 void* realloc(void* block, std::size_t size) {
-    ++allocations;
-    return __libc_realloc(block, size);
+    CountGivenBack(block);
+    return CountTaken(__libc_realloc(block, size));
+}
+
+void* memalign(std::size_t alignment, std::size_t size) {
+    return CountTaken(__libc_memalign(alignment, size));
+}
+
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+    return CountTaken(__libc_memalign(alignment, size));
+}
+
+int posix_memalign(void** block, std::size_t alignment, std::size_t size) {
+    *block = CountTaken(__libc_memalign(alignment, size));
+    return *block != nullptr ? 0 : ENOMEM;
+}
+
+void free(void* block) {
+    CountGivenBack(block);
+    __libc_free(block);
 }
 }
 
