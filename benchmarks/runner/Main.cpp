@@ -1,5 +1,6 @@
 // Runs one workload on one backend: a process of its own for each, so that none inherits another's memory.
 #include "runner/Measurement.h"
+#include "runner/Memory.h"
 #include "runner/Report.h"
 #include "runner/Stage.h"
 #include "workloads/Workloads.h"
@@ -14,8 +15,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <limits>
+#include <optional>
 
 #include <malloc.h>
+#include <unistd.h>
 
 using namespace zarvex;
 using namespace zarvex::benchmarks;
@@ -24,7 +28,8 @@ namespace {
 
 struct Options {
     WorkloadKind kind;
-    QString variant, backend, jsonFile, profiledSide;
+    QString variant, backend, jsonFile;
+    std::optional<Side> profiledSide, sideWithMemory;
     std::size_t frames = 0;
 };
 
@@ -58,6 +63,30 @@ WorkloadKind FindWorkload(std::string const& name, std::string const& variant) {
     Fail(QString::fromStdString("no workload " + name + " " + variant + "; --list shows what there is"));
 }
 
+/// Empty when the option is not there.
+std::optional<Side> ParseSide(QCommandLineParser const& parser, QString const& option) {
+    QString const side = parser.value(option);
+    if (side == "library")
+        return Side::Library;
+    if (side == "floor")
+        return Side::Floor;
+    if (parser.isSet(option))
+        Fail("no side " + side + "; there are library and floor");
+    return std::nullopt;
+}
+
+/// As many as are asked for, or the usual number of what is to be done.
+std::size_t ParseFrames(QCommandLineParser const& parser, Options const& options) {
+    std::size_t frames = options.backend == "Noop" ? 500 : 100;
+    if (options.sideWithMemory)
+        frames = 10000;
+    if (parser.isSet("frames"))
+        frames = parser.value("frames").toULongLong();
+    if (frames == 0)
+        Fail("a number of frames that is not 0, please");
+    return frames;
+}
+
 /// Without a QApplication, which would insist on a display.
 Options ParseArguments(int& argc, char* argv[]) {
     QCoreApplication const application(argc, argv);
@@ -67,9 +96,10 @@ Options ParseArguments(int& argc, char* argv[]) {
     parser.addOptions({
         {"list", "Show the workloads and their variants."},
         {"header", "Show the table's header."},
-        {"frames", "Timed frames of each; 100, and 500 on Noop.", "number"},
+        {"frames", "Timed frames of each; 100, and 500 on Noop. With --memory all frames; 10000.", "number"},
         {"json", "Append the result to a file.", "file"},
         {"profile", "Only draw, with the library or the floor, for a profiler to watch.", "side"},
+        {"memory", "Measure no time, but whether memory grows, of the library or the floor.", "side"},
     });
     parser.addPositionalArgument("workload", "W0, W1 ...");
     parser.addPositionalArgument("variant", "As --list shows.");
@@ -80,37 +110,52 @@ Options ParseArguments(int& argc, char* argv[]) {
         std::exit(0);
     }
     if (parser.isSet("header")) {
-        PrintTableHeader();
+        if (parser.isSet("memory"))
+            PrintMemoryHeader();
+        else
+            PrintTableHeader();
         std::exit(0);
     }
     QStringList const arguments = parser.positionalArguments();
     if (arguments.size() != 3)
         parser.showHelp(2);
-    Options options{FindWorkload(arguments[0].toStdString(), arguments[1].toStdString()), arguments[1],
-                    arguments[2], parser.value("json"), parser.value("profile")};
-    options.frames = arguments[2] == "Noop" ? 500 : 100;
-    if (parser.isSet("frames"))
-        options.frames = parser.value("frames").toULongLong();
-    if (options.frames == 0)
-        Fail("a number of frames that is not 0, please");
+    Options options{FindWorkload(arguments[0].toStdString(), arguments[1].toStdString()),
+                    arguments[1],
+                    arguments[2],
+                    parser.value("json"),
+                    ParseSide(parser, "profile"),
+                    ParseSide(parser, "memory")};
+    options.frames = ParseFrames(parser, options);
     return options;
 }
 
 /// Lets malloc keep what is freed. Otherwise the one side's frames decide whether the other side's memory
 /// goes back to the system in between, and comes back page by page.
 void KeepFreedMemory() {
-    constexpr int never = 1 << 30;
-    mallopt(M_MMAP_THRESHOLD, never);
-    mallopt(M_TRIM_THRESHOLD, never);
+    mallopt(M_MMAP_MAX, 0); // blocks of 32 MiB and more would get pages of their own whatever the threshold
+    mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+    mallopt(M_ARENA_MAX, 1); // only the first one is as large as it needs to be
 }
 
-void Profile(Workload& workload, Options const& options) {
-    for (std::size_t i = 0; i < options.frames; ++i) {
-        if (options.profiledSide == "library")
-            workload.RunLibrary();
-        else
-            workload.RunFloor();
-    }
+/// What malloc keeps for each thread of freed blocks counts as handed out, and fills as chance has it. It can
+/// only be told from outside to keep nothing: starts the program again.
+void RestartWithoutMallocCaches(char* argv[]) {
+    char const* const variable = "GLIBC_TUNABLES";
+    if (qEnvironmentVariableIsSet(variable))
+        return;
+    qputenv(variable, "glibc.malloc.tcache_count=0");
+    execv("/proc/self/exe", argv);
+    Fail("cannot start again");
+}
+
+bool CheckMemory(Workload& workload, Options const& options) {
+    if (options.frames <= FramesUntilSteady())
+        Fail(QString("more than %1 frames, please").arg(FramesUntilSteady()));
+    Side const side = *options.sideWithMemory;
+    MemoryReport const report{options.kind.name, options.variant.toStdString(), options.backend.toStdString(),
+                              side, MeasureMemory(workload, side, options.frames)};
+    PrintMemoryRow(report);
+    return report.growth.IsSteady();
 }
 
 /// Edges may fall on either side of a pixel's centre when the floor's sums round another way.
@@ -145,9 +190,12 @@ bool Measure(Workload& workload, Options const& options) {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    KeepFreedMemory();
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     Options const options = ParseArguments(argc, argv);
+    if (options.sideWithMemory)
+        RestartWithoutMallocCaches(argv);
+    else
+        KeepFreedMemory();
     QApplication const application(argc, argv);
     bgfx::RendererType::Enum const renderer = ToRendererType(options.backend);
     zx3D::Context::PreferRenderer(renderer);
@@ -157,10 +205,12 @@ int main(int argc, char* argv[]) {
     bool succeeded = true;
     {
         std::unique_ptr<Workload> const workload = options.kind.create(options.variant.toStdString());
-        if (options.profiledSide.isEmpty())
-            succeeded = Measure(*workload, options);
+        if (options.profiledSide)
+            Draw(*workload, *options.profiledSide, options.frames);
+        else if (options.sideWithMemory)
+            succeeded = CheckMemory(*workload, options);
         else
-            Profile(*workload, options);
+            succeeded = Measure(*workload, options);
     }
     zx3DQt::Shutdown();
     return succeeded ? 0 : 1;

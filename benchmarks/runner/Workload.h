@@ -43,6 +43,19 @@ public:
     virtual std::size_t GetByteCount() const { return 0; }
 };
 
+/// Which of the two ways to draw.
+enum class Side { Library, Floor };
+
+/// Runs the same way `frames` times.
+inline void Draw(Workload& workload, Side side, std::size_t frames) {
+    for (std::size_t i = 0; i < frames; ++i) {
+        if (side == Side::Library)
+            workload.RunLibrary();
+        else
+            workload.RunFloor();
+    }
+}
+
 /// A workload that can be chosen from the command line.
 struct WorkloadKind {
     std::string name;                  ///< short, for the command line
