@@ -134,16 +134,18 @@ Options ParseArguments(int& argc, char* argv[]) {
 void KeepFreedMemory() {
     mallopt(M_MMAP_MAX, 0); // blocks of 32 MiB and more would get pages of their own whatever the threshold
     mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
-    mallopt(M_ARENA_MAX, 1); // only the first one is as large as it needs to be
+    mallopt(M_ARENA_MAX, 1); // others hold 64 MiB at most, and are given back whatever the threshold
 }
 
 /// What malloc keeps for each thread of freed blocks counts as handed out, and fills as chance has it. It can
 /// only be told from outside to keep nothing: starts the program again.
 void RestartWithoutMallocCaches(char* argv[]) {
     char const* const variable = "GLIBC_TUNABLES";
-    if (qEnvironmentVariableIsSet(variable))
+    QByteArray const tunables = qgetenv(variable);
+    QByteArray const noCaches = "glibc.malloc.tcache_count=0";
+    if (tunables.contains(noCaches))
         return;
-    qputenv(variable, "glibc.malloc.tcache_count=0");
+    qputenv(variable, tunables.isEmpty() ? noCaches : tunables + ":" + noCaches);
     execv("/proc/self/exe", argv);
     Fail("cannot start again");
 }

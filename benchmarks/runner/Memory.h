@@ -16,9 +16,9 @@ struct MemoryUse {
 
 /// Use once everything has its size, and many frames later.
 struct MemoryGrowth {
-    /// Bytes that are no growth: a page more in the atlas of glyphs takes 16 KiB, and what a driver holds
-    /// goes up and down with the frames that it has in the works. Whoever loses one of malloc's smallest
-    /// blocks, 32 bytes, in every fifth of 10,000 frames is found.
+    /// Bytes that are no growth: a page more in the atlas of glyphs takes 16 KiB besides its texture, and
+    /// what a driver holds goes up and down with the frames that it has in the works. Whoever loses one of
+    /// malloc's smallest blocks, 32 bytes, in every fourth of 10,000 frames is found.
     static constexpr std::size_t kAllowance = 60 << 10;
 
     std::size_t firstFrames = 0, lastFrames = 0;

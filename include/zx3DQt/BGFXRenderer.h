@@ -214,10 +214,11 @@ private:
     QMatrix4x4 ModelViewProjection(BGFXViewContext const& view,
                                    std::optional<ModelTransformCacheId> modelTransform) const;
 
-    void DrawBasicLines(BGFXViewContext const& view, Lines lines,
-                        std::optional<ModelTransformCacheId> modelTransform,
-                        std::optional<zx3D::LineStipplePattern> const& stipple,
-                        std::optional<BGFXRenderState> state) const;
+    /// Inline where it is called: one line's cost would show that all arguments are handed on.
+    inline void DrawBasicLines(BGFXViewContext const& view, Lines lines,
+                               std::optional<ModelTransformCacheId> modelTransform,
+                               std::optional<zx3D::LineStipplePattern> const& stipple,
+                               std::optional<BGFXRenderState> state) const;
     void DrawBasicPoints(BGFXViewContext const& view, Points points,
                          std::optional<ModelTransformCacheId> modelTransform) const;
 

@@ -9,7 +9,7 @@ namespace zarvex::zx3DQt {
 /// Says, the first time, that a grid was cut short.
 void WarnOfEndlessGrid(float first, float step, float end);
 
-/// Steps to reserve memory for: about as many as the function below visits, as far as it is worth it.
+/// Steps to reserve memory for: about as many as the function below visits, 4,096 at most.
 inline std::size_t EstimateGridSteps(float first, float step, float end) {
     constexpr float most = 4096.0f;
     float const steps = (end - first) / step + 1.0f;

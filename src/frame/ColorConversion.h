@@ -5,7 +5,6 @@
 
 #include <QColor>
 
-#include <bit>
 #include <cstdint>
 
 namespace zarvex::zx3DQt {
@@ -14,14 +13,16 @@ namespace zarvex::zx3DQt {
 /// quotient by 255). Nothing is clamped.
 inline zx3D::Color QColorToColor(QColor const& color) {
     constexpr float perStep = 0.003921569f;
-    QRgb const rgba = color.rgba();
-    return {static_cast<float>(qRed(rgba)) * perStep, static_cast<float>(qGreen(rgba)) * perStep,
-            static_cast<float>(qBlue(rgba)) * perStep, static_cast<float>(qAlpha(rgba)) * perStep};
+    // The three at once. Of an extended RGB colour, alpha() and rgba() round alpha differently.
+    QRgb const rgb = color.rgba();
+    return {static_cast<float>(qRed(rgb)) * perStep, static_cast<float>(qGreen(rgb)) * perStep,
+            static_cast<float>(qBlue(rgb)) * perStep, static_cast<float>(color.alpha()) * perStep};
 }
 
 /// The colour as bgfx's clear colour, 0xRRGGBBAA.
 inline std::uint32_t QColorToClearColor(QColor const& color) {
-    return std::rotl(color.rgba(), 8);
+    return static_cast<std::uint32_t>(color.red()) << 24 | static_cast<std::uint32_t>(color.green()) << 16 |
+           static_cast<std::uint32_t>(color.blue()) << 8 | static_cast<std::uint32_t>(color.alpha());
 }
 
 } // namespace zarvex::zx3DQt

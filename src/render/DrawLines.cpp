@@ -51,6 +51,12 @@ void ForEachSegment(zx3D::DataSpan<QVector3D const> positions, zx3D::DataSpan<st
     }
 }
 
+/// Looked up once.
+bgfx::VertexLayout const& VertexLayout() {
+    static bgfx::VertexLayout const& layout = Vertex::Layout();
+    return layout;
+}
+
 void FillVertices(zx3D::DataSpan<zx3D::Line const> lines, Vertex* vertex) {
     for (std::uint64_t i = 0; i < lines.count; ++i) {
         zx3D::Line const& line = lines.data[i];
@@ -65,20 +71,19 @@ void FillVertices(zx3D::DataSpan<zx3D::Line const> lines, Vertex* vertex) {
 
 } // namespace
 
-// Inline, so before its only caller: a call of one line would notice that all arguments are handed on.
-inline void BGFXRenderer::DrawBasicLines(BGFXViewContext const& view, Lines lines,
-                                         std::optional<ModelTransformCacheId> modelTransform,
-                                         std::optional<zx3D::LineStipplePattern> const& stipple,
-                                         std::optional<BGFXRenderState> state) const {
+void BGFXRenderer::DrawBasicLines(BGFXViewContext const& view, Lines lines,
+                                  std::optional<ModelTransformCacheId> modelTransform,
+                                  std::optional<zx3D::LineStipplePattern> const& stipple,
+                                  std::optional<BGFXRenderState> state) const {
     if (lines.IsEmpty())
         return;
-    static bgfx::VertexLayout const* const layout = &Vertex::Layout();
+    bgfx::VertexLayout const& layout = VertexLayout();
     for (std::uint64_t first = 0; first < lines.count; first += kMaxLinesPerSubmission) {
         Lines const chunk(lines.data + first, std::min(lines.count - first, kMaxLinesPerSubmission));
         bgfx::TransientVertexBuffer vertexBuffer;
         bgfx::TransientIndexBuffer indexBuffer;
         // Without the space there is nothing to draw from; the last chunk may be small enough.
-        if (!AllocateTransient(*layout, 2 * chunk.count, 2 * chunk.count, vertexBuffer, indexBuffer))
+        if (!AllocateTransient(layout, 2 * chunk.count, 2 * chunk.count, vertexBuffer, indexBuffer))
             continue;
         FillVertices(chunk, reinterpret_cast<Vertex*>(vertexBuffer.data));
         auto* const firstIndex = reinterpret_cast<std::uint16_t*>(indexBuffer.data);

@@ -83,7 +83,7 @@ void ShapeCache::RemoveOldest() {
     Remove(oldest);
 }
 
-/// Of an entry that is not in the history.
+// The entry is not in the history.
 void ShapeCache::Remove(Entries::iterator entry) {
     m_index.erase(Key{entry->font, entry->text});
     m_size -= entry->size;

@@ -80,7 +80,7 @@ private:
     std::unordered_map<Key, Entries::iterator, Hash> m_index;
 
     // A ring of what was asked for lately. A removed entry is the end here.
-    std::vector<Entries::iterator> m_history{kHistory, m_entries.end()};
+    std::vector<Entries::iterator> m_history = std::vector<Entries::iterator>(kHistory, m_entries.end());
     std::size_t m_asked = 0;    // how often, in all
     std::size_t m_expected = 0; // the time at which the history has what is likely to be asked for next
 };

@@ -56,7 +56,7 @@ bgfx::IndexBufferHandle CreateIndices() {
     return bgfx::createIndexBuffer(memory);
 }
 
-/// Places in sight are far below 2^24, up to which floats count every pixel.
+/// Of what is in sight, both summands are whole numbers within 2^24, which floats hold exactly.
 void WriteQuad(TextQuad const& quad, float left, float top, std::array<std::uint8_t, 4> const& color,
                TextVertex* vertices) {
     for (std::size_t i = 0; i < kVerticesPerQuad; ++i) {
