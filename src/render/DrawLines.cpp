@@ -75,8 +75,6 @@ void BGFXRenderer::DrawBasicLines(BGFXViewContext const& view, Lines lines,
                                   std::optional<ModelTransformCacheId> modelTransform,
                                   std::optional<zx3D::LineStipplePattern> const& stipple,
                                   std::optional<BGFXRenderState> state) const {
-    if (lines.IsEmpty())
-        return;
     bgfx::VertexLayout const& layout = VertexLayout();
     for (std::uint64_t first = 0; first < lines.count; first += kMaxLinesPerSubmission) {
         Lines const chunk(lines.data + first, std::min(lines.count - first, kMaxLinesPerSubmission));
