@@ -6,6 +6,7 @@
 #include <zx3D/Context.h>
 
 #include "ColorConversion.h"
+#include "Logging.h"
 
 #include <QSizePolicy>
 #include <QWidget>
@@ -46,8 +47,11 @@ zx3D::ContextOptions CreateContextOptions(LibraryState const& state, bool vertic
     auto const height = static_cast<std::uint32_t>(state.backBufferWidget->height());
     auto const width = static_cast<std::uint32_t>(state.backBufferWidget->width());
     auto* const window = reinterpret_cast<void*>(state.backBufferWidget->winId());
-    return zx3D::ContextOptions::Create(window, width, height, state.callback.get(),
-                                        zx3D::ContextOptions::ThreadMode::MultiThreaded, verticalSync);
+    auto options =
+        zx3D::ContextOptions::Create(window, width, height, state.callback.get(),
+                                     zx3D::ContextOptions::ThreadMode::MultiThreaded, verticalSync);
+    options.messageHandler = LogMessage;
+    return options;
 }
 
 } // namespace

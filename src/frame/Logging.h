@@ -1,6 +1,8 @@
 // The library's messages.
 #pragma once
 
+#include <zx3D/Message.h>
+
 #include <QDebug>
 #include <QLoggingCategory>
 #include <QMessageLogger>
@@ -24,6 +26,17 @@ template<typename... Pieces>
 void LogDebug(Pieces const&... pieces) {
     if (LibraryLog().isDebugEnabled())
         (LoggerOf(LibraryLog()).debug() << ... << pieces);
+}
+
+/// Logs a message in the library's category, its name in brackets behind the text, unless its level is
+/// disabled. The library's own warnings and zx3D's.
+void LogMessage(zx3D::Message const& message);
+
+/// The same at warning level. The text is only built when somebody hears it.
+template<typename MakeText>
+void LogWarning(char const* name, MakeText&& makeText) {
+    if (LibraryLog().isWarningEnabled())
+        LogMessage({zx3D::MessageLevel::Warning, name, makeText().toStdString()});
 }
 
 } // namespace zarvex::zx3DQt

@@ -10,13 +10,14 @@
 
 namespace zarvex::zx3D {
 
-/// One stretch of time between a successful `Context::Initialize` and the next `Context::Shutdown`.
+/// One stretch of time between a successful `Context::Initialize` and the next `Context::Shutdown`, or
+/// between those stretches.
 ///
 /// bgfx handles are only meaningful in the run in which they were created. Whoever keeps a handle keeps the
 /// run beside it, and asks before using or destroying the handle whether that run still lasts.
 class ContextRun {
 public:
-    /// The run that lasts now, or the state "not running" when the context is not initialised.
+    /// The stretch that lasts now.
     ZX3D_EXPORT static ContextRun Current();
 
     /// True while this is still the state of the context: no shutdown or new start since it was taken.
@@ -29,7 +30,8 @@ private:
 /// The process's one bgfx context.
 ///
 /// Thread: all operations run on one thread, the one that calls bgfx's API (in a Qt application the GUI
-/// thread). Errors: `Initialize` returns false; nothing throws. Messages go to the callback of the options.
+/// thread). Errors: `Initialize` returns false; nothing throws. Messages go to the message handler of the
+/// options.
 ///
 /// It draws through X11, on the display that the environment variable DISPLAY names (under Wayland through
 /// XWayland).

@@ -1,6 +1,7 @@
 // What the graphics context is started with.
 #pragma once
 
+#include <zx3D/Message.h>
 #include <zx3D/zx3DExport.h>
 
 #include <bgfx/bgfx.h>
@@ -25,6 +26,9 @@ struct ContextOptions {
     std::uint32_t width = 0;             ///< of that window, pixels
     std::uint32_t height = 0;            ///< of that window, pixels
     bgfx::CallbackI* callback = nullptr; ///< receives errors and trace text, from any thread; may be null
+    /// Takes what zx3D has to say, from any thread and for the rest of the process; without one it goes to
+    /// the trace of `callback`. bgfx's own messages always do.
+    MessageHandler messageHandler;
     ThreadMode threadMode = ThreadMode::MultiThreaded; ///< which thread executes the frames
     bool verticalSync = false;                         ///< wait for the display's refresh when presenting
 

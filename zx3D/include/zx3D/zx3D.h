@@ -8,6 +8,8 @@
 #include <zx3D/DataSpan.h>
 #include <zx3D/FrameBuffer.h>
 #include <zx3D/Line.h>
+#include <zx3D/Message.h>
+#include <zx3D/Owned.h>
 #include <zx3D/ProgramFactory.h>
 #include <zx3D/TaggedValueType.h>
 #include <zx3D/Text.h>

@@ -15,7 +15,7 @@ struct State {
     bgfx::RendererType::Enum preferredRenderer = bgfx::RendererType::Count;
     ContextOptions options;
     std::unique_ptr<RunningContext> running;
-    std::uint64_t runs = 0; ///< successful starts so far
+    std::uint64_t run = 0; ///< starts and stops so far: odd while the context runs
 };
 
 State& GetState() {
@@ -28,8 +28,7 @@ State& GetState() {
 
 ContextRun ContextRun::Current() {
     ContextRun run;
-    if (GetState().running)
-        run.m_number = GetState().runs;
+    run.m_number = GetState().run;
     return run;
 }
 
@@ -41,7 +40,7 @@ bool Context::Initialize(ContextOptions const& options) {
     state.running = RunningContext::Start(options, state.preferredRenderer);
     if (!state.running)
         return false;
-    ++state.runs;
+    ++state.run;
     SurfaceRegistry::Get().BeginRun(state.running->GetNativeWindows());
     return true;
 }
@@ -53,6 +52,7 @@ void Context::Shutdown() {
         ProgramFactory::Get().DestroyPrograms();
         SurfaceRegistry::Get().EndRun();
         state.running.reset();
+        ++state.run;
     }
     state.options.callback = nullptr; // borrowed until now, also when the start failed
 }

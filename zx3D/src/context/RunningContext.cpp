@@ -1,7 +1,7 @@
 // Starting bgfx, and being sure that what started is what was meant.
 #include "RunningContext.h"
 
-#include "Trace.h"
+#include "../message/Say.h"
 
 #include <bgfx/platform.h>
 
@@ -45,24 +45,24 @@ bool RunningContext::OpenDisplay(ContextOptions const& options) {
     m_display = DisplayConnection::Open();
     m_windows = NativeWindows::Connect();
     if (!m_display.IsOpen() || !m_windows) {
-        Trace(options.callback, __FILE__, __LINE__,
-              "zx3D: there is no X display to draw on (is DISPLAY set?)");
+        Say(MessageLevel::Warning, "context.no-display",
+            "there is no X display to draw on (is DISPLAY set?)");
         return false;
     }
     // bgfx would take the process down over a handle that is no window.
     if (m_windows->Exists(options.nativeWindowHandle))
         return true;
-    Trace(options.callback, __FILE__, __LINE__,
-          "zx3D: native handle %p is not a window of the X display (with Qt, use the platform \"xcb\")",
-          options.nativeWindowHandle);
+    Say(MessageLevel::Warning, "context.not-a-window",
+        "native handle %p is not a window of the X display (with Qt, use the platform \"xcb\")",
+        options.nativeWindowHandle);
     return false;
 }
 
 bool RunningContext::PrepareThreads(ContextOptions const& options) {
     static bool singleThreadedBefore = false;
     if (singleThreadedBefore && BX_CONFIG_DEBUG) {
-        Trace(options.callback, __FILE__, __LINE__,
-              "zx3D: a debug build of bgfx does not start again after a single-threaded run");
+        Say(MessageLevel::Warning, "context.no-restart",
+            "a debug build of bgfx does not start again after a single-threaded run");
         return false;
     }
     if (options.threadMode == ContextOptions::ThreadMode::SingleThreaded) {
@@ -77,14 +77,14 @@ bool RunningContext::PrepareThreads(ContextOptions const& options) {
 bool RunningContext::StartBgfx(ContextOptions const& options, bgfx::RendererType::Enum renderer) {
     m_bgfxRuns = bgfx::init(ToInit(options, renderer, m_display.GetNativeDisplay()));
     if (!m_bgfxRuns) {
-        Trace(options.callback, __FILE__, __LINE__, "zx3D: bgfx does not start");
+        Say(MessageLevel::Warning, "context.not-started", "bgfx does not start");
         return false;
     }
     // When every other renderer failed, bgfx falls back to the one that draws nothing.
     bool const drawsNothing = bgfx::getRendererType() == bgfx::RendererType::Noop;
     if (drawsNothing && renderer != bgfx::RendererType::Noop) {
-        Trace(options.callback, __FILE__, __LINE__,
-              "zx3D: bgfx finds no renderer that works on this machine");
+        Say(MessageLevel::Warning, "context.no-renderer",
+            "bgfx finds no renderer that works on this machine");
         return false;
     }
     return true;

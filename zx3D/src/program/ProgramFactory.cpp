@@ -3,7 +3,7 @@
 
 #include <zx3D/Context.h>
 
-#include "../context/Trace.h"
+#include "../message/Say.h"
 #include "EmbeddedShaders.h"
 
 #include <span>
@@ -13,8 +13,8 @@ namespace zarvex::zx3D {
 namespace {
 
 void Report(std::string_view shader, char const* what, char const* detail = "") {
-    Trace(Context::GetOptions().callback, __FILE__, __LINE__, "zx3D: shader \"%.*s\" %s%s",
-          static_cast<int>(shader.size()), shader.data(), what, detail);
+    Say(MessageLevel::Warning, "program.not-created", "shader \"%.*s\" %s%s", static_cast<int>(shader.size()),
+        shader.data(), what, detail);
 }
 
 /// The shader's binary for the running renderer. The renderer that draws nothing takes any.

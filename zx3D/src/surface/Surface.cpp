@@ -2,7 +2,7 @@
 #include "Surface.h"
 
 #include "../context/FramePump.h"
-#include "../context/Trace.h"
+#include "../message/Say.h"
 #include "NativeWindows.h"
 #include "SurfaceRegistry.h"
 
@@ -94,8 +94,8 @@ bgfx::FrameBufferHandle Surface::CreateOnWindow() {
     m_child = windows != nullptr ? windows->CreateChild(parent, width, height) : m_nativeWindow;
     m_inSight = CanBeInSight();
     if (!m_inSight) {
-        Trace(Context::GetOptions().callback, __FILE__, __LINE__,
-              "zx3D: native window %p does not exist; what is drawn for it is not shown", m_nativeWindow);
+        Say(MessageLevel::Warning, "surface.window-gone",
+            "native window %p does not exist; what is drawn for it is not shown", m_nativeWindow);
     }
     bgfx::FrameBufferHandle const handle =
         bgfx::createFrameBuffer(m_child, width, height, m_colorFormat, m_depthFormat);
@@ -107,9 +107,9 @@ bgfx::FrameBufferHandle Surface::CreateOnWindow() {
 bgfx::FrameBufferHandle Surface::CreateOnTextures() const {
     auto const [width, height] = m_requested;
     if (std::max(width, height) > bgfx::getCaps()->limits.maxTextureSize) {
-        Trace(Context::GetOptions().callback, __FILE__, __LINE__,
-              "zx3D: a frame buffer of %u x %u pixels is beyond this GPU's textures (at most %u)", width,
-              height, bgfx::getCaps()->limits.maxTextureSize);
+        Say(MessageLevel::Warning, "surface.too-large",
+            "a frame buffer of %u x %u pixels is beyond this GPU's textures (at most %u)", width, height,
+            bgfx::getCaps()->limits.maxTextureSize);
         return BGFX_INVALID_HANDLE;
     }
     constexpr std::uint64_t colorFlags = BGFX_TEXTURE_RT | BGFX_SAMPLER_U_CLAMP | BGFX_SAMPLER_V_CLAMP;

@@ -1,7 +1,7 @@
 // The public operations: from handles to objects.
 #include <zx3D/Text.h>
 
-#include "../context/Trace.h"
+#include "../message/Say.h"
 #include "TextSystem.h"
 
 #include <zx3D/Context.h>
@@ -19,8 +19,7 @@ constexpr std::size_t kLongText = 1 << 20;
 
 void Report(char const* name, char const* problem) {
     constexpr int longest = 256;
-    Trace(Context::GetOptions().callback, __FILE__, __LINE__, "zx3D: font \"%.*s\": %s", longest, name,
-          problem);
+    Say(MessageLevel::Warning, "font.not-loaded", "font \"%.*s\": %s", longest, name, problem);
 }
 
 std::optional<FontHandle> AddFont(char const* name, FontData data, long faceIndex, std::uint16_t pixelSize) {

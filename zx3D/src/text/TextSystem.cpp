@@ -1,7 +1,7 @@
 // The way of a text from its buffer to bgfx.
 #include "TextSystem.h"
 
-#include "../context/Trace.h"
+#include "../message/Say.h"
 #include "Utf8.h"
 
 #include <zx3D/Context.h>
@@ -94,9 +94,8 @@ void TextSystem::Append(TextBuffer& buffer, std::string_view utf8) {
     buffer.text.append(fitting);
     buffer.cached.reset();
     if (fitting.size() < utf8.size())
-        Trace(Context::GetOptions().callback, __FILE__, __LINE__,
-              "zx3D: a text buffer takes 64 KiB of text; %zu bytes are left out",
-              utf8.size() - fitting.size());
+        Say(MessageLevel::Warning, "text.too-long",
+            "a text buffer takes 64 KiB of text; %zu bytes are left out", utf8.size() - fitting.size());
 }
 
 void TextSystem::Submit(TextBuffer& buffer, std::uint16_t view, std::int32_t depth) {
@@ -120,7 +119,10 @@ void TextSystem::Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth
     PlaceInAtlas(text, *font);
     if (!m_renderer.Draw(text.shaped, text.quads, *appearance, m_atlas, view,
                          static_cast<std::uint32_t>(depth)))
-        ReportOnce(m_reportedFullFrame, "zx3D: text is left out, the frame's transient vertices are used up");
+        m_fullFrame.Raise([] {
+            Say(MessageLevel::Warning, "text.full-frame",
+                "text is left out, the frame's transient vertices are used up");
+        });
 }
 
 CachedText& TextSystem::Layout(TextBuffer& buffer, Font& font) {
@@ -140,23 +142,20 @@ void TextSystem::PlaceInAtlas(CachedText& text, Font const& font) {
         return;
     GlyphResolver::Missing const missing = m_resolver.Resolve(text.shaped, font, m_atlas, text.quads);
     if (missing.damaged != 0)
-        Trace(Context::GetOptions().callback, __FILE__, __LINE__,
-              "zx3D: %zu glyphs are damaged or too large to be drawn", missing.damaged);
+        Say(MessageLevel::Warning, "text.damaged-glyphs", "%zu glyphs are damaged or too large to be drawn",
+            missing.damaged);
     if (missing.homeless != 0)
-        ReportOnce(m_reportedFullAtlas, "zx3D: glyphs are left out, there are too many large ones at once");
-}
-
-void TextSystem::ReportOnce(bool& isReported, char const* message) {
-    if (!isReported)
-        Trace(Context::GetOptions().callback, __FILE__, __LINE__, "%s", message);
-    isReported = true;
+        m_fullAtlas.Raise([] {
+            Say(MessageLevel::Warning, "text.full-atlas",
+                "glyphs are left out, there are too many large ones at once");
+        });
 }
 
 void TextSystem::OnContextStopping() {
     m_atlas.Clear();
     m_renderer.Stop();
-    m_reportedFullFrame = false;
-    m_reportedFullAtlas = false;
+    m_fullFrame.Clear();
+    m_fullAtlas.Clear();
 }
 
 } // namespace zarvex::zx3D

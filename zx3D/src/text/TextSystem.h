@@ -10,6 +10,7 @@
 #include "TextShaper.h"
 
 #include <zx3D/ContextListener.h>
+#include <zx3D/Message.h>
 #include <zx3D/Text.h>
 
 #include <memory>
@@ -70,7 +71,6 @@ private:
     void Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth);
     CachedText& Layout(TextBuffer& buffer, Font& font);
     void PlaceInAtlas(CachedText& text, Font const& font);
-    static void ReportOnce(bool& isReported, char const* message);
 
     FaceLoader m_faceLoader; // outlives the faces
     SystemFonts m_systemFonts;
@@ -82,8 +82,8 @@ private:
     GlyphResolver m_resolver;
     GlyphAtlas m_atlas;
     TextRenderer m_renderer;
-    bool m_reportedFullFrame = false; // in this run of the context
-    bool m_reportedFullAtlas = false;
+    OncePerCause m_fullFrame; // in this run of the context
+    OncePerCause m_fullAtlas;
 };
 
 } // namespace zarvex::zx3D
