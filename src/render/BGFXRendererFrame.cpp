@@ -26,7 +26,7 @@ bool BGFXRenderer::StartFrame(zx3D::FrameBuffer& frameBuffer) {
 }
 
 std::uint32_t BGFXRenderer::PresentCurrentAndSubmitNextFrame(bool capture) {
-    std::uint32_t const frame = bgfx::frame(capture);
+    std::uint32_t const frame = zx3D::Context::SubmitFrame(capture);
     LogDebug("--- [1] Presenting current frame [", frame, "] ---");
     LogDebug("--- [2] Submitting next    frame [", frame + 1, "] ---");
     return frame;
@@ -34,9 +34,9 @@ std::uint32_t BGFXRenderer::PresentCurrentAndSubmitNextFrame(bool capture) {
 
 std::uint32_t BGFXRenderer::PresentSubmittedFrame(bool capture) {
     // bgfx runs up to one frame behind: the second call waits for the recorded frame.
-    std::uint32_t const discarded = bgfx::frame(capture);
+    std::uint32_t const discarded = zx3D::Context::SubmitFrame(capture);
     LogDebug("--- [1] Presenting discarded frame [count:", discarded, "] ---");
-    std::uint32_t const frame = bgfx::frame(capture);
+    std::uint32_t const frame = zx3D::Context::SubmitFrame(capture);
     LogDebug("--- [2] Presenting submitted frame [count:", frame, "] ---");
     return frame;
 }

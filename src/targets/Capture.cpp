@@ -67,7 +67,7 @@ QImage Read(bgfx::TextureHandle source, bgfx::TextureHandle readBackTexture, QSi
     if (readyFrame != 0) {
         do
             beforeEachFrame();
-        while (bgfx::frame(false) != readyFrame);
+        while (zx3D::Context::SubmitFrame(false) != readyFrame);
     }
     // OpenGL stores the bottom row first.
     if (bgfx::getCaps()->originBottomLeft)

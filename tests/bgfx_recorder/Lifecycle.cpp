@@ -52,7 +52,8 @@ std::pair<uint32_t, uint32_t> TransientSizes(Limits const& limits) {
 
 void Start(State& state, bgfx::Init const& init) {
     state.running = std::make_unique<Running>();
-    state.apiThread = std::this_thread::get_id();
+    ++state.runs;
+    state.renderThread = RenderThread::None;
     auto const [vertexBytes, indexBytes] = TransientSizes(init.limits);
     Running& running = *state.running;
     running.transientVertices.Create(vertexBytes, running.vertexBuffers.Reserve().idx);
@@ -175,29 +176,40 @@ uint32_t frame(bool capture) {
         releases = call.Records().CollectReleases(false);
     }
     recorder::Run(releases);
+    State& state = State::Get();
+    std::unique_lock lock(state.mutex);
+    state.turned.wait(lock, [&state] { return state.settings.holdsFrames || !state.IsRenderThreadBusy(); });
     return number;
 }
 
 RenderFrame::Enum renderFrame(int32_t msecs) {
     State& state = State::Get();
     std::unique_lock lock(state.mutex);
+    bool const isOfCaller = state.caller == std::this_thread::get_id();
     if (state.running == nullptr) {
-        // A render thread asks again and again until there is a context: once is enough to read.
-        if (state.calls.empty() || state.calls.back().name != "renderFrame") {
+        if (isOfCaller) {
             state.calls.push_back({"renderFrame", Arguments(msecs), {}, {}});
         }
         return RenderFrame::NoContext;
     }
-    if (state.apiThread == std::this_thread::get_id()) {
+    if (isOfCaller) {
         return RenderFrame::Render;
     }
-    uint64_t const seen = state.turns;
+    uint64_t const run = state.runs;
+    state.renderThread = recorder::RenderThread::Waiting;
+    state.Turn();
     auto const patience = std::chrono::milliseconds(msecs < 0 ? 5000 : msecs);
-    bool const turned = state.turned.wait_for(lock, patience, [&] { return state.turns != seen; });
-    if (state.running == nullptr) {
+    bool const turned = state.turned.wait_for(
+        lock, patience, [&] { return state.runs != run || state.running == nullptr || state.CanRender(); });
+    if (state.runs != run || state.running == nullptr) {
         return RenderFrame::Exiting;
     }
-    return turned ? RenderFrame::Render : RenderFrame::Timeout;
+    if (!turned) {
+        return RenderFrame::Timeout;
+    }
+    ++state.running->executedFrames;
+    state.renderThread = recorder::RenderThread::Rendering;
+    return RenderFrame::Render;
 }
 
 void setPlatformData(PlatformData const& data) {

@@ -27,6 +27,7 @@ void Reset() {
     std::vector<Release> releases;
     {
         std::lock_guard const lock(state.mutex);
+        state.caller = std::this_thread::get_id();
         releases = state.CollectReleases(true);
         state.running.reset();
         state.Turn();
@@ -62,6 +63,7 @@ void Apply(Settings const& settings) {
     std::lock_guard const lock(state.mutex);
     state.settings = settings;
     state.UpdateCaps();
+    state.Turn();
 }
 
 void SetNextFrameNumber(uint32_t number) {
@@ -69,6 +71,7 @@ void SetNextFrameNumber(uint32_t number) {
     std::lock_guard const lock(state.mutex);
     if (state.running != nullptr) {
         state.running->numberOffset = number - state.running->frame;
+        state.Turn();
     }
 }
 

@@ -39,7 +39,9 @@
 /// - memory is let go by the second `frame` after its use, and at `shutdown`: only then are the release
 ///   functions of `makeRef` called, and the bytes must still be what they were when they were handed over;
 /// - `readTexture` fills the caller's memory no earlier than in the frame whose number it returned;
-/// - `renderFrame` on a thread other than `init`'s waits for the next `frame`, and ends with `shutdown`;
+/// - `renderFrame` on a thread other than the one that called `Reset` waits for the next `frame`, ends with
+///   `shutdown` and leaves no trace. Where there is such a thread, `frame` returns when it has executed the
+///   frame and waits again, so that tests find the same state every time (`Settings::holdsFrames` ends that);
 /// - `submit` and `dispatch` take over what is bound and discard it as their flags say.
 ///
 /// How arguments read: handles as "kind#index" ("program#3", "frameBuffer#invalid"), uniforms in `setUniform`
@@ -136,6 +138,7 @@ struct Settings {
     uint64_t supported = 0;                 ///< capability bits; by default compute, blit, read-back, windows
     bool homogeneousDepth = false;
     bool originBottomLeft = false;
+    bool holdsFrames = false; ///< true: frames stay in flight, as with a slow GPU, until it is false again
     uint32_t readLatency = 2; ///< `readTexture` is answered this many frames after the current one
     /// Gives the bytes that `readTexture` delivers for a texture of the given size; zeros when not set.
     std::function<std::vector<std::byte>(bgfx::TextureHandle, uint16_t width, uint16_t height)> pixels;

@@ -49,6 +49,10 @@ Running::Running() : transforms(kFloatsPerMatrix) {
     }
 }
 
+bool Running::HasFrameToExecute() const {
+    return static_cast<int32_t>(frame + numberOffset - executedFrames) > 0;
+}
+
 void Running::EndFrame() {
     transforms.resize(kFloatsPerMatrix);
     bound = {};
@@ -111,8 +115,17 @@ Settings State::DefaultSettings() {
 }
 
 void State::Turn() {
-    ++turns;
     turned.notify_all();
+}
+
+bool State::CanRender() const {
+    bool const isHeld = settings.holdsFrames && running->executedFrames > 0; // never that of `init`
+    return !isHeld && running->HasFrameToExecute();
+}
+
+bool State::IsRenderThreadBusy() const {
+    return renderThread == RenderThread::Rendering ||
+           (renderThread == RenderThread::Waiting && running != nullptr && running->HasFrameToExecute());
 }
 
 void State::UpdateCaps() {

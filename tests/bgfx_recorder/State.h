@@ -164,12 +164,20 @@ struct PendingRead {
     Bytes pixels;
 };
 
+/// What a thread other than the caller's does that executes frames.
+enum class RenderThread {
+    None,      ///< there is none, or it has not come yet
+    Waiting,   ///< for the next frame, in `renderFrame`
+    Rendering, ///< `renderFrame` has returned with one
+};
+
 /// What lives from `init` to `shutdown`.
 struct Running {
     Running();
 
-    uint32_t frame = 0;
-    uint32_t numberOffset = 0; ///< added to `frame` wherever callers see a frame number
+    uint32_t frame = 1;          ///< `init` has submitted one
+    uint32_t executedFrames = 0; ///< the number of the next frame for the render thread, as callers see it
+    uint32_t numberOffset = 0;   ///< added to `frame` wherever callers see a frame number
     std::vector<float> transforms;
     Bound bound;
     TransientSpace transientVertices;
@@ -192,6 +200,7 @@ struct Running {
     Table<bgfx::VertexBufferHandle> vertexBuffers{4096};
     Table<bgfx::VertexLayoutHandle> vertexLayouts{64};
 
+    bool HasFrameToExecute() const;
     void EndFrame();
     [[nodiscard]] std::vector<std::string> Describe() const;
     bool ReleaseTexture(bgfx::TextureHandle texture);
@@ -213,14 +222,22 @@ public:
     std::vector<std::string> leaks;
     std::unique_ptr<Running> running;
     std::list<MemoryBlock> memory;
-    std::thread::id apiThread;          ///< the one that called `init`
-    std::condition_variable_any turned; ///< wakes a render thread of the application's own
-    uint64_t turns = 0;                 ///< frames and shutdowns so far
+    std::thread::id caller = std::this_thread::get_id(); ///< the one that called `Reset`
+    std::condition_variable_any turned;                  ///< wakes who waits for a frame or its execution
+    uint64_t runs = 0;                                   ///< starts so far
+    RenderThread renderThread = RenderThread::None;
     uint32_t shadersCreated = 0;
     uint32_t programsCreated = 0;
 
-    /// Lets a waiting `renderFrame` go on.
+    /// Lets those look who wait for a frame or its execution.
     void Turn();
+
+    /// True while a frame is due that a render thread may execute.
+    bool CanRender() const;
+
+    /// True until the render thread, if there is one, has executed every frame and waits for the next.
+    bool IsRenderThreadBusy() const;
+
     void UpdateCaps();
     MemoryBlock& AddMemory();
     MemoryBlock* FindMemory(bgfx::Memory const* memory);

@@ -2,14 +2,19 @@
 #include "RenderTest.h"
 
 #include <harness/Trouble.h>
+#include <harness/WaitUntil.h>
 
 #include <zx3DQt/Library.h>
 
 #include <zx3D/Context.h>
+#include <zx3D/FrameListener.h>
 
 #include <QLoggingCategory>
 
 #include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
 #include <thread>
 
 using namespace zarvex;
@@ -61,6 +66,28 @@ void RequestScreenshot() {
     bgfx::requestScreenShot(BGFX_INVALID_HANDLE, "frame");
 }
 
+/// The frame that the render thread finished last, and on which thread.
+class LastFrame {
+public:
+    std::uint32_t GetNumber() const { return m_number; }
+    std::thread::id GetThread() const { return m_thread; }
+
+private:
+    std::atomic<std::uint32_t> m_number = 0;
+    std::atomic<std::thread::id> m_thread;
+    zx3D::FrameListener m_listener{[this](std::uint32_t number) {
+        m_thread = std::this_thread::get_id();
+        m_number = number;
+    }};
+};
+
+/// Time that all threads of the process together have been running, seconds.
+double ProcessSeconds() {
+    std::timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
 class RenderThreadTest : public ::testing::TestWithParam<bgfx::RendererType::Enum> {};
 
 } // namespace
@@ -87,6 +114,66 @@ TEST_P(RenderThreadTest, LogsThroughTheDefaultCallbackWhileTheGuiThreadLogs) {
     EXPECT_EQ(screenshots, kFrames);
     EXPECT_GE(messagesOfOtherThreads, kFrames);
     EXPECT_GE(messagesOfGuiThread, 5 * kFrames);
+}
+
+TEST_P(RenderThreadTest, TellsWhichFrameIsFinished) {
+    zx3D::Context::PreferRenderer(GetParam());
+    EXPECT_FALSE(zx3D::Context::IsFrameInFlight());
+    LastFrame const last;
+    ASSERT_TRUE(zx3DQt::Init(false));
+    EXPECT_FALSE(zx3D::Context::IsFrameInFlight()) << "none was submitted yet";
+    for (int i = 0; i < kFrames; ++i) {
+        if (i % 3 == 1)
+            bgfx::frame(); // the application's own, between ours
+        std::uint32_t const number = zx3D::Context::SubmitFrame();
+        ASSERT_TRUE(WaitUntil([] { return !zx3D::Context::IsFrameInFlight(); })) << "frame " << i;
+        ASSERT_TRUE(WaitUntil([&] { return last.GetNumber() >= number; }));
+        EXPECT_EQ(last.GetNumber(), number);
+        EXPECT_NE(last.GetThread(), std::this_thread::get_id());
+    }
+    zx3D::Context::SubmitFrame();
+    zx3DQt::Shutdown();
+    EXPECT_FALSE(zx3D::Context::IsFrameInFlight());
+}
+
+TEST_P(RenderThreadTest, IsTheSameInEveryRun) {
+    zx3D::Context::PreferRenderer(GetParam());
+    LastFrame const last;
+    std::thread::id first;
+    for (int run = 0; run < 5; ++run) {
+        ASSERT_TRUE(zx3DQt::Init(false));
+        std::uint32_t const number = zx3D::Context::SubmitFrame();
+        ASSERT_TRUE(WaitUntil([&] { return last.GetNumber() == number; }));
+        zx3DQt::Shutdown();
+        first = run == 0 ? last.GetThread() : first;
+        EXPECT_EQ(last.GetThread(), first);
+    }
+}
+
+TEST_P(RenderThreadTest, CostsNothingBetweenRuns) {
+    zx3D::Context::PreferRenderer(GetParam());
+    ASSERT_TRUE(zx3DQt::Init(false));
+    zx3DQt::Shutdown();
+    double const before = ProcessSeconds();
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    EXPECT_LT(ProcessSeconds() - before, 0.01);
+}
+
+namespace {
+
+void ExitWhileAFrameIsDrawn(bgfx::RendererType::Enum backend) {
+    zx3D::Context::PreferRenderer(backend);
+    static LastFrame const last; // hears of frames until the end
+    ASSERT_TRUE(zx3DQt::Init(false));
+    zx3D::Context::SubmitFrame();
+    std::exit(0);
+}
+
+} // namespace
+
+TEST_P(RenderThreadTest, AProcessMayExitWithoutShutdown) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(ExitWhileAFrameIsDrawn(GetParam()), ::testing::ExitedWithCode(0), "");
 }
 
 ZX3D_INSTANTIATE_BACKENDS(RenderThreadTest);

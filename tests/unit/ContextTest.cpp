@@ -1,8 +1,10 @@
 // zx3D::Context: what it starts bgfx with, how it fails, and how it stops.
 #include <zx3D/Context.h>
+#include <zx3D/FrameListener.h>
 
 #include <Fixtures.h>
 
+#include <atomic>
 #include <cstdlib>
 
 using namespace zarvex::zx3D;
@@ -79,9 +81,54 @@ TEST_F(ContextTest, VerticalSyncIsAskedForWhenWanted) {
     EXPECT_EQ(recorder::LastInit()->resolution.reset, std::uint32_t(BGFX_RESET_VSYNC));
 }
 
-TEST_F(ContextTest, MultiThreadedModeLeavesTheRenderThreadToBgfx) {
+TEST_F(ContextTest, AFrameIsInFlightUntilTheRenderThreadHasExecutedIt) {
+    EXPECT_FALSE(Context::IsFrameInFlight());
+    std::atomic<std::uint32_t> finished = 0;
+    FrameListener const listener([&finished](std::uint32_t number) { finished = number; });
     ASSERT_TRUE(Context::Initialize(Options()));
-    EXPECT_THAT(recorder::CallNames(), ElementsAre("init"));
+    EXPECT_FALSE(Context::IsFrameInFlight());
+    Configure([](recorder::Settings& settings) { settings.holdsFrames = true; });
+    std::uint32_t const number = Context::SubmitFrame(true);
+    EXPECT_EQ(recorder::Calls().back().Text(), "frame(true)");
+    EXPECT_TRUE(Context::IsFrameInFlight());
+    EXPECT_LT(finished, number);
+    Configure([](recorder::Settings& settings) { settings.holdsFrames = false; });
+    Context::SubmitFrame();
+    EXPECT_FALSE(Context::IsFrameInFlight());
+    EXPECT_EQ(finished, number + 1);
+}
+
+TEST_F(ContextTest, FramesOfTheApplicationItselfAreNotMistakenForOurs) {
+    ASSERT_TRUE(Context::Initialize(Options()));
+    Context::SubmitFrame();
+    Configure([](recorder::Settings& settings) { settings.holdsFrames = true; });
+    bgfx::frame();
+    EXPECT_FALSE(Context::IsFrameInFlight());
+    Context::SubmitFrame();
+    EXPECT_TRUE(Context::IsFrameInFlight());
+    Configure([](recorder::Settings& settings) { settings.holdsFrames = false; });
+    bgfx::frame();
+    EXPECT_FALSE(Context::IsFrameInFlight());
+}
+
+TEST_F(ContextTest, FrameNumbersMayWrapAround) {
+    ASSERT_TRUE(Context::Initialize(Options()));
+    recorder::SetNextFrameNumber(0xffffffff);
+    Context::SubmitFrame();
+    EXPECT_FALSE(Context::IsFrameInFlight());
+    Context::SubmitFrame();
+    EXPECT_FALSE(Context::IsFrameInFlight());
+}
+
+TEST_F(ContextTest, NoFrameIsInFlightWithoutAContext) {
+    ASSERT_TRUE(Context::Initialize(Options()));
+    Configure([](recorder::Settings& settings) { settings.holdsFrames = true; });
+    Context::SubmitFrame();
+    EXPECT_TRUE(Context::IsFrameInFlight());
+    Context::Shutdown();
+    EXPECT_FALSE(Context::IsFrameInFlight());
+    ASSERT_TRUE(Context::Initialize(Options()));
+    EXPECT_FALSE(Context::IsFrameInFlight()) << "that was another run's";
 }
 
 TEST_F(ContextTest, SecondInitializeFailsAndChangesNothing) {

@@ -41,9 +41,9 @@ public:
 
     /// Starts bgfx on the window of the options. Returns true on success, and false when the context runs
     /// already, when there is no X display, when the handle is not a window of that display, or when bgfx
-    /// finds no renderer that works; it can then be called again. Also false when a debug build of bgfx is to
-    /// start once more after a single-threaded run, which it refuses. A fatal error inside bgfx goes to the
-    /// callback's `fatal`.
+    /// finds no renderer that works; it can then be called again. Also false when a debug build of bgfx has
+    /// run before, unless all runs, this one included, are multi-threaded: it refuses every other sequence. A
+    /// fatal error inside bgfx goes to the callback's `fatal`.
     static bool Initialize(ContextOptions const& options);
 
     /// Destroys the programs and surfaces that are left and stops bgfx. When it returns, bgfx makes no more
@@ -55,6 +55,15 @@ public:
 
     /// True from a successful `Initialize` to the next `Shutdown`.
     static bool IsInitialized();
+
+    /// Calls `bgfx::frame` once and returns the frame's number. Whoever submits frames this way is known to
+    /// `IsFrameInFlight`; `bgfx::frame` itself remains usable beside it. bgfx must run.
+    static std::uint32_t SubmitFrame(bool capture = false);
+
+    /// True from `SubmitFrame` until the render thread has executed that frame, when the next `bgfx::frame`
+    /// would have to wait. A frame that was submitted by `bgfx::frame` itself does not count. Always false in
+    /// single-threaded mode and while the context is not initialised. `FrameListener` tells when it ends.
+    static bool IsFrameInFlight();
 
     /// Asks for a renderer backend, for every `Initialize` that follows. `bgfx::RendererType::Count`, the
     /// initial value, leaves the choice to bgfx. A preference: where the backend cannot start, bgfx takes

@@ -15,7 +15,8 @@ namespace zarvex::zx3D {
 struct ContextOptions {
     /// Which thread executes the recorded frames.
     enum class ThreadMode : std::uint8_t {
-        /// A render thread of bgfx's own; the recording thread runs one frame ahead. On OpenGL this keeps
+        /// A render thread of zx3D's own, one for the life of the process; the recording thread runs one
+        /// frame ahead. On OpenGL this keeps
         /// bgfx's GL contexts off the GUI thread, where Qt may have its own.
         MultiThreaded = 0,
         /// `bgfx::frame` executes the frame before it returns.

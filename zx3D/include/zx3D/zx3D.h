@@ -7,6 +7,7 @@
 #include <zx3D/ContextOptions.h>
 #include <zx3D/DataSpan.h>
 #include <zx3D/FrameBuffer.h>
+#include <zx3D/FrameListener.h>
 #include <zx3D/Line.h>
 #include <zx3D/Message.h>
 #include <zx3D/Owned.h>

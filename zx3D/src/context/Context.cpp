@@ -65,6 +65,18 @@ bool Context::IsInitialized() {
     return GetState().running != nullptr;
 }
 
+std::uint32_t Context::SubmitFrame(bool capture) {
+    std::uint32_t const number = bgfx::frame(capture);
+    if (RunningContext* const running = GetState().running.get())
+        running->NoteSubmittedFrame(number);
+    return number;
+}
+
+bool Context::IsFrameInFlight() {
+    RunningContext const* const running = GetState().running.get();
+    return running != nullptr && running->IsFrameInFlight();
+}
+
 void Context::PreferRenderer(bgfx::RendererType::Enum renderer) {
     GetState().preferredRenderer = renderer;
 }

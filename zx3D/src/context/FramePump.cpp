@@ -3,14 +3,12 @@
 
 #include <zx3D/Context.h>
 
-#include <bgfx/bgfx.h>
-
 namespace zarvex::zx3D {
 
 void FinishRecordedFrames() {
-    bgfx::frame();
+    Context::SubmitFrame();
     if (Context::GetOptions().threadMode == ContextOptions::ThreadMode::MultiThreaded)
-        bgfx::frame(); // waits for the one before
+        Context::SubmitFrame(); // waits for the one before
 }
 
 } // namespace zarvex::zx3D

@@ -39,6 +39,12 @@ std::unique_ptr<RunningContext> RunningContext::Start(ContextOptions const& opti
 RunningContext::~RunningContext() {
     if (m_bgfxRuns)
         bgfx::shutdown();
+    if (m_renderThread != nullptr)
+        m_renderThread->EndRun();
+}
+
+bool RunningContext::IsFrameInFlight() const {
+    return m_renderThread != nullptr && m_submitted && !m_renderThread->HasFinished(*m_submitted);
 }
 
 bool RunningContext::OpenDisplay(ContextOptions const& options) {
@@ -59,17 +65,20 @@ bool RunningContext::OpenDisplay(ContextOptions const& options) {
 }
 
 bool RunningContext::PrepareThreads(ContextOptions const& options) {
-    static bool singleThreadedBefore = false;
-    if (singleThreadedBefore && BX_CONFIG_DEBUG) {
+    bool const singleThreaded = options.threadMode == ContextOptions::ThreadMode::SingleThreaded;
+    static std::optional<bool> singleThreadedBefore;
+    bool const canStart = !singleThreadedBefore || !(singleThreaded || *singleThreadedBefore);
+    if (BX_CONFIG_DEBUG && !canStart) {
         Say(MessageLevel::Warning, "context.no-restart",
-            "a debug build of bgfx does not start again after a single-threaded run");
+            "a debug build of bgfx starts again only in multi-threaded mode after multi-threaded runs");
         return false;
     }
-    if (options.threadMode == ContextOptions::ThreadMode::SingleThreaded) {
-        bgfx::renderFrame(); // before bgfx::init, it tells bgfx to start no render thread
-        singleThreadedBefore = true;
-    } else if (singleThreadedBefore) {
-        m_renderThread.emplace();
+    singleThreadedBefore = singleThreaded;
+    if (singleThreaded) {
+        bgfx::renderFrame(); // before bgfx::init, it tells bgfx that the calling thread renders
+    } else {
+        m_renderThread = &RenderThread::Get();
+        m_renderThread->BeginRun();
     }
     return true;
 }
@@ -80,6 +89,8 @@ bool RunningContext::StartBgfx(ContextOptions const& options, bgfx::RendererType
         Say(MessageLevel::Warning, "context.not-started", "bgfx does not start");
         return false;
     }
+    if (m_renderThread != nullptr)
+        m_renderThread->AwaitFirstFrame();
     // When every other renderer failed, bgfx falls back to the one that draws nothing.
     bool const drawsNothing = bgfx::getRendererType() == bgfx::RendererType::Noop;
     if (drawsNothing && renderer != bgfx::RendererType::Noop) {

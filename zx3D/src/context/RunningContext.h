@@ -9,6 +9,7 @@
 
 #include <bgfx/bgfx.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -28,6 +29,12 @@ public:
     /// The windows of the display; null when the renderer needs none.
     NativeWindows* GetNativeWindows() const { return m_windows.get(); }
 
+    /// A frame was handed to bgfx.
+    void NoteSubmittedFrame(std::uint32_t number) { m_submitted = number; }
+
+    /// True while the render thread has not executed the frame that was noted last.
+    bool IsFrameInFlight() const;
+
 private:
     RunningContext() = default;
 
@@ -35,11 +42,12 @@ private:
     bool PrepareThreads(ContextOptions const& options);
     bool StartBgfx(ContextOptions const& options, bgfx::RendererType::Enum renderer);
 
-    // Destroyed in reverse: the render thread ends before what it draws to goes.
+    // Destroyed in reverse, after bgfx: the connection goes last.
     DisplayConnection m_display;
     std::unique_ptr<NativeWindows> m_windows;
-    std::optional<RenderThread> m_renderThread;
+    RenderThread* m_renderThread = nullptr; ///< in multi-threaded mode
     bool m_bgfxRuns = false;
+    std::optional<std::uint32_t> m_submitted; ///< newest frame of `SubmitFrame`
 };
 
 } // namespace zarvex::zx3D
