@@ -1,7 +1,7 @@
-// Start, stop and what went wrong in between.
+// Start and stop.
 #include "LibraryRun.h"
 
-#include "Trouble.h"
+#include "TroubleCallback.h"
 
 #include <zx3DQt/Library.h>
 
@@ -21,15 +21,6 @@ LibraryRun::LibraryRun(bgfx::RendererType::Enum backend) {
 
 LibraryRun::~LibraryRun() {
     zx3DQt::Shutdown();
-    std::vector<std::string> troubles = Trouble::Take();
-    for (std::string const& expected : m_expected) {
-        auto const says = [&expected](std::string const& trouble) {
-            return trouble.find(expected) != std::string::npos;
-        };
-        EXPECT_NE(std::erase_if(troubles, says), 0u) << "expected, but not met: " << expected;
-    }
-    for (std::string const& trouble : troubles)
-        ADD_FAILURE() << trouble;
 }
 
 } // namespace zarvex::testing

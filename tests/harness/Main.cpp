@@ -6,6 +6,19 @@
 
 #include <gtest/gtest.h>
 
+#include <X11/Xlib.h>
+
+namespace {
+
+int OnXError(Display*, XErrorEvent* error) {
+    zarvex::testing::Trouble::Report("X error " + std::to_string(error->error_code) + " in request " +
+                                     std::to_string(error->request_code) + "." +
+                                     std::to_string(error->minor_code));
+    return 0;
+}
+
+} // namespace
+
 int main(int argc, char* argv[]) {
     testing::InitGoogleTest(&argc, argv);
     if (testing::GTEST_FLAG(list_tests))
@@ -15,6 +28,8 @@ int main(int argc, char* argv[]) {
     zarvex::testing::VirtualDisplay const display;
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    zarvex::testing::Trouble::Watch(); // after Qt has installed its own handlers
+    // After Qt has installed its own handlers.
+    XSetErrorHandler(OnXError);
+    zarvex::testing::Trouble::Watch();
     return RUN_ALL_TESTS();
 }

@@ -1,16 +1,13 @@
-// The listeners behind the troubles.
+// The list of troubles, and the listeners to Qt and to the tests.
 #include "Trouble.h"
-
-#include <bx/string.h>
 
 #include <QByteArray>
 #include <QString>
 
-#include <X11/Xlib.h>
+#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <mutex>
-#include <string_view>
 #include <utility>
 
 namespace zarvex::testing {
@@ -19,12 +16,7 @@ namespace {
 
 std::mutex mutex;
 std::vector<std::string> troubles;
-
-int OnXError(Display*, XErrorEvent* error) {
-    Trouble::Report("X error " + std::to_string(error->error_code) + " in request " +
-                    std::to_string(error->request_code) + "." + std::to_string(error->minor_code));
-    return 0;
-}
+std::vector<std::string> expectations;
 
 void OnQtMessage(QtMsgType type, QMessageLogContext const& context, QString const& text) {
     // Qt says so once a process where the session has no such folder, as in a container.
@@ -34,11 +26,29 @@ void OnQtMessage(QtMsgType type, QMessageLogContext const& context, QString cons
         Trouble::Report(std::string(context.category) + ": " + text.toStdString());
 }
 
+/// How a message of the libraries ends that has this name.
+std::string EndOfWarning(std::string_view name) {
+    return " [" + std::string(name) + "]";
+}
+
+/// Fails what runs now for all that was met, and for all that was expected and was not.
+class FailureOfTests : public ::testing::EmptyTestEventListener {
+    void OnTestEnd(::testing::TestInfo const&) override { Fail(); }
+    void OnTestSuiteEnd(::testing::TestSuite const&) override { Fail(); }
+
+    static void Fail() {
+        for (std::string const& expected : std::exchange(expectations, {}))
+            EXPECT_FALSE(Trouble::Take(expected).empty()) << "expected, but not met: " << expected;
+        for (std::string const& trouble : Trouble::Take())
+            ADD_FAILURE() << trouble;
+    }
+};
+
 } // namespace
 
 void Trouble::Watch() {
-    XSetErrorHandler(OnXError);
     qInstallMessageHandler(OnQtMessage);
+    ::testing::UnitTest::GetInstance()->listeners().Append(new FailureOfTests);
 }
 
 void Trouble::Report(std::string text) {
@@ -47,22 +57,32 @@ void Trouble::Report(std::string text) {
     troubles.push_back(std::move(text));
 }
 
+void Trouble::Expect(std::string text) {
+    expectations.push_back(std::move(text));
+}
+
 std::vector<std::string> Trouble::Take() {
+    return Take({});
+}
+
+std::vector<std::string> Trouble::Take(std::string_view text) {
     std::lock_guard const lock(mutex);
-    return std::exchange(troubles, {});
+    std::vector<std::string> taken;
+    std::erase_if(troubles, [&](std::string& trouble) {
+        bool const contains = trouble.find(text) != trouble.npos;
+        if (contains)
+            taken.push_back(std::move(trouble));
+        return contains;
+    });
+    return taken;
 }
 
-void TroubleCallback::fatal(char const* filePath, std::uint16_t line, bgfx::Fatal::Enum, char const* str) {
-    Trouble::Report("bgfx fatal at " + std::string(filePath) + ":" + std::to_string(line) + ": " + str);
+void ExpectWarning(std::string_view name) {
+    Trouble::Expect(EndOfWarning(name));
 }
 
-void TroubleCallback::traceVargs(char const*, std::uint16_t, char const* format, std::va_list argList) {
-    char buffer[1024];
-    bx::vsnprintf(buffer, sizeof buffer, format, argList);
-    std::string_view const text = buffer;
-    bool const isOfVulkansValidation = text.find(" Validation, ") != text.npos;
-    if (text.find("LEAK") != text.npos || text.starts_with("zx3D:") || isOfVulkansValidation)
-        Trouble::Report(std::string(text));
+std::vector<std::string> TakeWarnings(std::string_view name) {
+    return Trouble::Take(EndOfWarning(name));
 }
 
 } // namespace zarvex::testing

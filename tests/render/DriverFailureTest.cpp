@@ -4,6 +4,7 @@
 
 #include <harness/LibraryRun.h>
 #include <harness/Trouble.h>
+#include <harness/TroubleCallback.h>
 
 #include <zx3DQt/Library.h>
 

@@ -4,8 +4,6 @@
 #include "OffscreenTarget.h"
 #include "TextPainting.h"
 
-#include <harness/Trouble.h>
-
 #include <zx3DQt/BGFXRenderer.h>
 
 #include <memory>
@@ -73,8 +71,6 @@ SharedRunTest::SharedRunTest() {
 
 SharedRunTest::~SharedRunTest() {
     EXPECT_EQ(Count(), m_countsBefore) << "left behind";
-    for (std::string const& trouble : Trouble::Take())
-        ADD_FAILURE() << trouble;
 }
 
 void SharedRunTest::TearDownTestSuite() {

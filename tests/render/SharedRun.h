@@ -29,9 +29,8 @@ std::ostream& operator<<(std::ostream& stream, ObjectCounts const& counts);
 /// A test with the library running, a row per backend. The run goes on with the suite's next test of the same
 /// backend, which starts from reset views.
 ///
-/// Fails when bgfx holds other objects after the test than before, and for every trouble met meanwhile. What
-/// bgfx reports as leaked when the run ends fails the suite. A test that needs a run of its own derives from
-/// BackendTest.
+/// Fails when bgfx holds other objects after the test than before. What bgfx reports as leaked when the run
+/// ends fails the suite. A test that needs a run of its own derives from BackendTest.
 class SharedRunTest : public ::testing::TestWithParam<bgfx::RendererType::Enum> {
 protected:
     SharedRunTest();

@@ -5,9 +5,11 @@
 #include <zx3DQt/Library.h>
 
 #include <Fixtures.h>
+
 #include <LogCapture.h>
 #include <Picture.h>
 #include <TopLevels.h>
+#include <Warnings.h>
 
 #include <QApplication>
 #include <QLoggingCategory>
@@ -462,6 +464,7 @@ TEST_F(BGFXOffscreenWidgetTest, WhenNoBlitTargetCanBeCreatedThePreviousOneIsKept
 }
 
 TEST_F(BGFXOffscreenWidgetTest, AWidgetBeyondTheLargestTexturePaintsNothing) {
+    ExpectWarning("surface.too-large");
     Widget widget;
     Resize(widget, 16385, 10);
     widget.GetFrameBuffer().SubmitOnDemand();

@@ -2,8 +2,10 @@
 #include <zx3DQt/BGFXRenderer.h>
 
 #include <Fixtures.h>
+
 #include <LogCapture.h>
 #include <PrivateMember.h>
+#include <Warnings.h>
 
 #include <any>
 #include <map>
@@ -168,6 +170,7 @@ TEST_F(BGFXRendererFrameTest, AfterCleanUpTheNextFrameCreatesThemAgain) {
 }
 
 TEST_F(BGFXRendererFrameTest, AMissingProgramLeavesFrameBufferAndResourcesAlone) {
+    ExpectWarning("program.not-created");
     Configure([](recorder::Settings& settings) { settings.failingProgram = 0; });
     BGFXRenderer renderer;
     std::weak_ptr<int> const resource = Put(renderer.*Revealed<FrameResources>::pointer);

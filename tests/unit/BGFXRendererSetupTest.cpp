@@ -6,8 +6,10 @@
 #include <zx3DQt/Library.h>
 
 #include <Fixtures.h>
+
 #include <LogCapture.h>
 #include <PrivateMember.h>
+#include <Warnings.h>
 
 #include <optional>
 #include <type_traits>
@@ -278,6 +280,7 @@ TEST_F(BGFXRendererSetupTest, TheDestructorLogsAndCleansUp) {
 }
 
 TEST_F(BGFXRendererSetupTest, AProgramThatCannotBeCreatedThrowsAndEndsTheAttempts) {
+    ExpectWarning("program.not-created");
     Configure([](recorder::Settings& settings) { settings.failingProgram = 2; });
     BGFXRenderer renderer;
     try {
@@ -295,6 +298,7 @@ TEST_F(BGFXRendererSetupTest, AProgramThatCannotBeCreatedThrowsAndEndsTheAttempt
 }
 
 TEST_F(BGFXRendererSetupTest, AfterAFailureTheRendererIsNotInitialisedAndTriesEverythingAgain) {
+    ExpectWarning("program.not-created");
     Configure([](recorder::Settings& settings) { settings.failingProgram = 2; });
     BGFXRenderer renderer;
     EXPECT_THROW(renderer.Initialize(), std::bad_optional_access);

@@ -5,7 +5,9 @@
 #include <zx3DQt/BGFXDefaultCallback.h>
 
 #include <Fixtures.h>
+
 #include <LogCapture.h>
+#include <Warnings.h>
 
 #include <QColor>
 #include <QWidget>
@@ -106,6 +108,7 @@ TEST_F(LibraryTest, ASecondInitIsTrueDeletesItsCallbackAndKeepsTheFirst) {
 }
 
 TEST_F(LibraryTest, AFailedInitCountsAsInitialised) {
+    ExpectWarning("context.not-started");
     int deaths = 0;
     Configure([](recorder::Settings& settings) { settings.failingInits = 1; });
     EXPECT_FALSE(Init(false, std::make_unique<MortalCallback>([&deaths] { ++deaths; })));

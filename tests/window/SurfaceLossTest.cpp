@@ -2,6 +2,7 @@
 #include "CornerWindow.h"
 
 #include "harness/LibraryRun.h"
+#include "harness/Trouble.h"
 
 #include <QGuiApplication>
 
@@ -65,7 +66,7 @@ TEST_P(SurfaceLossTest, ACopyThatOutlivesTheWindowDrawsToNowhere) {
 }
 
 TEST_P(SurfaceLossTest, AClosedWindowDrawsToNowhere) {
-    m_run.ExpectTrouble("zx3D: native window");
+    ExpectWarning("surface.window-gone");
     CornerWindow window(Qt::darkMagenta);
     ShowAndWait(window);
     ExpectPicture(window);

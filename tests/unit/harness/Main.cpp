@@ -1,4 +1,6 @@
 // Runs the tests with a QApplication alive.
+#include <harness/Trouble.h>
+
 #include <QApplication>
 
 #include <gmock/gmock.h>
@@ -11,5 +13,6 @@ int main(int argc, char** argv) {
     // No display is needed, and none is used where there is one.
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication const application(argc, argv);
+    zarvex::testing::Trouble::Watch(); // unless a LogCapture listens
     return RUN_ALL_TESTS();
 }
