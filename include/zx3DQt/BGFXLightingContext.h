@@ -5,7 +5,6 @@
 #include <zx3DQt/zx3DQtExport.h>
 
 #include <map>
-#include <set>
 #include <string>
 
 namespace zarvex::zx3DQt {
@@ -20,8 +19,8 @@ namespace zarvex::zx3DQt {
 ///
 /// To move or recolour a light, to remove one, or to replace all: `ClearAll`, add what is to be there,
 /// `Submit`. A light that was cleared and not added again is turned off by that `Submit`, and one of the
-/// lighting program's, "u_light0" to "u_light7", by all that follow, too. A context that is destroyed leaves
-/// its lights shining: clear it and submit it before a draw.
+/// lighting program's, "u_light0" to "u_light7", by all that follow, too, until somebody else submits a light
+/// of its name. A context that is destroyed leaves its lights shining: clear it and submit it before a draw.
 ///
 /// Lifetime: owns its lights. Thread: the GUI thread.
 class ZX3DQT_EXPORT BGFXLightingContext {
@@ -53,7 +52,8 @@ private:
     [[maybe_unused]] int m_reserved = -1;
     int m_nextId = 1;
     std::map<int, BGFXPointLightSource> m_lights;
-    mutable std::set<std::string> m_clearedNames; ///< of lights that `Submit` has to turn off
+    /// Lights that do not shine, by the names of those that were cleared and would shine on.
+    mutable std::map<std::string, BGFXPointLightSource> m_dark;
 };
 
 } // namespace zarvex::zx3DQt

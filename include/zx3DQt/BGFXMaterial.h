@@ -3,6 +3,7 @@
 
 #include <zx3DQt/zx3DQtExport.h>
 
+#include <zx3D/Context.h>
 #include <zx3D/ContextListener.h>
 
 #include <bgfx/bgfx.h>
@@ -31,7 +32,8 @@ namespace zarvex::zx3DQt {
 ///
 /// Lifetime: owns its uniforms from `CreateUniforms` to `DestroyUniforms`, its destructor, or the end of the
 /// context. Move construction hands them over; after a move assignment both objects refer to the same ones,
-/// and the caller sees to it that only one destroys them. Thread: the GUI thread. Errors: none are reported.
+/// and the caller sees to it that only one destroys them. Thread: the GUI thread. Errors: a warning says,
+/// once for a name, that uniforms could not be created, or were submitted without being there.
 class ZX3DQT_EXPORT BGFXMaterial : private zx3D::ContextListener {
 public:
     /// Black and transparent, without shininess, without a name.
@@ -47,13 +49,14 @@ public:
     BGFXMaterial& operator=(BGFXMaterial&& other);
     ~BGFXMaterial();
 
-    /// Creates the uniforms `name` + "_ambient", "_diffuse", "_specular", "_emission" and "_shininess". bgfx
-    /// must run. Destroys none that exist: call it once, or after `DestroyUniforms`.
+    /// Creates the uniforms `name` + "_ambient", "_diffuse", "_specular", "_emission" and "_shininess". The
+    /// library must run. Destroys none that exist: call it once, or after `DestroyUniforms`.
     void CreateUniforms();
     /// Destroys the uniforms that exist.
     void DestroyUniforms();
 
-    /// Sets the uniforms for the next draw. They must exist.
+    /// Sets the uniforms for the next draw. Those that do not exist, or are of an earlier run of the library,
+    /// are left out with a warning.
     void Submit() const;
 
     // The values reach the GPU with the next `Submit`, a name with the next `CreateUniforms`.
@@ -78,6 +81,7 @@ private:
 
     std::array<std::array<float, 4>, Count> m_values{}; ///< shininess in x
     std::array<bgfx::UniformHandle, Count> m_uniforms;
+    zx3D::ContextRun m_run; ///< in which the uniforms were created
     std::string m_name;
 };
 

@@ -3,11 +3,13 @@
 
 #include <zx3DQt/zx3DQtExport.h>
 
+#include <zx3D/Context.h>
 #include <zx3D/ContextListener.h>
 
 #include <bgfx/bgfx.h>
 
 #include <array>
+#include <cstdint>
 #include <string>
 
 class QColor;
@@ -41,13 +43,14 @@ public:
     BGFXPointLightSource& operator=(BGFXPointLightSource&& other);
     ~BGFXPointLightSource();
 
-    /// Creates the uniforms `name` + "_position", "_ambient", "_diffuse" and "_specular". bgfx must run.
-    /// Destroys none that exist: call it once, or after `DestroyUniforms`.
+    /// Creates the uniforms `name` + "_position", "_ambient", "_diffuse" and "_specular". The library
+    /// must run. Destroys none that exist: call it once, or after `DestroyUniforms`.
     void CreateUniforms();
     /// Destroys the uniforms that exist.
     void DestroyUniforms();
 
-    /// Sets the uniforms for the next draw. They must exist.
+    /// Sets the uniforms for the next draw. Those that do not exist, or are of an earlier run of the library,
+    /// are left out with a warning.
     void Submit() const;
 
     // The values reach the GPU with the next `Submit`, a name with the next `CreateUniforms`.
@@ -70,13 +73,27 @@ private:
 
     void OnContextStopping() override;
 
-    /// Sets the uniforms of a light of this name so that it does not shine.
-    static void SubmitDark(std::string const& name);
+    bool HasUniforms() const;
+
+    /// A submission among all those of the process.
+    struct Submission {
+        zx3D::ContextRun run;
+        std::uint16_t uniform = 0; ///< the position's
+        std::uint64_t number = 0;  ///< counts from 1; 0 is none
+    };
+
+    Submission CountSubmission() const;
+
+    /// True when bgfx still has what this light submitted last: no other light of its name was submitted
+    /// since.
+    bool IsLastSubmitted() const;
 
     std::array<std::array<float, 4>, Count> m_values{};
     std::array<bgfx::UniformHandle, Count> m_uniforms;
+    zx3D::ContextRun m_run; ///< in which the uniforms were created
     std::string m_name;
     std::string m_uniformName; ///< the name at the time of `CreateUniforms`
+    mutable Submission m_lastSubmission;
 };
 
 /// Builds a light in a chain:

@@ -21,14 +21,14 @@ inline std::size_t EstimateGridSteps(float first, float step, float end) {
 template<typename Visit>
 void ForEachGridStep(float first, float step, float end, Visit visit) {
     constexpr int mostSteps = 1'000'000;
-    int count = 0;
-    for (float position = first; end > position;) {
+    float position = first;
+    for (int count = 0; end > position; ++count) {
+        if (count == mostSteps)
+            return WarnOfEndlessGrid(first, step, end);
         visit(position);
         float const next = position + step;
-        if (next <= position || ++count == mostSteps) {
-            WarnOfEndlessGrid(first, step, end);
-            return;
-        }
+        if (next <= position)
+            return WarnOfEndlessGrid(first, step, end);
         position = next;
     }
 }

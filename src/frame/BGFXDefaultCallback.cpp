@@ -9,6 +9,8 @@
 #include <QString>
 
 #include <array>
+#include <cstdio>
+#include <cstring>
 #include <utility>
 
 namespace zarvex::zx3DQt {
@@ -31,11 +33,26 @@ char const* NameOf(bgfx::Fatal::Enum code) {
     }
 }
 
-/// The formatted text, cut to 4095 characters. bgfx's own formatter, since its trace text may use bx's
-/// extensions of the printf formats.
+/// True for conversions that only bx's formatter knows: "%S", which takes a `bx::StringView` there, and the
+/// length "I64".
+bool IsForBx(char const* format) {
+    for (char const* next = std::strchr(format, '%'); next != nullptr; next = std::strchr(next, '%')) {
+        next += 1 + std::strspn(next + 1, " -+#0123456789.*hljtz");
+        if (*next == 'S' || *next == 'I')
+            return true;
+        if (*next != '\0')
+            ++next;
+    }
+    return false;
+}
+
+/// The formatted text, cut to 4095 characters.
 QString Format(char const* format, std::va_list argList) {
     std::array<char, 4096> buffer;
-    bx::vsnprintf(buffer.data(), static_cast<std::int32_t>(buffer.size()), format, argList);
+    if (IsForBx(format))
+        bx::vsnprintf(buffer.data(), static_cast<std::int32_t>(buffer.size()), format, argList);
+    else
+        std::vsnprintf(buffer.data(), buffer.size(), format, argList);
     return QString::fromUtf8(buffer.data());
 }
 

@@ -2,7 +2,6 @@
 #include <zx3DQt/BGFXLightingContext.h>
 
 #include <algorithm>
-#include <functional>
 #include <stdexcept>
 #include <utility>
 
@@ -35,8 +34,9 @@ BGFXPointLightSource const& BGFXLightingContext::Get(int id) const {
 
 void BGFXLightingContext::ClearAll() {
     for (auto const& [id, light] : m_lights) {
-        if (bgfx::isValid(light.m_uniforms[0]))
-            m_clearedNames.insert(light.m_uniformName);
+        if (light.IsLastSubmitted())
+            m_dark.try_emplace(light.m_uniformName, light.m_uniformName).first->second.m_lastSubmission =
+                light.m_lastSubmission;
     }
     m_lights.clear();
 }
@@ -47,18 +47,21 @@ void BGFXLightingContext::Submit() const {
         light.Submit();
 }
 
+// bgfx keeps a uniform's last value, so a light that is gone would shine on, unless another one of its name
+// was submitted since, by whomever, or is about to be.
 void BGFXLightingContext::SubmitDarkness() const {
-    // bgfx keeps a uniform's last value, so a light that is gone would shine on.
-    for (std::string const& name : m_clearedNames) {
-        auto const hasName = [&name](auto const& idAndLight) {
-            return idAndLight.second.m_uniformName == name;
-        };
-        if (std::none_of(m_lights.begin(), m_lights.end(), hasName))
-            BGFXPointLightSource::SubmitDark(name);
+    std::erase_if(m_dark, [](auto const& entry) { return !entry.second.IsLastSubmitted(); });
+    for (auto& [name, dark] : m_dark) {
+        auto const hasName = [&name = name](auto const& entry) { return entry.second.m_uniformName == name; };
+        if (std::ranges::any_of(m_lights, hasName))
+            continue;
+        if (!dark.HasUniforms())
+            dark.CreateUniforms();
+        dark.Submit();
     }
     // Every time, since bgfx forgets what was set after the last submission of a frame; but no endless list
     // of names that only programs of the application read.
-    std::erase_if(m_clearedNames, std::not_fn(IsReadByTheLightingProgram));
+    std::erase_if(m_dark, [](auto const& entry) { return !IsReadByTheLightingProgram(entry.first); });
 }
 
 } // namespace zarvex::zx3DQt

@@ -27,6 +27,7 @@ BGFXMaterial::BGFXMaterial(std::string const& name, QColor const& ambient, QColo
 BGFXMaterial::BGFXMaterial(BGFXMaterial&& other)
     : m_values(other.m_values),
       m_uniforms(std::exchange(other.m_uniforms, InvalidUniforms<Count>())),
+      m_run(other.m_run),
       m_name(std::move(other.m_name)) {
     other.m_name.clear();
 }
@@ -34,6 +35,7 @@ BGFXMaterial::BGFXMaterial(BGFXMaterial&& other)
 BGFXMaterial& BGFXMaterial::operator=(BGFXMaterial&& other) {
     m_values = other.m_values;
     m_uniforms = other.m_uniforms;
+    m_run = other.m_run;
     m_name = std::move(other.m_name);
     return *this;
 }
@@ -47,15 +49,15 @@ void BGFXMaterial::OnContextStopping() {
 }
 
 void BGFXMaterial::CreateUniforms() {
-    CreateUniformGroup(m_name, kSuffixes, m_uniforms);
+    m_run = CreateUniformGroup(m_name, kSuffixes, m_uniforms);
 }
 
 void BGFXMaterial::DestroyUniforms() {
-    DestroyUniformGroup(m_uniforms);
+    DestroyUniformGroup(m_run, m_uniforms);
 }
 
 void BGFXMaterial::Submit() const {
-    SubmitUniformGroup(m_uniforms, m_values);
+    SubmitUniformGroup(m_name, m_run, m_uniforms, m_values);
 }
 
 void BGFXMaterial::SetAmbient(QColor const& color) {

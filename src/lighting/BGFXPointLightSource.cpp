@@ -6,6 +6,7 @@
 #include <QVector4D>
 
 #include <utility>
+#include <vector>
 
 namespace zarvex::zx3DQt {
 
@@ -15,6 +16,12 @@ constexpr std::array kSuffixes{"_position", "_ambient", "_diffuse", "_specular"}
 
 Vec4 ToVec4(QVector4D const& vector) {
     return {vector.x(), vector.y(), vector.z(), vector.w()};
+}
+
+/// By position uniform, which lights of one name share.
+std::vector<std::uint64_t>& NumbersOfLastSubmissions() {
+    static std::vector<std::uint64_t> numbers;
+    return numbers;
 }
 
 } // namespace
@@ -34,16 +41,20 @@ BGFXPointLightSource::BGFXPointLightSource(std::string const& name, QVector4D po
 BGFXPointLightSource::BGFXPointLightSource(BGFXPointLightSource&& other)
     : m_values(other.m_values),
       m_uniforms(std::exchange(other.m_uniforms, InvalidUniforms<Count>())),
+      m_run(other.m_run),
       m_name(std::move(other.m_name)),
-      m_uniformName(other.m_uniformName) {
+      m_uniformName(other.m_uniformName),
+      m_lastSubmission(other.m_lastSubmission) {
     other.m_name.clear();
 }
 
 BGFXPointLightSource& BGFXPointLightSource::operator=(BGFXPointLightSource&& other) {
     m_values = other.m_values;
     m_uniforms = other.m_uniforms;
+    m_run = other.m_run;
     m_name = std::move(other.m_name);
     m_uniformName = other.m_uniformName;
+    m_lastSubmission = other.m_lastSubmission;
     return *this;
 }
 
@@ -56,24 +67,37 @@ void BGFXPointLightSource::OnContextStopping() {
 }
 
 void BGFXPointLightSource::CreateUniforms() {
-    CreateUniformGroup(m_name, kSuffixes, m_uniforms);
+    m_run = CreateUniformGroup(m_name, kSuffixes, m_uniforms);
     m_uniformName = m_name;
 }
 
 void BGFXPointLightSource::DestroyUniforms() {
-    DestroyUniformGroup(m_uniforms);
+    DestroyUniformGroup(m_run, m_uniforms);
 }
 
 void BGFXPointLightSource::Submit() const {
-    SubmitUniformGroup(m_uniforms, m_values);
+    SubmitUniformGroup(m_name, m_run, m_uniforms, m_values);
+    if (HasUniforms())
+        m_lastSubmission = CountSubmission();
 }
 
-void BGFXPointLightSource::SubmitDark(std::string const& name) {
-    // Shaders that read them keep the uniforms, and their values, alive.
-    auto uniforms = InvalidUniforms<Count>();
-    CreateUniformGroup(name, kSuffixes, uniforms);
-    SubmitUniformGroup(uniforms, std::array<Vec4, Count>{});
-    DestroyUniformGroup(uniforms);
+bool BGFXPointLightSource::HasUniforms() const {
+    return bgfx::isValid(m_uniforms[Position]) && m_run.IsCurrent();
+}
+
+BGFXPointLightSource::Submission BGFXPointLightSource::CountSubmission() const {
+    static std::uint64_t count = 0;
+    std::uint16_t const uniform = m_uniforms[Position].idx;
+    auto& lastOfUniforms = NumbersOfLastSubmissions();
+    if (uniform >= lastOfUniforms.size())
+        lastOfUniforms.resize(uniform + 1u);
+    lastOfUniforms[uniform] = ++count;
+    return {m_run, uniform, count};
+}
+
+bool BGFXPointLightSource::IsLastSubmitted() const {
+    return m_lastSubmission.number != 0 && m_lastSubmission.run.IsCurrent() &&
+           NumbersOfLastSubmissions()[m_lastSubmission.uniform] == m_lastSubmission.number;
 }
 
 void BGFXPointLightSource::SetPosition(QVector4D const& position) {

@@ -1,12 +1,15 @@
 // vec4 uniforms that share the first part of their names.
 #pragma once
 
+#include <zx3D/Context.h>
+
 #include <bgfx/bgfx.h>
 
 #include <QColor>
 
 #include <array>
 #include <cstddef>
+#include <span>
 #include <string>
 
 namespace zarvex::zx3DQt {
@@ -25,30 +28,18 @@ constexpr std::array<bgfx::UniformHandle, N> InvalidUniforms() {
     return uniforms;
 }
 
-/// Creates a uniform for each suffix, named `name` + suffix. Handles that are there already are overwritten.
-template<std::size_t N>
-void CreateUniformGroup(std::string const& name, std::array<char const*, N> const& suffixes,
-                        std::array<bgfx::UniformHandle, N>& uniforms) {
-    for (std::size_t i = 0; i < N; ++i)
-        uniforms[i] = bgfx::createUniform((name + suffixes[i]).c_str(), bgfx::UniformType::Vec4, 1);
-}
+/// Creates a uniform for each suffix, named `name` + suffix, and returns the run that they belong to. Handles
+/// that are there already are overwritten. Those that cannot be had are invalid, which a warning says.
+zx3D::ContextRun CreateUniformGroup(std::string const& name, std::span<char const* const> suffixes,
+                                    std::span<bgfx::UniformHandle> uniforms);
 
-/// Destroys those that are valid and makes them invalid.
-template<std::size_t N>
-void DestroyUniformGroup(std::array<bgfx::UniformHandle, N>& uniforms) {
-    for (bgfx::UniformHandle& uniform : uniforms) {
-        if (bgfx::isValid(uniform))
-            bgfx::destroy(uniform);
-        uniform = BGFX_INVALID_HANDLE;
-    }
-}
+/// Destroys those that are valid, unless their run is over, and makes all invalid.
+void DestroyUniformGroup(zx3D::ContextRun run, std::span<bgfx::UniformHandle> uniforms);
 
-/// Sets each for the next draw.
-template<std::size_t N>
-void SubmitUniformGroup(std::array<bgfx::UniformHandle, N> const& uniforms,
-                        std::array<Vec4, N> const& values) {
-    for (std::size_t i = 0; i < N; ++i)
-        bgfx::setUniform(uniforms[i], values[i].data(), 1);
-}
+/// Sets each for the next draw. Those that are invalid or of another run are left out with a warning, which
+/// calls the group by its name; before the process's first context, where the application may run bgfx by
+/// itself, all calls are made.
+void SubmitUniformGroup(std::string const& name, zx3D::ContextRun run,
+                        std::span<bgfx::UniformHandle const> uniforms, std::span<Vec4 const> values);
 
 } // namespace zarvex::zx3DQt

@@ -27,7 +27,12 @@ float VerticalFactor(QFlags<Qt::AlignmentFlag> alignment) {
 /// Ends with a zero; takes no memory from the heap for labels of usual length.
 using Utf8Text = QVarLengthArray<char, 512>;
 
+/// The bytes of `QString::toUtf8`.
 Utf8Text ToUtf8(QString const& text) {
+    if (!text.isValidUtf16()) { // of which the encoder makes something else
+        QByteArray const utf8 = text.toUtf8();
+        return Utf8Text(utf8.cbegin(), utf8.cend() + 1);
+    }
     QStringEncoder encode(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
     Utf8Text utf8(encode.requiredSpace(text.size()) + 1);
     *encode.appendToBuffer(utf8.data(), text) = '\0';

@@ -3,6 +3,8 @@
 
 #include <LogCapture.h>
 
+#include <bx/string.h>
+
 #include <QLoggingCategory>
 
 #include <gmock/gmock.h>
@@ -81,6 +83,25 @@ TEST(BGFXDefaultCallbackTest, TraceArgumentsAreFormatted) {
     Trace(callback, "a.cpp", 1, "%d|%u|%5.2f|%-4s|%04x|%c|%%|%ld|%+d", -3, 7u, 1.5, "ab", 0xBEu, 'z',
           123456789L, 4);
     EXPECT_THAT(log.Texts(kCategory), ElementsAre("a.cpp (1): -3|7| 1.50|ab  |00be|z|%|123456789|+4"));
+}
+
+TEST(BGFXDefaultCallbackTest, NumbersWiderThanTheirFieldAreNotCut) {
+    LogCapture const log;
+    BGFXDefaultCallback callback;
+    Trace(callback, "a.cpp", 1, "%2d|%-2s|%3x|%e|%#x", 12345, "abc", 0x12345u, 1.5, 255u);
+    EXPECT_THAT(log.Texts(kCategory), ElementsAre("a.cpp (1): 12345|abc|12345|1.500000e+00|0xff"));
+}
+
+TEST(BGFXDefaultCallbackTest, StringViewsOfBxAreFormatted) {
+    LogCapture const log;
+    BGFXDefaultCallback callback;
+    bx::StringView const view("texture of which nothing more", 7);
+    char const* const format = "%3d%% '%S'"; // of which the compiler knows another meaning
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    Trace(callback, "a.cpp", 1, format, 5, &view);
+#pragma GCC diagnostic pop
+    EXPECT_THAT(log.Texts(kCategory), ElementsAre("a.cpp (1):   5% 'texture'"));
 }
 
 TEST(BGFXDefaultCallbackTest, TheLonePrefixOfBgfxsLinesIsDropped) {

@@ -1,5 +1,6 @@
 // Lights and the context that keeps them: uniforms, recipes, ids, and that what is cleared goes dark.
 #include <Fixtures.h>
+#include <LogCapture.h>
 
 #include <zx3DQt/BGFXLightingContext.h>
 #include <zx3DQt/Library.h>
@@ -8,6 +9,7 @@
 #include <QVector4D>
 
 #include <array>
+#include <cstdlib>
 #include <optional>
 #include <stdexcept>
 #include <type_traits>
@@ -54,6 +56,15 @@ protected:
             values[i] = calls.at(i).PayloadAs<float>();
         light.DestroyUniforms();
         return values;
+    }
+
+    static std::vector<std::string> Warnings(LogCapture const& log) {
+        std::vector<std::string> warnings;
+        for (LogLine const& line : log.Lines()) {
+            if (line.level == QtWarningMsg)
+                warnings.push_back(line.text);
+        }
+        return warnings;
     }
 
     static std::vector<float> Gray(int component) {
@@ -321,6 +332,7 @@ TEST_F(BGFXLightingContextTest, TheDestructorDestroysTheUniforms) {
 
 TEST_F(BGFXLightingContextTest, AClearedLightIsTurnedOffByTheNextSubmit) {
     m_lights.Add(Ready("a"));
+    m_lights.Submit();
     m_lights.ClearAll();
     std::vector<std::string> const texts = Submitted(m_lights);
     ASSERT_THAT(texts, testing::SizeIs(12));
@@ -334,6 +346,7 @@ TEST_F(BGFXLightingContextTest, AClearedLightIsTurnedOffByTheNextSubmit) {
 
 TEST_F(BGFXLightingContextTest, ALightOfTheLightingProgramIsTurnedOffByEverySubmit) {
     m_lights.Add(Ready("u_light7"));
+    m_lights.Submit();
     m_lights.ClearAll();
     for (int i = 0; i < 2; ++i) // bgfx forgets what was set after a frame's last submission
         EXPECT_THAT(Submitted(m_lights), testing::Contains("setUniform(u_light7_diffuse, 0, 0, 0, 0)"));
@@ -342,6 +355,7 @@ TEST_F(BGFXLightingContextTest, ALightOfTheLightingProgramIsTurnedOffByEverySubm
 TEST_F(BGFXLightingContextTest, AClearedLightThatIsThereAgainIsNotTurnedOff) {
     m_lights.Add(Ready("a"));
     m_lights.Add(Ready("b"));
+    m_lights.Submit();
     m_lights.ClearAll();
     m_lights.Add(Ready("a"));
     std::vector<std::string> const texts = Submitted(m_lights);
@@ -355,4 +369,95 @@ TEST_F(BGFXLightingContextTest, ALightThatNeverHadUniformsIsNotTurnedOff) {
     m_lights.Add(Sample("a"));
     m_lights.ClearAll();
     EXPECT_THAT(Submitted(m_lights), IsEmpty());
+}
+
+TEST_F(BGFXLightingContextTest, ALightThatWasNeverSubmittedIsNotTurnedOff) {
+    m_lights.Add(Ready("u_light0"));
+    m_lights.ClearAll();
+    EXPECT_THAT(Submitted(m_lights), IsEmpty());
+}
+
+TEST_F(BGFXLightingContextTest, TurningOffCreatesUniformsOnlyOnce) {
+    m_lights.Add(Ready("u_light0"));
+    m_lights.Submit();
+    m_lights.ClearAll();
+    m_lights.Submit();
+    EXPECT_THAT(Submitted(m_lights), ElementsAre("setUniform(u_light0_position, 0, 0, 0, 0)",
+                                                 "setUniform(u_light0_ambient, 0, 0, 0, 0)",
+                                                 "setUniform(u_light0_diffuse, 0, 0, 0, 0)",
+                                                 "setUniform(u_light0_specular, 0, 0, 0, 0)"));
+}
+
+TEST_F(BGFXLightingContextTest, ALampThatAnotherContextSubmittedSinceShinesOn) {
+    BGFXLightingContext others;
+    others.Add(Ready("u_light0"));
+    m_lights.Add(Ready("u_light0"));
+    m_lights.Submit();
+    m_lights.ClearAll();
+    m_lights.Submit();
+    others.Submit();
+    EXPECT_THAT(Submitted(m_lights), IsEmpty());
+    EXPECT_THAT(Submitted(m_lights), IsEmpty());
+}
+
+TEST_F(BGFXLightingContextTest, ALampThatTheApplicationSubmittedSinceShinesOn) {
+    BGFXPointLightSource const lamp = Ready("u_light0");
+    m_lights.Add(Ready("u_light0"));
+    m_lights.Submit();
+    lamp.Submit();
+    m_lights.ClearAll();
+    EXPECT_THAT(Submitted(m_lights), IsEmpty());
+}
+
+TEST_F(BGFXLightingContextTest, OneThatWasClearedBeforeTheLibraryStoppedTurnsNothingOffAfterwards) {
+    m_lights.Add(Ready("u_light0"));
+    m_lights.Submit();
+    m_lights.ClearAll();
+    Shutdown();
+    EXPECT_THAT(Submitted(m_lights), IsEmpty());
+    ASSERT_TRUE(Init(false));
+    EXPECT_THAT(Submitted(m_lights), IsEmpty());
+}
+
+TEST_F(BGFXPointLightSourceTest, WithoutUniformsOfThisRunItIsLeftOutWithOneWarning) {
+    BGFXPointLightSource light = Ready("forgotten");
+    BGFXLightingContext lights;
+    lights.Add(Ready("forgotten"));
+    Shutdown();
+    LogCapture const log;
+    EXPECT_THAT(Submitted(light), IsEmpty());
+    EXPECT_THAT(Submitted(lights), IsEmpty());
+    ASSERT_TRUE(Init(false));
+    EXPECT_THAT(Submitted(light), IsEmpty());
+    EXPECT_THAT(Warnings(log), ElementsAre(testing::HasSubstr("\"forgotten\"")));
+    light.CreateUniforms();
+    EXPECT_THAT(Submitted(light), testing::SizeIs(4));
+}
+
+TEST_F(BGFXPointLightSourceTest, UniformsThatBgfxDoesNotCreateAreLeftOutWithOneWarning) {
+    std::vector<bgfx::UniformHandle> others;
+    while (others.empty() || bgfx::isValid(others.back()))
+        others.push_back(
+            bgfx::createUniform(("u" + std::to_string(others.size())).c_str(), bgfx::UniformType::Vec4));
+    others.pop_back();
+    bgfx::destroy(others.back()); // room for one
+    others.pop_back();
+    LogCapture const log;
+    BGFXPointLightSource light("crowded");
+    light.CreateUniforms();
+    EXPECT_THAT(Submitted(light), ElementsAre("setUniform(crowded_position, 0, 0, 0, 0)"));
+    EXPECT_THAT(Warnings(log), ElementsAre(testing::HasSubstr("[uniform.not-created]")));
+    for (bgfx::UniformHandle const uniform : others)
+        bgfx::destroy(uniform);
+}
+
+// Whether the application runs bgfx by itself is not known then.
+TEST(BGFXPointLightSourceBeforeInitTest, AllCallsAreMadeAsTheyStand) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // in a process of its own
+    auto const countOfCalls = [] {
+        recorder::ClearCalls();
+        BGFXPointLightSource("lamp").Submit();
+        return static_cast<int>(recorder::CountCalls("setUniform"));
+    };
+    EXPECT_EXIT(std::_Exit(countOfCalls()), testing::ExitedWithCode(4), "");
 }

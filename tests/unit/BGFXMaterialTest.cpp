@@ -1,5 +1,6 @@
 // Materials: which uniforms they create, set and destroy, and what their builder leaves behind.
 #include <Fixtures.h>
+#include <LogCapture.h>
 
 #include <zx3DQt/BGFXMaterial.h>
 #include <zx3DQt/Library.h>
@@ -189,6 +190,25 @@ TEST_F(BGFXMaterialTest, UniformsGoWhenTheContextStops) {
     recorder::ClearCalls();
     material.DestroyUniforms();
     EXPECT_THAT(recorder::Calls(), IsEmpty());
+}
+
+TEST_F(BGFXMaterialTest, WithoutUniformsOfThisRunItIsLeftOutWithOneWarning) {
+    LogCapture const log;
+    BGFXMaterial material("forgotten");
+    EXPECT_THAT(Submitted(material), IsEmpty());
+    Shutdown();
+    EXPECT_THAT(Submitted(material), IsEmpty());
+    material.CreateUniforms();
+    EXPECT_THAT(recorder::Calls(), IsEmpty());
+    ASSERT_TRUE(Init(false));
+    EXPECT_THAT(Submitted(material), IsEmpty());
+    std::vector<std::string> warnings;
+    for (LogLine const& line : log.Lines()) {
+        if (line.level == QtWarningMsg)
+            warnings.push_back(line.text);
+    }
+    EXPECT_THAT(warnings, ElementsAre(testing::HasSubstr("[uniform.missing]")));
+    EXPECT_THAT(SubmittedAnew(material), SizeIs(5));
 }
 
 TEST_F(BGFXMaterialBuilderTest, BuildsWhatItWasTold) {

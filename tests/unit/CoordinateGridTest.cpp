@@ -356,3 +356,18 @@ TEST_F(EndlessCoordinateGridTest, AnAxisHasAMillionLinesAtMost) {
     DrawLines();
     EXPECT_EQ(LineCount(), 2'000'000u);
 }
+
+TEST_F(CoordinateGridTest, AMillionLinesAreNotCutShort) {
+    LogCapture const log;
+    m_rect = QRectF(1, 0, 999'999.5, 100);
+    m_style.gridSpacing = {1, 1};
+    m_style.gridMargins = {};
+    m_style.enabledAxes = {X};
+    DrawLines();
+    std::size_t vertices = 0;
+    for (recorder::Call const& call : recorder::CallsNamed("allocTransientBuffers"))
+        vertices += std::stoul(call.arguments);
+    EXPECT_EQ(vertices, 2'000'000u);
+    for (LogLine const& line : log.Lines())
+        EXPECT_NE(line.level, QtWarningMsg) << line.text;
+}

@@ -80,6 +80,17 @@ TEST_F(RenderTextTest, DrawsIntoTheViewAtTheDepth) {
     EXPECT_EQ(draw.vertices, VerticesAt(30.0f, 20.0f));
 }
 
+TEST_F(RenderTextTest, ANegativeDepthIsNotAboveAPositiveOne) {
+    EXPECT_EQ(DrawOf(std::pair<QPointF const, int>({30, 20}, -1)).depth, 0u);
+}
+
+TEST_F(RenderTextTest, HalvesOfSurrogatePairsAreQuestionMarks) {
+    std::vector<std::byte> const expected = DrawOf(QPointF(30, 20), "a?b?").vertices;
+    QString const halves = QString("a") + QChar(0xD83D) + "b" + QChar(0xDE00);
+    EXPECT_EQ(halves.toUtf8(), "a?b?");
+    EXPECT_EQ(DrawOf(QPointF(30, 20), halves).vertices, expected);
+}
+
 TEST_F(RenderTextTest, WithoutADepthItIsZero) {
     EXPECT_EQ(DrawOf(QPointF(30, 20)).depth, 0u);
 }

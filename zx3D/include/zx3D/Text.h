@@ -30,7 +30,7 @@ namespace zarvex::zx3D {
 // It does not: wrap lines, use colour glyphs, draw text rotated or in perspective.
 //
 // Thread: the one that calls bgfx's API. Errors: an unknown or invalid handle makes every operation do
-// nothing; messages go to the context's callback.
+// nothing. Text that is not drawn, for whatever reason, is a warning, once in a run of the context.
 
 /// Loads a font file (whatever FreeType reads; the first face of a collection) at a size. `pixelSize` is the
 /// height of the em square in physical pixels, 1 to 512. Empty, with a message, when there is no such file,
@@ -94,8 +94,9 @@ ZX3D_EXPORT void AppendText(TextBufferHandle text, char const* begin, char const
 ZX3D_EXPORT void AlignText(TextBufferHandle text, float horizontal, float vertical);
 
 /// Draws the text into a view, blended over what is there, without a depth test. In a view of the default
-/// mode it comes after all geometry, and texts are ordered by `depth`, the larger (as an unsigned number)
-/// over the smaller. In a view of mode Sequential everything is in the order of the calls. Needs a context.
+/// mode it comes after all geometry, and texts are ordered by `depth`, the larger over the smaller; what is
+/// below 0 counts as 0. In a view of mode Sequential everything is in the order of the calls. Needs a
+/// context.
 ///
 /// In the default mode, blended geometry of a program that was created after the context's first text still
 /// comes later: create programs before, or give text a view of its own.

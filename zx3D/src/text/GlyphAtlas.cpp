@@ -1,6 +1,8 @@
 // Packing and uploading.
 #include "GlyphAtlas.h"
 
+#include <zx3D/Owned.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -17,10 +19,10 @@ constexpr std::uint16_t kPadding = 1;
 
 static_assert(kMaxGlyphExtent + 2 * kPadding == GlyphAtlas::kPageSize);
 
-bgfx::TextureHandle CreatePageTexture() {
+Owned<bgfx::TextureHandle> CreatePageTexture() {
     constexpr std::uint64_t flags = BGFX_SAMPLER_POINT | BGFX_SAMPLER_UVW_CLAMP;
-    return bgfx::createTexture2D(GlyphAtlas::kPageSize, GlyphAtlas::kPageSize, false, 1,
-                                 bgfx::TextureFormat::R8, flags);
+    return Owned(bgfx::createTexture2D(GlyphAtlas::kPageSize, GlyphAtlas::kPageSize, false, 1,
+                                       bgfx::TextureFormat::R8, flags));
 }
 
 /// The bitmap with its padding.
@@ -40,18 +42,13 @@ bgfx::Memory const* PaddedCopy(GlyphBitmap const& bitmap) {
 class GlyphAtlas::Page {
 public:
     Page() { Reset(); }
-    ~Page() {
-        if (bgfx::isValid(m_texture))
-            bgfx::destroy(m_texture);
-    }
 
     Page(Page const&) = delete;
     Page& operator=(Page const&) = delete;
 
     /// Makes it blank.
     void Reset() {
-        if (bgfx::isValid(m_texture))
-            bgfx::destroy(m_texture);
+        m_texture.Reset();
         m_texture = CreatePageTexture();
         stbrp_init_target(&m_packing, kPageSize, kPageSize, m_nodes.data(), static_cast<int>(m_nodes.size()));
     }
@@ -61,23 +58,23 @@ public:
         stbrp_rect rect = {};
         rect.w = bitmap.width + 2 * kPadding;
         rect.h = bitmap.height + 2 * kPadding;
-        if (!bgfx::isValid(m_texture) || stbrp_pack_rects(&m_packing, &rect, 1) == 0)
+        if (!m_texture || stbrp_pack_rects(&m_packing, &rect, 1) == 0)
             return false;
         auto const x = static_cast<std::uint16_t>(rect.x);
         auto const y = static_cast<std::uint16_t>(rect.y);
-        bgfx::updateTexture2D(m_texture, 0, 0, x, y, static_cast<std::uint16_t>(rect.w),
+        bgfx::updateTexture2D(m_texture.Get(), 0, 0, x, y, static_cast<std::uint16_t>(rect.w),
                               static_cast<std::uint16_t>(rect.h), PaddedCopy(bitmap));
         glyph.x = x + kPadding;
         glyph.y = y + kPadding;
         return true;
     }
 
-    bgfx::TextureHandle GetTexture() const { return m_texture; }
+    bgfx::TextureHandle GetTexture() const { return m_texture.Get(); }
 
     std::uint64_t lastUse = 0;
 
 private:
-    bgfx::TextureHandle m_texture = BGFX_INVALID_HANDLE;
+    Owned<bgfx::TextureHandle> m_texture;
     stbrp_context m_packing;
     std::array<stbrp_node, kPageSize> m_nodes;
 };

@@ -45,7 +45,7 @@ bgfx::VertexLayout MakeLayout() {
     return layout;
 }
 
-bgfx::IndexBufferHandle CreateIndices() {
+Owned<bgfx::IndexBufferHandle> CreateIndices() {
     constexpr std::uint32_t corners[kIndicesPerQuad] = {0, 1, 2, 2, 3, 0};
     bgfx::Memory const* const memory = bgfx::alloc(kQuadsPerDraw * kIndicesPerQuad * sizeof(std::uint16_t));
     auto* index = reinterpret_cast<std::uint16_t*>(memory->data);
@@ -53,7 +53,7 @@ bgfx::IndexBufferHandle CreateIndices() {
         for (std::uint32_t const corner : corners)
             *index++ = static_cast<std::uint16_t>(quad * kVerticesPerQuad + corner);
     }
-    return bgfx::createIndexBuffer(memory);
+    return Owned(bgfx::createIndexBuffer(memory));
 }
 
 /// Of what is in sight, both summands are whole numbers within 2^24, which floats hold exactly.
@@ -96,22 +96,11 @@ bool TextRenderer::Start() {
         m_program = ProgramFactory::Get()
                         .CreateProgram("vs_text", "fs_text")
                         .value_or(bgfx::ProgramHandle(BGFX_INVALID_HANDLE));
-        m_sampler = bgfx::createUniform("s_glyph_atlas", bgfx::UniformType::Sampler);
+        m_sampler = Owned(bgfx::createUniform("s_glyph_atlas", bgfx::UniformType::Sampler));
         m_indices = CreateIndices();
         m_layout = MakeLayout();
     }
-    return bgfx::isValid(m_program) && bgfx::isValid(m_sampler) && bgfx::isValid(m_indices);
-}
-
-void TextRenderer::Stop() {
-    if (bgfx::isValid(m_sampler))
-        bgfx::destroy(m_sampler);
-    if (bgfx::isValid(m_indices))
-        bgfx::destroy(m_indices);
-    m_program = BGFX_INVALID_HANDLE;
-    m_sampler = BGFX_INVALID_HANDLE;
-    m_indices = BGFX_INVALID_HANDLE;
-    m_isTried = false;
+    return bgfx::isValid(m_program) && m_sampler && m_indices;
 }
 
 bool TextRenderer::Draw(ShapedText const& text, TextQuads const& quads, TextAppearance const& appearance,
@@ -151,9 +140,9 @@ bool TextRenderer::DrawQuads(ShapedText const& text, std::span<TextQuad const> q
         vertices += kVerticesPerQuad;
     }
     bgfx::setState(kState);
-    bgfx::setTexture(0, m_sampler, page);
+    bgfx::setTexture(0, m_sampler.Get(), page);
     bgfx::setVertexBuffer(0, &buffer);
-    bgfx::setIndexBuffer(m_indices, 0, count * kIndicesPerQuad);
+    bgfx::setIndexBuffer(m_indices.Get(), 0, count * kIndicesPerQuad);
     bgfx::submit(view, m_program, depth, BGFX_DISCARD_ALL);
     return true;
 }

@@ -4,6 +4,8 @@
 #include "ShapedText.h"
 #include "TextQuads.h"
 
+#include <zx3D/Owned.h>
+
 #include <bgfx/bgfx.h>
 
 #include <cstdint>
@@ -19,21 +21,13 @@ struct TextAppearance {
     std::uint32_t rgba = 0;
 };
 
-/// Owns what all texts are drawn with, from the first one of a context's run until `Stop`.
+/// Owns what all texts of a context's run are drawn with, from the first one on.
 ///
 /// Needs a running context.
 class TextRenderer {
 public:
-    TextRenderer() = default;
-
-    TextRenderer(TextRenderer const&) = delete;
-    TextRenderer& operator=(TextRenderer const&) = delete;
-
-    /// Creates the resources, unless it was tried in this run before. False when they are not there.
+    /// Creates the resources, unless it was tried before. False when they are not there.
     bool Start();
-
-    /// Destroys the resources.
-    void Stop();
 
     /// Submits a text and uses its pages. False when the frame's transient space is used up; what is left is
     /// then not drawn.
@@ -46,8 +40,8 @@ private:
 
     bool m_isTried = false;
     bgfx::ProgramHandle m_program = BGFX_INVALID_HANDLE; // the program factory's
-    bgfx::UniformHandle m_sampler = BGFX_INVALID_HANDLE;
-    bgfx::IndexBufferHandle m_indices = BGFX_INVALID_HANDLE;
+    Owned<bgfx::UniformHandle> m_sampler;
+    Owned<bgfx::IndexBufferHandle> m_indices;
     bgfx::VertexLayout m_layout;
 };
 

@@ -6,6 +6,7 @@
 
 #include <zx3D/Context.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace zarvex::zx3D {
@@ -71,8 +72,10 @@ Font* TextSystem::FindFont(FontHandle handle) {
 
 TextBufferHandle TextSystem::CreateBuffer(TextBufferType type, FontHandle font) {
     std::optional<std::uint16_t> const index = m_buffers.Take();
-    if (!index)
+    if (!index) {
+        WarnOf(NoBuffer);
         return {};
+    }
     Font const* const found = FindFont(font);
     m_buffers.Find(*index)->settings = {type, font, found != nullptr ? found->GetId() : 0};
     return {*index};
@@ -94,8 +97,10 @@ void TextSystem::Append(TextBuffer& buffer, std::string_view utf8) {
     buffer.text.append(fitting);
     buffer.cached.reset();
     if (fitting.size() < utf8.size())
-        Say(MessageLevel::Warning, "text.too-long",
-            "a text buffer takes 64 KiB of text; %zu bytes are left out", utf8.size() - fitting.size());
+        m_tooLong.Raise([&] {
+            Say(MessageLevel::Warning, "text.too-long",
+                "a text buffer takes 64 KiB of text; %zu bytes are left out", utf8.size() - fitting.size());
+        });
 }
 
 void TextSystem::Submit(TextBuffer& buffer, std::uint16_t view, std::int32_t depth) {
@@ -107,22 +112,26 @@ void TextSystem::Submit(TextBuffer& buffer, std::uint16_t view, std::int32_t dep
 }
 
 void TextSystem::Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth) {
-    Font* const font = FindFont(buffer.settings.font);
-    bool const isFontTheSame = font != nullptr && font->GetId() == buffer.settings.fontId;
-    if (buffer.text.empty() || !isFontTheSame || !Context::IsInitialized() || !IsView(view))
+    if (buffer.text.empty())
         return;
+    Font* const font = FindFont(buffer.settings.font);
+    if (font == nullptr || font->GetId() != buffer.settings.fontId)
+        return WarnOf(NoFont);
+    if (!Context::IsInitialized())
+        return WarnOf(NoContext);
+    if (!IsView(view))
+        return WarnOf(NoView);
     CachedText& text = Layout(buffer, *font);
     std::optional<TextAppearance> const appearance = AppearanceOf(buffer.settings, text.shaped);
-    if (!appearance || !m_renderer.Start())
+    if (!appearance)
         return;
+    if (!m_renderer.Start())
+        return WarnOf(NoResources);
     m_atlas.BeginText();
     PlaceInAtlas(text, *font);
-    if (!m_renderer.Draw(text.shaped, text.quads, *appearance, m_atlas, view,
-                         static_cast<std::uint32_t>(depth)))
-        m_fullFrame.Raise([] {
-            Say(MessageLevel::Warning, "text.full-frame",
-                "text is left out, the frame's transient vertices are used up");
-        });
+    auto const unsignedDepth = static_cast<std::uint32_t>(std::max(depth, 0)); // bgfx knows none below
+    if (!m_renderer.Draw(text.shaped, text.quads, *appearance, m_atlas, view, unsignedDepth))
+        WarnOf(FullFrame);
 }
 
 CachedText& TextSystem::Layout(TextBuffer& buffer, Font& font) {
@@ -145,17 +154,32 @@ void TextSystem::PlaceInAtlas(CachedText& text, Font const& font) {
         Say(MessageLevel::Warning, "text.damaged-glyphs", "%zu glyphs are damaged or too large to be drawn",
             missing.damaged);
     if (missing.homeless != 0)
-        m_fullAtlas.Raise([] {
-            Say(MessageLevel::Warning, "text.full-atlas",
-                "glyphs are left out, there are too many large ones at once");
-        });
+        WarnOf(FullAtlas);
 }
 
 void TextSystem::OnContextStopping() {
     m_atlas.Clear();
-    m_renderer.Stop();
-    m_fullFrame.Clear();
-    m_fullAtlas.Clear();
+    m_renderer = {};
+    m_omissions = {};
+    m_tooLong.Clear();
+}
+
+void TextSystem::WarnOf(Omission omission) {
+    struct Warning {
+        char const* name;
+        char const* text;
+    };
+    static constexpr std::array<Warning, OmissionCount> warnings{{
+        {"text.no-buffer", "text is left out, there are 65,535 text buffers already"},
+        {"text.no-font", "text is left out, its font was not loaded or is destroyed"},
+        {"text.no-context", "text is left out, the context does not run"},
+        {"text.no-view", "text is left out, bgfx has no view of that number"},
+        {"text.no-resources", "text is left out, bgfx does not create what it is drawn with"},
+        {"text.full-atlas", "glyphs are left out, there are too many large ones at once, or textures"},
+        {"text.full-frame", "text is left out, the frame's transient vertices are used up"},
+    }};
+    m_omissions[omission].Raise(
+        [&] { Say(MessageLevel::Warning, warnings[omission].name, "%s", warnings[omission].text); });
 }
 
 } // namespace zarvex::zx3D

@@ -13,6 +13,7 @@
 #include <zx3D/Message.h>
 #include <zx3D/Text.h>
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -67,7 +68,11 @@ private:
     TextSystem() = default;
     ~TextSystem() = default;
 
+    /// Why a text, or a part of it, is not drawn.
+    enum Omission { NoBuffer, NoFont, NoContext, NoView, NoResources, FullAtlas, FullFrame, OmissionCount };
+
     void OnContextStopping() override;
+    void WarnOf(Omission omission);
     void Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth);
     CachedText& Layout(TextBuffer& buffer, Font& font);
     void PlaceInAtlas(CachedText& text, Font const& font);
@@ -82,8 +87,8 @@ private:
     GlyphResolver m_resolver;
     GlyphAtlas m_atlas;
     TextRenderer m_renderer;
-    OncePerCause m_fullFrame; // in this run of the context
-    OncePerCause m_fullAtlas;
+    std::array<OncePerCause, OmissionCount> m_omissions; // in this run of the context
+    OncePerCause m_tooLong;
 };
 
 } // namespace zarvex::zx3D
