@@ -38,7 +38,9 @@ public:
     /// Logs the error as critical, then calls the handler or ends the application.
     void fatal(char const* filePath, std::uint16_t line, bgfx::Fatal::Enum code, char const* str) override;
 
-    /// Logs the text as information, with the name and line of the source file before it.
+    /// Logs the text as information, with the name and line of the source file before it. It is formatted as
+    /// by C's `vsnprintf`, and cut to 4,095 bytes; but a format with "%S", which in bgfx's texts takes a
+    /// `bx::StringView`, by bx, which cuts what is wider than its field, and knows no "%a".
     void traceVargs(char const* filePath, std::uint16_t line, char const* format,
                     std::va_list argList) override;
 

@@ -395,9 +395,10 @@ TEST_F(BGFXLightingContextTest, ALampThatAnotherContextSubmittedSinceShinesOn) {
     m_lights.Submit();
     m_lights.ClearAll();
     m_lights.Submit();
-    others.Submit();
-    EXPECT_THAT(Submitted(m_lights), IsEmpty());
-    EXPECT_THAT(Submitted(m_lights), IsEmpty());
+    for (int frame = 0; frame < 2; ++frame) {
+        others.Submit();
+        EXPECT_THAT(Submitted(m_lights), testing::Not(testing::Contains(testing::StartsWith("setUniform"))));
+    }
 }
 
 TEST_F(BGFXLightingContextTest, ALampThatTheApplicationSubmittedSinceShinesOn) {
@@ -442,6 +443,7 @@ TEST_F(BGFXPointLightSourceTest, UniformsThatBgfxDoesNotCreateAreLeftOutWithOneW
     others.pop_back();
     bgfx::destroy(others.back()); // room for one
     others.pop_back();
+    bgfx::frame(); // gives the handle back
     LogCapture const log;
     BGFXPointLightSource light("crowded");
     light.CreateUniforms();

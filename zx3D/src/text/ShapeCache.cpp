@@ -1,7 +1,7 @@
 // Least recently used goes first.
 #include "ShapeCache.h"
 
-#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace zarvex::zx3D {
@@ -17,38 +17,24 @@ std::size_t SizeOf(std::string_view text, ShapedText const& shaped) {
 
 } // namespace
 
+// Frame after frame mostly asks for the same texts in the same order. Every question moves a text to the
+// front of the list; so the one just before a text is the one that was asked for after it the last time, and
+// no hash is needed to find that one now.
 std::shared_ptr<CachedText> const& ShapeCache::Find(std::uint32_t font, std::string_view text) {
     static std::shared_ptr<CachedText> const nothing;
     Entries::iterator const entry = FindEntry({font, text});
     if (entry == m_entries.end())
         return nothing;
+    m_expected = entry != m_entries.begin() ? std::prev(entry) : m_entries.end();
     m_entries.splice(m_entries.begin(), m_entries, entry);
-    Remember(entry);
     return entry->value;
 }
 
-// Frame after frame mostly asks for the same texts in the same order: the next one is known by heart. Whoever
-// asks for another one replaces a text in that order, or is somewhere else in it: where the text was before.
 ShapeCache::Entries::iterator ShapeCache::FindEntry(Key const& key) {
-    Entries::iterator const expected = ExpectedEntry();
-    ++m_expected;
-    if (expected != m_entries.end() && key == Key{expected->font, expected->text})
-        return expected;
+    if (m_expected != m_entries.end() && key == Key{m_expected->font, m_expected->text})
+        return m_expected;
     auto const found = m_index.find(key);
-    if (found == m_index.end())
-        return m_entries.end();
-    m_expected = found->second->lastAsked + 1;
-    return found->second;
-}
-
-ShapeCache::Entries::iterator ShapeCache::ExpectedEntry() {
-    bool const isInHistory = m_expected < m_asked && m_asked - m_expected <= kHistory;
-    return isInHistory ? m_history[m_expected % kHistory] : m_entries.end();
-}
-
-void ShapeCache::Remember(Entries::iterator entry) {
-    m_history[m_asked % kHistory] = entry;
-    entry->lastAsked = m_asked++;
+    return found != m_index.end() ? found->second : m_entries.end();
 }
 
 std::shared_ptr<CachedText> ShapeCache::Add(std::uint32_t font, std::string_view text, ShapedText shaped) {
@@ -58,16 +44,14 @@ std::shared_ptr<CachedText> ShapeCache::Add(std::uint32_t font, std::string_view
     if (size > m_capacity)
         return value;
     while (m_size + size > m_capacity)
-        RemoveOldest();
+        Remove(std::prev(m_entries.end()));
     m_entries.push_front({font, std::string(text), size, value});
     m_index.emplace(Key{font, m_entries.front().text}, m_entries.begin());
     m_size += size;
-    Remember(m_entries.begin());
     return value;
 }
 
 void ShapeCache::Forget(std::uint32_t font) {
-    std::fill(m_history.begin(), m_history.end(), m_entries.end());
     for (auto entry = m_entries.begin(); entry != m_entries.end();) {
         auto const next = std::next(entry);
         if (entry->font == font)
@@ -76,15 +60,9 @@ void ShapeCache::Forget(std::uint32_t font) {
     }
 }
 
-void ShapeCache::RemoveOldest() {
-    auto const oldest = std::prev(m_entries.end());
-    if (m_asked - oldest->lastAsked <= kHistory)
-        std::replace(m_history.begin(), m_history.end(), oldest, m_entries.end());
-    Remove(oldest);
-}
-
-// The entry is not in the history.
 void ShapeCache::Remove(Entries::iterator entry) {
+    if (m_expected == entry)
+        m_expected = m_entries.end();
     m_index.erase(Key{entry->font, entry->text});
     m_size -= entry->size;
     m_entries.erase(entry);

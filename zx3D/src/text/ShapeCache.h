@@ -11,7 +11,6 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <vector>
 
 namespace zarvex::zx3D {
 
@@ -49,7 +48,6 @@ private:
         std::string text;
         std::size_t size;
         std::shared_ptr<CachedText> value;
-        std::size_t lastAsked = 0; // the time, in questions
     };
     using Entries = std::list<Entry>;
 
@@ -65,24 +63,14 @@ private:
         }
     };
 
-    /// Texts of a frame that are known by heart; of more, all are found by their hash.
-    static constexpr std::size_t kHistory = 4096;
-
     Entries::iterator FindEntry(Key const& key);
-    Entries::iterator ExpectedEntry();
-    void Remember(Entries::iterator entry);
-    void RemoveOldest();
     void Remove(Entries::iterator entry);
 
     std::size_t m_capacity;
     std::size_t m_size = 0;
-    Entries m_entries; // the one asked for last at the front
+    Entries m_entries;                              // the one asked for last at the front
+    Entries::iterator m_expected = m_entries.end(); // the one that is likely to be asked for next
     std::unordered_map<Key, Entries::iterator, Hash> m_index;
-
-    // A ring of what was asked for lately. A removed entry is the end here.
-    std::vector<Entries::iterator> m_history = std::vector<Entries::iterator>(kHistory, m_entries.end());
-    std::size_t m_asked = 0;    // how often, in all
-    std::size_t m_expected = 0; // the time at which the history has what is likely to be asked for next
 };
 
 } // namespace zarvex::zx3D
