@@ -1,5 +1,6 @@
 // Coordinate axes: half lines, arrow heads and labels, and which style members count.
 #include <DrawFixture.h>
+#include <Warnings.h>
 
 #include <ColorConversion.h>
 
@@ -250,6 +251,7 @@ TEST_F(CoordinateAxesTest, LabelsAreBesideTheAxesNegativeOnesFirst) {
 }
 
 TEST_F(CoordinateAxesTest, LabelsWithoutAFontAreNotDrawn) {
+    ExpectWarning("text.no-font");
     DrawCoordinateAxesLabels(*m_renderer, m_labelView, CoordinateAxesLabelStyle());
     EXPECT_THAT(recorder::Draws(), IsEmpty());
 }

@@ -1,5 +1,6 @@
 // Text at a point of a view: where it lands, in which colour and depth, and that nothing is kept.
 #include <DrawFixture.h>
+#include <Warnings.h>
 
 #include <zx3D/Text.h>
 
@@ -158,6 +159,7 @@ TEST_F(RenderTextTest, AnEmptyTextDrawsNothing) {
 }
 
 TEST_F(RenderTextTest, WithoutAFontNothingIsDrawn) {
+    ExpectWarning("text.no-font");
     m_renderer->RenderText(m_view, QPointF(), "a", zx3D::FontHandle(), Qt::white, {});
     EXPECT_THAT(recorder::Draws(), IsEmpty());
 }
