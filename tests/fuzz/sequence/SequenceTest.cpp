@@ -3,7 +3,7 @@
 //
 // ZX3D_FUZZ_SECONDS    how long to go on; 60 without
 // ZX3D_FUZZ_SEED       the first sequence's seed; 1 without. Each sequence has the next one.
-// ZX3D_FUZZ_STEPS      how many steps a sequence has; 150 without
+// ZX3D_FUZZ_STEPS      how many steps a sequence has; 80 without
 //
 // To repeat a finding: ZX3D_FUZZ_SEED of the sequence, and ZX3D_FUZZ_SECONDS=0, which makes one sequence.
 #include "World.h"
@@ -52,7 +52,7 @@ void RunSequence(std::uint64_t seed, std::vector<RendererType::Enum> const& back
     steps = "steps of seed " + std::to_string(seed) + ':';
     std::fprintf(stderr, "sequence of seed %llu\n", static_cast<unsigned long long>(seed));
     World world(seed, backends);
-    for (std::uint64_t left = Setting("ZX3D_FUZZ_STEPS", 150); left > 0 && !::testing::Test::HasFailure();
+    for (std::uint64_t left = Setting("ZX3D_FUZZ_STEPS", 80); left > 0 && !::testing::Test::HasFailure();
          --left) {
         steps += ' ';
         steps += world.NextStep();
