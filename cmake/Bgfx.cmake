@@ -27,16 +27,18 @@ option(ZX3D_BGFX_DEBUG
   "Build bgfx with its own checks: asserts, leaked handles reported at shutdown, calls from the wrong thread"
   ${zx3d_bgfx_debug_default})
 
-# The oldest API that the libraries are written for.
+# The oldest API that the libraries are written for, and the newest they have been tried with.
 set(ZX3D_BGFX_MINIMUM_API_VERSION 122)
+set(ZX3D_BGFX_NEWEST_KNOWN_API_VERSION 155)
 
-# Reads BGFX_API_VERSION from the first of the include folders that has bgfx/defines.h.
+# Reads BGFX_API_VERSION from the first of the include folders that has bgfx/defines.h: (122), or UINT32_C(123) and so
+# on from then on.
 function(zx3d_read_bgfx_api_version out)
   foreach(folder IN LISTS ARGN)
     if(EXISTS "${folder}/bgfx/defines.h")
       file(STRINGS "${folder}/bgfx/defines.h" line REGEX "#define BGFX_API_VERSION ")
-      string(REGEX MATCH "[0-9]+" version "${line}")
-      set(${out} "${version}" PARENT_SCOPE)
+      string(REGEX MATCH "BGFX_API_VERSION +(UINT32_C)?\\(([0-9]+)\\)" unused "${line}")
+      set(${out} "${CMAKE_MATCH_2}" PARENT_SCOPE)
       return()
     endif()
   endforeach()
@@ -155,4 +157,8 @@ if(ZX3D_BGFX_API_VERSION LESS ZX3D_BGFX_MINIMUM_API_VERSION)
   message(FATAL_ERROR
     "This bgfx has API version ${ZX3D_BGFX_API_VERSION}; "
     "at least ${ZX3D_BGFX_MINIMUM_API_VERSION} is needed.")
+elseif(ZX3D_BGFX_API_VERSION GREATER ZX3D_BGFX_NEWEST_KNOWN_API_VERSION)
+  message(STATUS
+    "bgfx: API version ${ZX3D_BGFX_API_VERSION} is newer than ${ZX3D_BGFX_NEWEST_KNOWN_API_VERSION}, the newest that was "
+    "tried; it may do")
 endif()

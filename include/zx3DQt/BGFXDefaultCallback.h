@@ -3,7 +3,7 @@
 
 #include <zx3DQt/zx3DQtExport.h>
 
-#include <bgfx/bgfx.h>
+#include <zx3D/BgfxVersion.h>
 
 #include <cstdarg>
 #include <cstdint>
@@ -63,7 +63,7 @@ public:
     /// Logs a warning that says what came; the pixels are not kept.
     /// @{
     void screenShot(char const* filePath, std::uint32_t width, std::uint32_t height, std::uint32_t pitch,
-                    void const* data, std::uint32_t size, bool yflip) override;
+                    ZX3D_SCREENSHOT_FORMAT void const* data, std::uint32_t size, bool yflip) override;
     void captureBegin(std::uint32_t width, std::uint32_t height, std::uint32_t pitch,
                       bgfx::TextureFormat::Enum format, bool yflip) override;
     void captureEnd() override;

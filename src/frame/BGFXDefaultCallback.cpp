@@ -125,7 +125,8 @@ bool BGFXDefaultCallback::cacheRead(std::uint64_t, void*, std::uint32_t) {
 void BGFXDefaultCallback::cacheWrite(std::uint64_t, void const*, std::uint32_t) {}
 
 void BGFXDefaultCallback::screenShot(char const* filePath, std::uint32_t width, std::uint32_t height,
-                                     std::uint32_t pitch, void const*, std::uint32_t, bool yflip) {
+                                     std::uint32_t pitch, ZX3D_SCREENSHOT_FORMAT void const*, std::uint32_t,
+                                     bool yflip) {
     LogWarning("Screenshot captured (not implemented):", filePath, "Width:", width, "Height", height,
                "Pitch:", pitch, "Y-flip:", yflip);
 }

@@ -1,6 +1,8 @@
 // The capabilities report, as JSON and as text.
 #include <zx3DQt/CapsReport.h>
 
+#include <zx3D/BgfxVersion.h>
+
 #include <QIODevice>
 #include <QJsonArray>
 #include <QTextStream>
@@ -42,8 +44,8 @@ constexpr LimitEntry kLimits[] = {
     {"maxOcclusionQueries", "Max Occlusion Queries: ", &Limits::maxOcclusionQueries},
     {"maxEncoders", "Max Encoders: ", &Limits::maxEncoders},
     {"minResourceCbSize", "Min Resource Cb Size: ", &Limits::minResourceCbSize},
-    {"transientVbSize", "Transient Vb Size: ", &Limits::transientVbSize},
-    {"transientIbSize", "Transient Ib Size: ", &Limits::transientIbSize},
+    {"transientVbSize", "Transient Vb Size: ", zx3D::kTransientVbSize<Limits>},
+    {"transientIbSize", "Transient Ib Size: ", zx3D::kTransientIbSize<Limits>},
 };
 
 char const* RendererName(bgfx::RendererType::Enum type) {

@@ -1,13 +1,12 @@
 // bgfx's start, stop and frames, its capabilities and its statistics.
 #include "State.h"
 
-#include <bgfx/platform.h>
+#include <zx3D/BgfxVersion.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <thread>
-#include <utility>
 
 namespace recorder {
 
@@ -27,39 +26,22 @@ void FillColorFormat(Resolution& resolution) {
     }
 }
 
-template<typename Limits>
-void FillTransientSizes(Limits& limits) {
-    constexpr uint32_t kVertexBytes = 6 << 20;
-    constexpr uint32_t kIndexBytes = 2 << 20;
-    if constexpr (requires { limits.transientVbSize; }) {
-        limits.transientVbSize = kVertexBytes;
-        limits.transientIbSize = kIndexBytes;
-    } else {
-        limits.maxTransientVbSize = kVertexBytes;
-        limits.maxTransientIbSize = kIndexBytes;
-    }
-}
-
-/// What `init` was given for transient space; the fields were renamed between versions of bgfx.
-template<typename Limits>
-std::pair<uint32_t, uint32_t> TransientSizes(Limits const& limits) {
-    if constexpr (requires { limits.transientVbSize; }) {
-        return {limits.transientVbSize, limits.transientIbSize};
-    } else {
-        return {limits.maxTransientVbSize, limits.maxTransientIbSize};
-    }
-}
+using zarvex::zx3D::kTransientIbSize;
+using zarvex::zx3D::kTransientVbSize;
+using CapsLimits = bgfx::Caps::Limits;
+using InitLimits = bgfx::Init::Limits;
 
 void Start(State& state, bgfx::Init const& init) {
     state.running = std::make_unique<Running>();
     ++state.runs;
     state.renderThread = RenderThread::None;
-    auto const [vertexBytes, indexBytes] = TransientSizes(init.limits);
+    uint32_t const vertexBytes = init.limits.*kTransientVbSize<InitLimits>;
+    uint32_t const indexBytes = init.limits.*kTransientIbSize<InitLimits>;
     Running& running = *state.running;
     running.transientVertices.Create(vertexBytes, running.vertexBuffers.Reserve().idx);
     running.transientIndices.Create(indexBytes, running.indexBuffers.Reserve().idx);
-    state.caps.limits.transientVbSize = vertexBytes;
-    state.caps.limits.transientIbSize = indexBytes;
+    state.caps.limits.*kTransientVbSize<CapsLimits> = vertexBytes;
+    state.caps.limits.*kTransientIbSize<CapsLimits> = indexBytes;
     bool const chosen = init.type != bgfx::RendererType::Count;
     state.caps.rendererType = chosen ? init.type : bgfx::RendererType::Noop;
     state.stats.width = uint16_t(init.resolution.width);
@@ -111,7 +93,8 @@ Resolution::Resolution() {
 Init::Limits::Limits() {
     recorder::Clear(*this);
     maxEncoders = 8;
-    recorder::FillTransientSizes(*this);
+    this->*zarvex::zx3D::kTransientVbSize<Limits> = 6 << 20;
+    this->*zarvex::zx3D::kTransientIbSize<Limits> = 2 << 20;
 }
 
 Init::Init() {

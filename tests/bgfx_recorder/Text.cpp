@@ -95,14 +95,41 @@ std::string Text(bgfx::BackbufferRatio::Enum ratio) {
     return "ratio:" + std::to_string(int(ratio));
 }
 
+// Newer versions of bgfx have more of both.
+std::string Text(bgfx::Attrib::Enum attribute) {
+    using A = bgfx::Attrib;
+    static constexpr std::array<std::pair<A::Enum, char const*>, 18> kNames{{{A::Position, "Position"},
+                                                                             {A::Normal, "Normal"},
+                                                                             {A::Tangent, "Tangent"},
+                                                                             {A::Bitangent, "Bitangent"},
+                                                                             {A::Color0, "Color0"},
+                                                                             {A::Color1, "Color1"},
+                                                                             {A::Color2, "Color2"},
+                                                                             {A::Color3, "Color3"},
+                                                                             {A::Indices, "Indices"},
+                                                                             {A::Weight, "Weight"},
+                                                                             {A::TexCoord0, "TexCoord0"},
+                                                                             {A::TexCoord1, "TexCoord1"},
+                                                                             {A::TexCoord2, "TexCoord2"},
+                                                                             {A::TexCoord3, "TexCoord3"},
+                                                                             {A::TexCoord4, "TexCoord4"},
+                                                                             {A::TexCoord5, "TexCoord5"},
+                                                                             {A::TexCoord6, "TexCoord6"},
+                                                                             {A::TexCoord7, "TexCoord7"}}};
+    return NameOf(attribute, kNames);
+}
+
+std::string Text(bgfx::AttribType::Enum type) {
+    using T = bgfx::AttribType;
+    static constexpr std::array<std::pair<T::Enum, char const*>, 5> kNames{{{T::Uint8, "Uint8"},
+                                                                            {T::Uint10, "Uint10"},
+                                                                            {T::Int16, "Int16"},
+                                                                            {T::Half, "Half"},
+                                                                            {T::Float, "Float"}}};
+    return NameOf(type, kNames);
+}
+
 std::string Text(bgfx::VertexLayout const& layout) {
-    static constexpr char const* kAttributes[] = {
-        "Position",  "Normal",    "Tangent",   "Bitangent", "Color0",    "Color1",
-        "Color2",    "Color3",    "Indices",   "Weight",    "TexCoord0", "TexCoord1",
-        "TexCoord2", "TexCoord3", "TexCoord4", "TexCoord5", "TexCoord6", "TexCoord7"};
-    static_assert(std::size(kAttributes) == bgfx::Attrib::Count);
-    static constexpr char const* kTypes[] = {"Uint8", "Uint10", "Int16", "Half", "Float"};
-    static_assert(std::size(kTypes) == bgfx::AttribType::Count);
     std::map<uint16_t, std::string> texts;
     for (int i = 0; i < bgfx::Attrib::Count; ++i) {
         auto const attribute = bgfx::Attrib::Enum(i);
@@ -112,8 +139,8 @@ std::string Text(bgfx::VertexLayout const& layout) {
             bool normalized = false;
             bool asInt = false;
             layout.decode(attribute, count, type, normalized, asInt);
-            texts[layout.getOffset(attribute)] = std::string(kAttributes[i]) + " " + std::to_string(count) +
-                                                 " " + kTypes[type] + (normalized ? " normalized" : "") +
+            texts[layout.getOffset(attribute)] = Text(attribute) + " " + std::to_string(count) + " " +
+                                                 Text(type) + (normalized ? " normalized" : "") +
                                                  (asInt ? " integer" : "");
         }
     }

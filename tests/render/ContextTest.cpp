@@ -6,6 +6,7 @@
 #include <harness/Trouble.h>
 #include <harness/TroubleCallback.h>
 
+#include <zx3D/BgfxVersion.h>
 #include <zx3D/Context.h>
 
 #include <bx/bx.h>
@@ -114,8 +115,10 @@ TEST_P(ContextTest, TellsItsOptions) {
     EXPECT_EQ(zx3D::Context::GetOptions().nativeWindowHandle, options.nativeWindowHandle);
     EXPECT_EQ(zx3D::Context::GetOptions().callback, &m_callback);
     EXPECT_TRUE(zx3D::Context::GetOptions().verticalSync);
-    EXPECT_EQ(bgfx::getCaps()->limits.transientVbSize, options.transientVertexBufferSize);
-    EXPECT_EQ(bgfx::getCaps()->limits.transientIbSize, options.transientIndexBufferSize);
+    EXPECT_EQ(bgfx::getCaps()->limits.*zx3D::kTransientVbSize<bgfx::Caps::Limits>,
+              options.transientVertexBufferSize);
+    EXPECT_EQ(bgfx::getCaps()->limits.*zx3D::kTransientIbSize<bgfx::Caps::Limits>,
+              options.transientIndexBufferSize);
     zx3D::Context::Shutdown();
     EXPECT_EQ(zx3D::Context::GetOptions().callback, nullptr) << "borrowed only while running";
 }

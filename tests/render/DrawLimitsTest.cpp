@@ -3,6 +3,8 @@
 #include "Scene.h"
 #include "WithoutCompute.h"
 
+#include <zx3D/BgfxVersion.h>
+
 #include <array>
 
 using namespace zarvex;
@@ -190,7 +192,7 @@ TEST_P(DrawLimitsTest, LinesThatNoLongerFitAreLeftOut) {
     // A call is drawn in chunks, of which the last and smaller one finds room after others have found none.
     constexpr int linesOfAChunk = 32768;
     int const bytesOfALine = 2 * zx3D::Vertex::Pos3fColorRGBA::Layout().getStride();
-    auto const room = static_cast<int>(bgfx::getCaps()->limits.transientVbSize);
+    auto const room = static_cast<int>(bgfx::getCaps()->limits.*zx3D::kTransientVbSize<bgfx::Caps::Limits>);
     int const fitting = (room / bytesOfALine - 1) / linesOfAChunk * linesOfAChunk;
     constexpr int lastChunk = kPixels / linesOfAChunk * linesOfAChunk;
     ASSERT_LT(fitting + linesOfAChunk, lastChunk);
@@ -214,7 +216,9 @@ TEST_P(DrawLimitsTest, LinesThatNoLongerFitAreLeftOut) {
 TEST_P(DrawLimitsTest, MeshesThatNoLongerFitAreLeftOut) {
     constexpr int count = 15;
     int const bytesOfABand = Band::kVertices * zx3D::Vertex::Pos3fColorRGBA::Layout().getStride();
-    int const fitting = static_cast<int>(bgfx::getCaps()->limits.transientVbSize / 2) / bytesOfABand;
+    int const fitting =
+        static_cast<int>(bgfx::getCaps()->limits.*zx3D::kTransientVbSize<bgfx::Caps::Limits> / 2) /
+        bytesOfABand;
     ASSERT_LT(fitting, count);
     QRect const small(10, 970, 20, 7);
 

@@ -1,6 +1,8 @@
 // The capabilities report as text and as JSON.
 #include <zx3DQt/CapsReport.h>
 
+#include <zx3D/BgfxVersion.h>
+
 #include <QJsonArray>
 #include <QStringList>
 
@@ -48,8 +50,8 @@ constexpr LimitName kLimits[] = {
     {"maxOcclusionQueries", "Max Occlusion Queries: ", &L::maxOcclusionQueries},
     {"maxEncoders", "Max Encoders: ", &L::maxEncoders},
     {"minResourceCbSize", "Min Resource Cb Size: ", &L::minResourceCbSize},
-    {"transientVbSize", "Transient Vb Size: ", &L::transientVbSize},
-    {"transientIbSize", "Transient Ib Size: ", &L::transientIbSize},
+    {"transientVbSize", "Transient Vb Size: ", zarvex::zx3D::kTransientVbSize<L>},
+    {"transientIbSize", "Transient Ib Size: ", zarvex::zx3D::kTransientIbSize<L>},
 };
 
 /// A record in which every value differs from every other.

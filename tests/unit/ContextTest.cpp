@@ -72,8 +72,8 @@ TEST_F(ContextTest, InitializeStartsBgfxWithTheOptions) {
     EXPECT_EQ(init.resolution.height, 48u);
     EXPECT_EQ(init.resolution.reset, std::uint32_t(BGFX_RESET_NONE));
     EXPECT_EQ(init.callback, &m_callback);
-    EXPECT_EQ(bgfx::getCaps()->limits.transientVbSize, 1u << 20);
-    EXPECT_EQ(bgfx::getCaps()->limits.transientIbSize, 1u << 19);
+    EXPECT_EQ(bgfx::getCaps()->limits.*kTransientVbSize<bgfx::Caps::Limits>, 1u << 20);
+    EXPECT_EQ(bgfx::getCaps()->limits.*kTransientIbSize<bgfx::Caps::Limits>, 1u << 19);
 }
 
 TEST_F(ContextTest, VerticalSyncIsAskedForWhenWanted) {

@@ -1,7 +1,7 @@
 // The stand-in for bgfx itself: does it behave as bgfx where tests rely on it, and does it catch misuse.
 #include <Recorder.h>
 
-#include <bgfx/platform.h>
+#include <zx3D/BgfxVersion.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,8 +23,8 @@ protected:
         recorder::Reset();
         bgfx::Init init;
         init.type = bgfx::RendererType::Noop;
-        init.limits.transientVbSize = 1000;
-        init.limits.transientIbSize = 100;
+        init.limits.*zarvex::zx3D::kTransientVbSize<bgfx::Init::Limits> = 1000;
+        init.limits.*zarvex::zx3D::kTransientIbSize<bgfx::Init::Limits> = 100;
         ASSERT_TRUE(bgfx::init(init));
         recorder::ClearCalls();
     }

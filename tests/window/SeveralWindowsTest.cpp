@@ -3,9 +3,54 @@
 
 #include "harness/LibraryRun.h"
 
+#include <zx3D/Vertex.h>
+
+#include <QMatrix4x4>
+#include <QPixmap>
+#include <QScreen>
+
 namespace zarvex::testing {
 
 using SeveralWindowsTest = BackendTest;
+
+namespace {
+
+/// A white square of 20 pixels in row 40, where it was last told to be, in a black window.
+class SquareWindow : public zx3DQt::BGFXWindow {
+public:
+    explicit SquareWindow(bgfx::ViewId viewId) : m_viewId(viewId) { resize(200, 100); }
+
+    bool RecordFrame(float left) {
+        if (!GetRenderer().StartFrame(GetFrameBuffer()))
+            return false;
+        zx3DQt::BGFXViewClearOptions const clear{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, 0x000000ff, 1.0f, 0};
+        zx3DQt::BGFXViewContext view(m_viewId, clear, bgfx::ViewMode::Sequential);
+        view.SetViewport(GetViewport());
+        view.SetOrthoProjectionFromViewport(-1.0f, 1.0f, 0.0f);
+        view.Submit(GetFrameBuffer());
+        QMatrix4x4 place;
+        place.translate(left, 40.0f);
+        GetRenderer().SetModelTransform(place);
+        using Vertex = zx3D::Vertex::Pos3fColorRGBA;
+        zx3D::Color const white{1.0f, 1.0f, 1.0f, 1.0f};
+        Vertex const corners[] = {Vertex({0.0f, 0.0f, 0.0f}, white), Vertex({20.0f, 0.0f, 0.0f}, white),
+                                  Vertex({20.0f, 20.0f, 0.0f}, white), Vertex({0.0f, 20.0f, 0.0f}, white)};
+        std::uint16_t const indices[] = {0, 1, 2, 0, 2, 3};
+        GetRenderer().DrawTriangles(view, corners, indices);
+        return true;
+    }
+
+    bool ShowsSquareAt(int left) const {
+        QImage const image = screen()->grabWindow(winId()).toImage().convertToFormat(QImage::Format_RGB32);
+        auto const isWhite = [&image](int x) { return image.pixel(x, 50) == qRgb(255, 255, 255); };
+        return !isWhite(left - 1) && isWhite(left) && isWhite(left + 19) && !isWhite(left + 20);
+    }
+
+private:
+    bgfx::ViewId m_viewId;
+};
+
+} // namespace
 
 TEST_P(SeveralWindowsTest, ThreeWindowsKeepTheirOwnColors) {
     CornerWindow first(Qt::darkCyan, 0);
@@ -39,6 +84,34 @@ TEST_P(SeveralWindowsTest, OneFrameShowsAllWindows) {
         return GrabFromScreen(left).pixel(middle) == left.GetColor().rgb() &&
                GrabFromScreen(right).pixel(middle) == right.GetColor().rgb();
     }));
+}
+
+// Each window has an OpenGL context of its own. What one sets to a value that another has just set must
+// arrive.
+TEST_P(SeveralWindowsTest, WindowsThatDrawTheSameAllFollowItsChanges) {
+    SquareWindow first(0);
+    SquareWindow second(1);
+    SquareWindow third(2);
+    SquareWindow* const windows[] = {&first, &second, &third};
+    int x = 50;
+    for (SquareWindow* const window : windows) {
+        window->setPosition(x, 100);
+        window->show();
+        ASSERT_TRUE(WaitUntil([window] { return window->isExposed(); }));
+        x += 300;
+    }
+    for (int const left : {10, 60, 110}) {
+        EXPECT_TRUE(WaitUntil([&] {
+            bool painted = true;
+            for (SquareWindow* const window : windows)
+                painted = window->RecordFrame(static_cast<float>(left)) && painted;
+            bgfx::frame();
+            return painted && first.ShowsSquareAt(left) && second.ShowsSquareAt(left) &&
+                   third.ShowsSquareAt(left);
+        })) << "with the square at "
+            << left << " in " << first.ShowsSquareAt(left) << second.ShowsSquareAt(left)
+            << third.ShowsSquareAt(left);
+    }
 }
 
 TEST_P(SeveralWindowsTest, OthersGoOnWhenOneIsDeleted) {

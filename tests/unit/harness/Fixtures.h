@@ -3,7 +3,7 @@
 
 #include <Recorder.h>
 
-#include <bgfx/bgfx.h>
+#include <zx3D/BgfxVersion.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -27,8 +27,8 @@ public:
     std::uint32_t cacheReadSize(std::uint64_t) override { return 0; }
     bool cacheRead(std::uint64_t, void*, std::uint32_t) override { return false; }
     void cacheWrite(std::uint64_t, void const*, std::uint32_t) override {}
-    void screenShot(char const*, std::uint32_t, std::uint32_t, std::uint32_t, void const*, std::uint32_t,
-                    bool) override {}
+    void screenShot(char const*, std::uint32_t, std::uint32_t, std::uint32_t,
+                    ZX3D_SCREENSHOT_FORMAT void const*, std::uint32_t, bool) override {}
     void captureBegin(std::uint32_t, std::uint32_t, std::uint32_t, bgfx::TextureFormat::Enum, bool) override {
     }
     void captureEnd() override {}

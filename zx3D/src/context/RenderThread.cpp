@@ -3,7 +3,7 @@
 
 #include "FrameListeners.h"
 
-#include <bgfx/platform.h>
+#include <zx3D/BgfxVersion.h>
 
 #include <chrono>
 #include <thread>

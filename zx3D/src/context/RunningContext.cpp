@@ -3,7 +3,7 @@
 
 #include "../message/Say.h"
 
-#include <bgfx/platform.h>
+#include <zx3D/BgfxVersion.h>
 
 namespace zarvex::zx3D {
 
@@ -18,8 +18,8 @@ bgfx::Init ToInit(ContextOptions const& options, bgfx::RendererType::Enum render
     init.resolution.width = options.width;
     init.resolution.height = options.height;
     init.resolution.reset = options.verticalSync ? BGFX_RESET_VSYNC : BGFX_RESET_NONE;
-    init.limits.transientVbSize = options.transientVertexBufferSize;
-    init.limits.transientIbSize = options.transientIndexBufferSize;
+    init.limits.*kTransientVbSize<bgfx::Init::Limits> = options.transientVertexBufferSize;
+    init.limits.*kTransientIbSize<bgfx::Init::Limits> = options.transientIndexBufferSize;
     return init;
 }
 

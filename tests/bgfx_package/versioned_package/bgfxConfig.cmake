@@ -1,4 +1,4 @@
-# A package of a bgfx that is older than the libraries support.
+# A package of which only the API version matters.
 add_library(bgfx::bgfx INTERFACE IMPORTED)
 add_library(bgfx::bx INTERFACE IMPORTED)
 add_library(bgfx::bimg INTERFACE IMPORTED)
