@@ -128,7 +128,7 @@ TEST_F(RecorderTest, CallsBeforeInitAndAfterShutdownAreErrors) {
 }
 
 TEST_F(RecorderTest, InitWhileRunningFails) {
-    EXPECT_FALSE(bgfx::init());
+    EXPECT_FALSE(bgfx::init({}));
     EXPECT_THAT(recorder::Errors(), ElementsAre("init: bgfx is running already"));
 }
 
@@ -137,9 +137,9 @@ TEST_F(RecorderTest, InitFailsAsOftenAsToldAndThenSucceeds) {
     recorder::Settings settings = recorder::GetSettings();
     settings.failingInits = 1;
     recorder::Apply(settings);
-    EXPECT_FALSE(bgfx::init());
+    EXPECT_FALSE(bgfx::init({}));
     EXPECT_FALSE(recorder::IsRunning());
-    EXPECT_TRUE(bgfx::init());
+    EXPECT_TRUE(bgfx::init({}));
 }
 
 TEST_F(RecorderTest, ShutdownReportsWhatIsLeft) {
