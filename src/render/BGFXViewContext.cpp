@@ -92,7 +92,7 @@ void BGFXViewContext::Submit(zx3D::FrameBuffer const& frameBuffer, QRect const& 
              "), handle: ", frameBuffer.GetHandle().idx, "] ", "[viewRect: (w:", viewRect.width(),
              ",h:", viewRect.height(), ")]");
     bgfx::setViewMode(m_viewId, m_viewMode);
-    bgfx::setViewFrameBuffer(m_viewId, frameBuffer.GetHandle());
+    frameBuffer.BindToView(m_viewId);
     bgfx::setViewRect(
         m_viewId, static_cast<std::uint16_t>(viewRect.left()), static_cast<std::uint16_t>(viewRect.top()),
         static_cast<std::uint16_t>(viewRect.width()), static_cast<std::uint16_t>(viewRect.height()));

@@ -53,7 +53,14 @@ bgfx::FrameBufferHandle AddFrameBuffer(Recording& call, std::vector<bgfx::Textur
             ++attached->owners;
         }
     }
-    return call.Result(call.Now().frameBuffers.Add(std::move(frameBuffer)));
+    std::vector<uint16_t> const parts = frameBuffer.parts;
+    bgfx::FrameBufferHandle const handle = call.Now().frameBuffers.Add(std::move(frameBuffer));
+    if (!bgfx::isValid(handle)) { // what was given away goes all the same
+        for (uint16_t const texture : parts) {
+            call.Now().ReleaseTexture({texture});
+        }
+    }
+    return call.Result(handle);
 }
 
 std::string Joined(std::vector<bgfx::TextureHandle> const& textures, bool giveAway) {

@@ -6,8 +6,10 @@
 #include <Fixtures.h>
 
 #include <optional>
+#include <vector>
 
 using namespace zarvex::zx3D;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -241,4 +243,65 @@ TEST_F(FrameBufferTest, BeyondTheGpusTexturesNothingIsCreated) {
     EXPECT_FALSE(bgfx::isValid(frameBuffer.GetHandle()));
     EXPECT_THAT(recorder::Calls(), IsEmpty());
     EXPECT_THAT(m_callback.traces, ElementsAre(HasSubstr("20000 x 10")));
+}
+
+TEST_F(FrameBufferTest, WhereTexturesRanOutNothingIsCreated) {
+    std::vector<bgfx::TextureHandle> textures;
+    while (textures.empty() || bgfx::isValid(textures.back()))
+        textures.push_back(bgfx::createTexture2D(1, 1, false, 1, bgfx::TextureFormat::RGBA8));
+    textures.pop_back();
+    bgfx::destroy(textures.back()); // one is left, for the colour
+    textures.pop_back();
+    bgfx::frame();
+    FrameBuffer frameBuffer = Sized(Unattached());
+    EXPECT_FALSE(bgfx::isValid(frameBuffer.GetHandle()));
+    EXPECT_EQ(recorder::CountCalls("createFrameBuffer"), 0u);
+    frameBuffer.SubmitOnDemand();
+    EXPECT_THAT(m_callback.traces, ElementsAre(HasSubstr("640 x 480"))) << "once";
+    for (bgfx::TextureHandle const texture : textures)
+        bgfx::destroy(texture);
+    frameBuffer.SubmitOnDemand();
+    EXPECT_TRUE(bgfx::isValid(frameBuffer.GetHandle()));
+}
+
+TEST_F(FrameBufferTest, HandlesThatWereGivenBackAreFetchedByFrames) {
+    for (int i = 0; i < 500; ++i) {
+        FrameBuffer frameBuffer = Sized(Unattached());
+        ASSERT_TRUE(bgfx::isValid(frameBuffer.GetHandle())) << i;
+        frameBuffer.Destroy();
+    }
+    EXPECT_LT(recorder::CountCalls("frame"), 10u) << "only where they had run out";
+}
+
+TEST_F(FrameBufferTest, DepthFormatCountMeansNoDepth) {
+    FrameBuffer frameBuffer = Sized({nullptr, bgfx::TextureFormat::RGBA8, bgfx::TextureFormat::Count});
+    EXPECT_TRUE(bgfx::isValid(frameBuffer.GetHandle()));
+    EXPECT_EQ(recorder::CountCalls("createTexture2D"), 1u);
+}
+
+TEST_F(FrameBufferTest, AWindowBeyondTheGpusLimitHasNoFrameBuffer) {
+    FrameBuffer frameBuffer = Attached();
+    frameBuffer.RequestResize(32767, 32767);
+    frameBuffer.SubmitOnDemand();
+    frameBuffer.SubmitOnDemand();
+    EXPECT_FALSE(bgfx::isValid(frameBuffer.GetHandle()));
+    EXPECT_EQ(frameBuffer.GetWidth(), 32767) << "what was requested";
+    EXPECT_THAT(recorder::Calls(), IsEmpty());
+    EXPECT_THAT(m_callback.traces, ElementsAre(HasSubstr("32767 x 32767"))) << "once";
+    EXPECT_TRUE(bgfx::isValid(Sized(frameBuffer).GetHandle()));
+}
+
+TEST_F(FrameBufferTest, ViewsOfADestroyedFrameBufferAreUnbound) {
+    FrameBuffer first = Sized(Unattached());
+    FrameBuffer second = Sized(Unattached());
+    first.BindToView(3);
+    first.BindToView(4);
+    second.BindToView(5);
+    second.BindToView(4); // no longer the first one's
+    recorder::ClearCalls();
+    first.Destroy();
+    EXPECT_THAT(recorder::CallTexts(), Contains("setViewFrameBuffer(3, frameBuffer#invalid)"));
+    EXPECT_EQ(recorder::CountCalls("setViewFrameBuffer"), 1u);
+    second.Destroy();
+    EXPECT_EQ(recorder::CountCalls("setViewFrameBuffer"), 3u);
 }

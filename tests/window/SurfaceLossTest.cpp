@@ -4,7 +4,13 @@
 #include "harness/LibraryRun.h"
 #include "harness/Trouble.h"
 
+#include <zx3D/Context.h>
+
 #include <QGuiApplication>
+#include <QWindow>
+
+#include <memory>
+#include <optional>
 
 namespace zarvex::testing {
 
@@ -103,6 +109,95 @@ TEST_P(SurfaceLossTest, DestroyedAndRequestedAgainTheSurfaceComesBack) {
         window.SetFrameBuffer(saved);
     }
     ExpectPicture(window);
+}
+
+namespace {
+
+/// A native window of somebody else's, to whom nobody tells what it is used for.
+class ForeignWindow {
+public:
+    ForeignWindow() {
+        m_window.resize(200, 150);
+        m_window.create();
+        m_frameBuffer.emplace(reinterpret_cast<void*>(m_window.winId()), bgfx::TextureFormat::BGRA8,
+                              bgfx::TextureFormat::D16);
+    }
+
+    zx3D::FrameBuffer& GetFrameBuffer() { return *m_frameBuffer; }
+
+    void Die() {
+        m_window.destroy();
+        QGuiApplication::sync();
+    }
+
+private:
+    QWindow m_window;
+    std::optional<zx3D::FrameBuffer> m_frameBuffer;
+};
+
+void DrawFrames(zx3D::FrameBuffer& frameBuffer, int count) {
+    constexpr bgfx::ViewId view = 3;
+    for (int i = 0; i < count; ++i) {
+        frameBuffer.BindToView(view);
+        bgfx::setViewClear(view, BGFX_CLEAR_COLOR, 0xff00ffff);
+        bgfx::setViewRect(view, 0, 0, bgfx::BackbufferRatio::Equal);
+        bgfx::touch(view);
+        zx3D::Context::SubmitFrame();
+    }
+}
+
+} // namespace
+
+TEST_P(SurfaceLossTest, AWindowMayDieBeforeBgfxHasTakenHoldOfIt) {
+    ExpectWarning("surface.window-gone");
+    for (int i = 0; i < 5; ++i) {
+        ForeignWindow window;
+        window.GetFrameBuffer().RequestResize(200, 150);
+        window.GetFrameBuffer().SubmitOnDemand();
+        window.Die();
+        DrawFrames(window.GetFrameBuffer(), 3);
+        window.GetFrameBuffer().SubmitOnDemand(); // out of sight
+        DrawFrames(window.GetFrameBuffer(), 3);
+        window.GetFrameBuffer().Destroy();
+    }
+    CornerWindow window(Qt::darkGreen);
+    ShowAndWait(window);
+    ExpectPicture(window);
+}
+
+TEST_P(SurfaceLossTest, AWindowBeyondTheGpusLimitHasNoSurface) {
+    ExpectWarning("surface.too-large");
+    ForeignWindow window;
+    window.GetFrameBuffer().RequestResize(32767, 32767);
+    window.GetFrameBuffer().SubmitOnDemand();
+    EXPECT_FALSE(bgfx::isValid(window.GetFrameBuffer().GetHandle()));
+    DrawFrames(window.GetFrameBuffer(), 3);
+    window.GetFrameBuffer().RequestResize(200, 150);
+    window.GetFrameBuffer().SubmitOnDemand();
+    EXPECT_TRUE(bgfx::isValid(window.GetFrameBuffer().GetHandle()));
+    DrawFrames(window.GetFrameBuffer(), 3);
+    window.GetFrameBuffer().Destroy();
+}
+
+TEST_P(SurfaceLossTest, AViewOfADestroyedFrameBufferMayBeDrawnInto) {
+    zx3D::FrameBuffer frameBuffer(nullptr, bgfx::TextureFormat::BGRA8, bgfx::TextureFormat::D16);
+    frameBuffer.RequestResize(64, 48);
+    frameBuffer.SubmitOnDemand();
+    DrawFrames(frameBuffer, 1);
+    frameBuffer.Destroy();
+    for (int i = 0; i < 5; ++i) {
+        bgfx::touch(3);
+        zx3D::Context::SubmitFrame();
+    }
+}
+
+TEST_P(SurfaceLossTest, AFrameBufferWithoutDepthWorks) {
+    zx3D::FrameBuffer frameBuffer(nullptr, bgfx::TextureFormat::BGRA8, bgfx::TextureFormat::Count);
+    frameBuffer.RequestResize(64, 48);
+    frameBuffer.SubmitOnDemand();
+    EXPECT_TRUE(bgfx::isValid(frameBuffer.GetHandle()));
+    DrawFrames(frameBuffer, 3);
+    frameBuffer.Destroy();
 }
 
 ZX3D_INSTANTIATE_BACKENDS(SurfaceLossTest);

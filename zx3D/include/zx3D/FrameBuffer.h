@@ -30,7 +30,8 @@ class ZX3D_EXPORT FrameBuffer {
 public:
     /// Records the surface and its formats; creates nothing. A null handle makes an unattached frame buffer.
     /// `colorFormat` and `depthFormat` are what is asked for; a window's surface takes the nearest that the
-    /// window system offers.
+    /// window system offers. `bgfx::TextureFormat::Count` as the depth format means that there is no depth; a
+    /// window's surface may have one nonetheless.
     FrameBuffer(void* nativeWindowHandle, bgfx::TextureFormat::Enum colorFormat,
                 bgfx::TextureFormat::Enum depthFormat);
 
@@ -61,10 +62,17 @@ public:
     void RequestResize(std::uint16_t width, std::uint16_t height);
 
     /// Creates the bgfx object if there is none, or re-creates it if its size is not the requested one. Does
-    /// nothing while collapsed or while the context is not initialised. Re-creating an attached frame buffer
-    /// submits what was recorded so far, as `Destroy` does, and so does freeing the surfaces of windows that
-    /// died: call it before recording.
+    /// nothing while collapsed or while the context is not initialised. Where bgfx cannot create it (a side
+    /// beyond the GPU's limit, no handle left, a format that it does not have) there is none afterwards, and
+    /// a warning says why; handles that were given back are first fetched, by frames of their own.
+    /// Re-creating an attached frame buffer submits what was recorded so far, as `Destroy` does, and so does
+    /// freeing the surfaces of windows that died: call it before recording.
     void SubmitOnDemand();
+
+    /// Calls `bgfx::setViewFrameBuffer` with the bgfx object, and remembers it: when that object is
+    /// destroyed, the views that were last bound to it this way draw into the back buffer, where bgfx would
+    /// go on drawing into what is gone.
+    void BindToView(bgfx::ViewId view) const;
 
     /// The native window is about to go, and drawing may go on: what is drawn from here on is shown nowhere,
     /// also by a bgfx object that is created later. Does nothing for an unattached frame buffer. Quicker than

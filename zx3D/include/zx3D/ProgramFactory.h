@@ -1,6 +1,8 @@
 // Shader programs by name.
 #pragma once
 
+#include <zx3D/ContextListener.h>
+#include <zx3D/Owned.h>
 #include <zx3D/zx3DExport.h>
 
 #include <bgfx/bgfx.h>
@@ -19,7 +21,7 @@ namespace zarvex::zx3D {
 /// Lifetime: programs are created on first request, kept for the life of the context and owned by the
 /// factory; do not destroy them. Thread: the one that calls bgfx's API, with the context initialised.
 /// Errors: an empty result, and a message that names the shader to the context's callback.
-class ZX3D_EXPORT ProgramFactory {
+class ZX3D_EXPORT ProgramFactory final : private ContextListener {
 public:
     ProgramFactory(ProgramFactory const&) = delete;
     ProgramFactory& operator=(ProgramFactory const&) = delete;
@@ -37,16 +39,15 @@ public:
     std::optional<bgfx::ProgramHandle> CreateProgram(std::string_view computeShaderName);
 
 private:
-    friend class Context; // empties the factory before bgfx goes
-
     ProgramFactory() = default;
     ~ProgramFactory() = default;
 
+    void OnContextStopping() override { m_programs.clear(); }
+
     template<typename Create>
     std::optional<bgfx::ProgramHandle> FindOrCreate(std::string key, Create create);
-    void DestroyPrograms();
 
-    std::map<std::string, bgfx::ProgramHandle, std::less<>> m_programs;
+    std::map<std::string, Owned<bgfx::ProgramHandle>, std::less<>> m_programs;
 };
 
 } // namespace zarvex::zx3D

@@ -1,9 +1,6 @@
 // The life cycle of the process's bgfx context.
 #include <zx3D/Context.h>
 
-#include <zx3D/ProgramFactory.h>
-
-#include "../surface/SurfaceRegistry.h"
 #include "ContextListeners.h"
 #include "RunningContext.h"
 
@@ -26,6 +23,10 @@ State& GetState() {
 
 } // namespace
 
+RunningContext* RunningContext::Get() {
+    return GetState().running.get();
+}
+
 ContextRun ContextRun::Current() {
     ContextRun run;
     run.m_number = GetState().run;
@@ -41,7 +42,6 @@ bool Context::Initialize(ContextOptions const& options) {
     if (!state.running)
         return false;
     ++state.run;
-    SurfaceRegistry::Get().BeginRun(state.running->GetNativeWindows());
     return true;
 }
 
@@ -49,8 +49,6 @@ void Context::Shutdown() {
     State& state = GetState();
     if (state.running) {
         NotifyContextStopping();
-        ProgramFactory::Get().DestroyPrograms();
-        SurfaceRegistry::Get().EndRun();
         state.running.reset();
         ++state.run;
     }
@@ -67,13 +65,13 @@ bool Context::IsInitialized() {
 
 std::uint32_t Context::SubmitFrame(bool capture) {
     std::uint32_t const number = bgfx::frame(capture);
-    if (RunningContext* const running = GetState().running.get())
+    if (RunningContext* const running = RunningContext::Get())
         running->NoteSubmittedFrame(number);
     return number;
 }
 
 bool Context::IsFrameInFlight() {
-    RunningContext const* const running = GetState().running.get();
+    RunningContext const* const running = RunningContext::Get();
     return running != nullptr && running->IsFrameInFlight();
 }
 

@@ -3,31 +3,53 @@
 
 #include <zx3D/ContextListener.h>
 
-#include <set>
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <map>
 
 namespace zarvex::zx3D {
 
 namespace {
 
-std::set<ContextListener*>& GetListeners() {
+struct Listeners {
+    std::map<std::uint64_t, ContextListener*> byAge; ///< ages grow: the newest is the last
+    std::uint64_t constructed = 0;
+};
+
+Listeners& GetListeners() {
     // Never destroyed: listeners of static storage duration may be destroyed later.
-    static std::set<ContextListener*>& listeners = *new std::set<ContextListener*>;
+    static Listeners& listeners = *new Listeners;
     return listeners;
 }
 
 } // namespace
 
 ContextListener::ContextListener() {
-    GetListeners().insert(this);
+    Listeners& listeners = GetListeners();
+    listeners.byAge.emplace(++listeners.constructed, this);
 }
 
 ContextListener::~ContextListener() {
-    GetListeners().erase(this);
+    std::erase_if(GetListeners().byAge, [this](auto const& entry) { return entry.second == this; });
 }
 
 void NotifyContextStopping() {
-    for (ContextListener* const listener : GetListeners())
-        listener->OnContextStopping();
+    // Looks anew after each, who may have changed the list. Who came meanwhile follows in the next pass.
+    auto& listeners = GetListeners().byAge;
+    std::uint64_t told = 0; // this age and all before it
+    while (!listeners.empty() && listeners.rbegin()->first > told) {
+        std::uint64_t const newest = listeners.rbegin()->first;
+        for (auto next = listeners.end(); next != listeners.begin();) {
+            auto const [age, listener] = *std::prev(next);
+            if (age <= told)
+                break;
+            listener->OnContextStopping();
+            next = listeners.lower_bound(age);
+        }
+        told = newest;
+    }
 }
 
 } // namespace zarvex::zx3D

@@ -3,7 +3,7 @@
 
 namespace zarvex::zx3D {
 
-/// Tells every listener that the context is about to stop.
+/// Tells every listener that the context is about to stop, the newest first.
 void NotifyContextStopping();
 
 } // namespace zarvex::zx3D

@@ -1,6 +1,7 @@
 // Starting bgfx, and being sure that what started is what was meant.
 #include "RunningContext.h"
 
+#include "../display/EglVisual.h"
 #include "../message/Say.h"
 
 #include <zx3D/BgfxVersion.h>
@@ -43,6 +44,13 @@ RunningContext::~RunningContext() {
         m_renderThread->EndRun();
 }
 
+void RunningContext::NoteSubmittedFrame(std::uint32_t number) {
+    m_submitted = number;
+    bool const isExecuted = m_renderThread == nullptr;
+    if (isExecuted && m_windows)
+        m_windows->ShowDrawn(number);
+}
+
 bool RunningContext::IsFrameInFlight() const {
     return m_renderThread != nullptr && m_submitted && !m_renderThread->HasFinished(*m_submitted);
 }
@@ -78,6 +86,8 @@ bool RunningContext::PrepareThreads(ContextOptions const& options) {
         bgfx::renderFrame(); // before bgfx::init, it tells bgfx that the calling thread renders
     } else {
         m_renderThread = &RenderThread::Get();
+        if (m_windows)
+            m_frameListener.emplace([this](std::uint32_t number) { m_windows->ShowDrawn(number); });
         m_renderThread->BeginRun();
     }
     return true;
@@ -91,6 +101,8 @@ bool RunningContext::StartBgfx(ContextOptions const& options, bgfx::RendererType
     }
     if (m_renderThread != nullptr)
         m_renderThread->AwaitFirstFrame();
+    if (m_windows && bgfx::getRendererType() == bgfx::RendererType::OpenGL)
+        m_windows->UseVisual(ChooseEglVisual(m_display.GetNativeDisplay()));
     // When every other renderer failed, bgfx falls back to the one that draws nothing.
     bool const drawsNothing = bgfx::getRendererType() == bgfx::RendererType::Noop;
     if (drawsNothing && renderer != bgfx::RendererType::Noop) {

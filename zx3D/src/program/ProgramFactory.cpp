@@ -1,8 +1,6 @@
 // Creating programs from the embedded shaders, once each.
 #include <zx3D/ProgramFactory.h>
 
-#include <zx3D/Context.h>
-
 #include "../message/Say.h"
 #include "EmbeddedShaders.h"
 
@@ -44,58 +42,64 @@ char const* NameOf(Stage stage) {
     }
 }
 
-bgfx::ShaderHandle CreateShader(std::string_view name, Stage stage) {
+Owned<bgfx::ShaderHandle> CreateShader(std::string_view name, Stage stage) {
     EmbeddedShader const* const shader = FindEmbeddedShader(name);
     if (shader == nullptr) {
         Report(name, "does not exist");
-        return BGFX_INVALID_HANDLE;
+        return {};
     }
     std::span<std::uint8_t const> const binary = SelectBinary(*shader);
     if (binary.empty()) {
         Report(name, "is not available for the running renderer");
-        return BGFX_INVALID_HANDLE;
+        return {};
     }
     if (binary.front() != static_cast<std::uint8_t>(stage)) { // bgfx would only check in debug builds
         Report(name, "is of another stage than ", NameOf(stage));
-        return BGFX_INVALID_HANDLE;
+        return {};
     }
     // Embedded data outlives bgfx, so a reference will do.
-    return bgfx::createShader(bgfx::makeRef(binary.data(), static_cast<std::uint32_t>(binary.size())));
+    return Owned(bgfx::createShader(bgfx::makeRef(binary.data(), static_cast<std::uint32_t>(binary.size()))));
 }
 
-void DestroyIfValid(bgfx::ShaderHandle shader) {
-    if (bgfx::isValid(shader))
-        bgfx::destroy(shader);
+/// To the program, which destroys it.
+void GiveAway(Owned<bgfx::ShaderHandle>& shader) {
+    static_cast<void>(shader.Release());
 }
 
-bgfx::ProgramHandle CreateGraphicsProgram(std::string_view vertexShaderName,
-                                          std::string_view fragmentShaderName) {
-    bgfx::ShaderHandle const vertex = CreateShader(vertexShaderName, Stage::Vertex);
-    bgfx::ShaderHandle const fragment = CreateShader(fragmentShaderName, Stage::Fragment);
-    if (bgfx::isValid(vertex) && bgfx::isValid(fragment)) {
-        constexpr bool ownsShaders = true;
-        bgfx::ProgramHandle const program = bgfx::createProgram(vertex, fragment, ownsShaders);
-        if (bgfx::isValid(program))
-            return program;
-        Report(fragmentShaderName, "does not fit its vertex shader");
-    }
-    DestroyIfValid(vertex);
-    DestroyIfValid(fragment);
-    return BGFX_INVALID_HANDLE;
-}
-
-bgfx::ProgramHandle CreateComputeProgram(std::string_view name) {
-    bgfx::ShaderHandle const compute = CreateShader(name, Stage::Compute);
-    if (!bgfx::isValid(compute))
-        return BGFX_INVALID_HANDLE;
+Owned<bgfx::ProgramHandle> CreateGraphicsProgram(std::string_view vertexShaderName,
+                                                 std::string_view fragmentShaderName) {
+    auto vertex = CreateShader(vertexShaderName, Stage::Vertex);
+    auto fragment = CreateShader(fragmentShaderName, Stage::Fragment);
+    if (!vertex || !fragment)
+        return {};
     constexpr bool ownsShaders = true;
-    bgfx::ProgramHandle const program = bgfx::createProgram(compute, ownsShaders);
-    if (!bgfx::isValid(program)) {
-        Report(name, "does not make a program");
-        bgfx::destroy(compute);
+    Owned program(bgfx::createProgram(vertex.Get(), fragment.Get(), ownsShaders));
+    if (!program) {
+        Report(fragmentShaderName, "does not fit its vertex shader");
+        return {};
     }
+    GiveAway(vertex);
+    GiveAway(fragment);
     return program;
 }
+
+Owned<bgfx::ProgramHandle> CreateComputeProgram(std::string_view name) {
+    auto compute = CreateShader(name, Stage::Compute);
+    if (!compute)
+        return {};
+    constexpr bool ownsShaders = true;
+    Owned program(bgfx::createProgram(compute.Get(), ownsShaders));
+    if (!program) {
+        Report(name, "does not make a program");
+        return {};
+    }
+    GiveAway(compute);
+    return program;
+}
+
+/// Exists from the start, so that listeners of the application's are told of the context's end before it:
+/// they may draw until then.
+[[maybe_unused]] ProgramFactory const& toldLast = ProgramFactory::Get();
 
 } // namespace
 
@@ -124,18 +128,11 @@ std::optional<bgfx::ProgramHandle> ProgramFactory::CreateProgram(std::string_vie
 template<typename Create>
 std::optional<bgfx::ProgramHandle> ProgramFactory::FindOrCreate(std::string key, Create create) {
     if (auto const found = m_programs.find(key); found != m_programs.end())
-        return found->second;
-    bgfx::ProgramHandle const program = create();
-    if (!bgfx::isValid(program))
+        return found->second.Get();
+    Owned<bgfx::ProgramHandle> program = create();
+    if (!program)
         return std::nullopt;
-    m_programs.emplace(std::move(key), program);
-    return program;
-}
-
-void ProgramFactory::DestroyPrograms() {
-    for (auto const& [name, program] : m_programs)
-        bgfx::destroy(program);
-    m_programs.clear();
+    return m_programs.emplace(std::move(key), std::move(program)).first->second.Get();
 }
 
 } // namespace zarvex::zx3D

@@ -37,6 +37,10 @@ void FrameBuffer::SubmitOnDemand() {
     m_surface->SubmitOnDemand();
 }
 
+void FrameBuffer::BindToView(bgfx::ViewId view) const {
+    m_surface->BindToView(view);
+}
+
 void FrameBuffer::LeaveWindow() {
     m_surface->LeaveWindow();
 }

@@ -1,7 +1,8 @@
 // The state that the copies of a frame buffer share.
 #pragma once
 
-#include <zx3D/Context.h>
+#include <zx3D/Message.h>
+#include <zx3D/Owned.h>
 
 #include <bgfx/bgfx.h>
 
@@ -24,11 +25,12 @@ public:
     std::uint16_t GetWidth() const { return m_requested.width; }
     std::uint16_t GetHeight() const { return m_requested.height; }
     bool IsSized() const { return m_sized; }
-    bgfx::FrameBufferHandle GetHandle() const;
-    bool HasObject() const { return bgfx::isValid(GetHandle()); }
+    bgfx::FrameBufferHandle GetHandle() const { return m_handle.Get(); }
+    bool HasObject() const { return static_cast<bool>(m_handle); }
 
     void RequestResize(std::uint16_t width, std::uint16_t height);
     void SubmitOnDemand();
+    void BindToView(bgfx::ViewId view) const;
     void Destroy();
 
     /// Gives the bgfx object up without waiting for bgfx to let go of it. There must be one.
@@ -53,8 +55,10 @@ private:
     bool IsCollapsed() const { return m_requested.width == 0 || m_requested.height == 0; }
     bool IsUpToDate() const;
     bool CanBeInSight() const { return !m_leftWindow && IsWindowAlive(); }
-    bgfx::FrameBufferHandle CreateOnWindow();
-    bgfx::FrameBufferHandle CreateOnTextures() const;
+    bool IsWithinLimits();
+    void Create();
+    Owned<bgfx::FrameBufferHandle> CreateOnWindow();
+    Owned<bgfx::FrameBufferHandle> CreateOnTextures() const;
 
     void* m_nativeWindow;
     bgfx::TextureFormat::Enum m_colorFormat;
@@ -62,10 +66,11 @@ private:
     bool m_leftWindow = false; ///< the native window is about to go: nothing may be created in it again
     bool m_sized = false;
     Size m_requested;
+    OncePerCause m_notCreated;
+    OncePerCause m_windowGone;
 
     // What belongs to the bgfx object, while there is one:
-    bgfx::FrameBufferHandle m_handle = BGFX_INVALID_HANDLE;
-    ContextRun m_run; ///< in which it was created
+    Owned<bgfx::FrameBufferHandle> m_handle;
     Size m_created;
     void* m_child = nullptr; ///< window of ours inside the native window that bgfx draws into
     bool m_inSight = true;   ///< false: the child is not in the native window, which was dead or left

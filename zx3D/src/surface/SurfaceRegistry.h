@@ -1,32 +1,33 @@
 // All surfaces that have a bgfx object.
 #pragma once
 
+#include <zx3D/ContextListener.h>
+
+#include <bgfx/bgfx.h>
+
+#include <map>
 #include <memory>
 #include <vector>
 
 namespace zarvex::zx3D {
 
-class NativeWindows;
 class Surface;
 
 /// Knows every surface that bgfx holds an object for, so that none is left when the context goes, and takes
-/// over those that nobody refers to any more.
-class SurfaceRegistry {
+/// over those that nobody refers to any more. Knows the views that were bound to them, too: bgfx would go on
+/// drawing into a frame buffer that is gone.
+class SurfaceRegistry final : private ContextListener {
 public:
     static SurfaceRegistry& Get();
 
-    /// The context started. Without windows (null) native handles are mere numbers, passed to bgfx as they
-    /// are.
-    void BeginRun(NativeWindows* windows);
-
-    /// The context is about to stop: destroys the bgfx objects that are left.
-    void EndRun();
-
-    /// The windows of the running context; null where there are none.
-    NativeWindows* GetNativeWindows() const { return m_windows; }
-
     void Add(Surface& surface);
     void Remove(Surface& surface);
+
+    /// Has a view draw into a frame buffer of bgfx's, which may be invalid.
+    void BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle);
+
+    /// Has the views draw into the back buffer that were last bound to this frame buffer.
+    void UnbindViews(bgfx::FrameBufferHandle handle);
 
     /// Takes over a surface that no frame buffer refers to any more. Its object stays until the context goes,
     /// or until its native window is found dead.
@@ -39,9 +40,12 @@ private:
     SurfaceRegistry() = default;
     ~SurfaceRegistry() = default;
 
-    NativeWindows* m_windows = nullptr;
+    /// Destroys the bgfx objects that are left.
+    void OnContextStopping() override;
+
     std::vector<Surface*> m_withObject;
     std::vector<std::unique_ptr<Surface>> m_orphans;
+    std::map<bgfx::ViewId, bgfx::FrameBufferHandle> m_boundViews;
 };
 
 } // namespace zarvex::zx3D

@@ -1,9 +1,12 @@
 // X protocol side of the windows.
 #include "NativeWindows.h"
 
+#include "../message/Say.h"
+
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 
@@ -26,6 +29,17 @@ void* ToHandle(std::uint32_t window) {
 bool Succeeds(xcb_connection_t* connection, xcb_void_cookie_t request) {
     Reply<xcb_generic_error_t> const error(xcb_request_check(connection, request));
     return !error && xcb_connection_has_error(connection) == 0;
+}
+
+/// For a connection that broke. Xlib and toolkits end the process then, by `exit`, and may do so on any
+/// thread: exit handlers of drivers and libraries then wait for each other, or for the render thread, for
+/// ever.
+void EndProcessWithoutDisplay() {
+    std::thread([] {
+        std::this_thread::sleep_for(std::chrono::seconds(2)); // for those who end it in order
+        std::_Exit(EXIT_FAILURE);
+    }).detach();
+    Say(MessageLevel::Critical, "display.lost", "the connection to the X display broke; the process ends");
 }
 
 } // namespace
@@ -56,38 +70,91 @@ bool NativeWindows::Exists(void* window) {
            nullptr;
 }
 
-void* NativeWindows::CreateChild(void* parent, std::uint16_t width, std::uint16_t height) {
-    Window const parentId = WatchParent(ToId(parent)) ? ToId(parent) : m_nowhere;
+void NativeWindows::UseVisual(std::uint32_t visual) {
+    m_visual = 0;
+    for (auto screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get())); screen.rem != 0;
+         xcb_screen_next(&screen)) {
+        if (screen.data->root != m_root)
+            continue;
+        for (auto depth = xcb_screen_allowed_depths_iterator(screen.data); depth.rem != 0;
+             xcb_depth_next(&depth)) {
+            for (auto type = xcb_depth_visuals_iterator(depth.data); type.rem != 0;
+                 xcb_visualtype_next(&type)) {
+                if (type.data->visual_id == visual) {
+                    m_visual = visual;
+                    m_depth = depth.data->depth;
+                }
+            }
+        }
+    }
+    if (m_visual == 0)
+        return;
+    m_colormap = xcb_generate_id(m_connection.get());
+    xcb_create_colormap(m_connection.get(), XCB_COLORMAP_ALLOC_NONE, m_colormap, m_root, m_visual);
+}
+
+void* NativeWindows::CreateChild(void* parent, std::uint16_t width, std::uint16_t height,
+                                 std::uint32_t firstFrame) {
     Window const child = xcb_generate_id(m_connection.get());
-    // Without a background the server leaves on the screen what is there until bgfx presents.
-    constexpr std::uint32_t attributes[] = {XCB_BACK_PIXMAP_NONE, XCB_EVENT_MASK_EXPOSURE};
-    xcb_create_window(m_connection.get(), XCB_COPY_FROM_PARENT, child, parentId, 0, 0, width, height, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                      XCB_CW_BACK_PIXMAP | XCB_CW_EVENT_MASK, attributes);
+    // Without a background the server leaves on the screen what is there until bgfx presents. A visual other
+    // than the parent's needs a border's colour and a colour map.
+    std::uint32_t const attributes[] = {XCB_BACK_PIXMAP_NONE, 0, m_colormap};
+    std::uint32_t const colormapMask = m_visual != 0 ? XCB_CW_COLORMAP : 0;
+    std::uint8_t const depth = m_visual != 0 ? m_depth : XCB_COPY_FROM_PARENT;
+    auto const request = xcb_create_window_checked(
+        m_connection.get(), depth, child, m_nowhere, 0, 0, width, height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+        m_visual, XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | colormapMask, attributes);
     LetInputThrough(child);
-    PutBelowOthers(child, parentId);
     // Waits for the server, since bgfx uses the window on another connection.
-    bool const shown = Succeeds(m_connection.get(), xcb_map_window_checked(m_connection.get(), child));
-    if (!shown && parentId != m_nowhere) { // the parent died just now
-        DestroyChild(ToHandle(child));
-        return CreateChild(ToHandle(m_nowhere), width, height);
+    Succeeds(m_connection.get(), request);
+    if (WatchParent(ToId(parent))) {
+        std::lock_guard const lock(m_mutex);
+        m_newcomers.push_back({child, ToId(parent), firstFrame});
     }
     return ToHandle(child);
 }
 
+void NativeWindows::ShowDrawn(std::uint32_t frame) {
+    std::lock_guard const lock(m_mutex);
+    std::erase_if(m_newcomers, [&](Newcomer const& newcomer) {
+        bool const isDrawn = static_cast<std::int32_t>(frame - newcomer.firstFrame) >= 0; // may wrap around
+        if (isDrawn)
+            Show(newcomer);
+        return isDrawn;
+    });
+}
+
+void NativeWindows::Show(Newcomer const& newcomer) {
+    auto const [child, parent, firstFrame] = newcomer;
+    auto const request = xcb_reparent_window_checked(m_connection.get(), child, parent, 0, 0);
+    if (!Succeeds(m_connection.get(), request))
+        return; // the parent died
+    PutBelowOthers(child, parent);
+    xcb_map_window(m_connection.get(), child);
+    // From now on: that the parent's contents are covered is no news, since a picture follows.
+    constexpr std::uint32_t events = XCB_EVENT_MASK_EXPOSURE;
+    auto const last =
+        xcb_change_window_attributes_checked(m_connection.get(), child, XCB_CW_EVENT_MASK, &events);
+    Succeeds(m_connection.get(), last); // waits, since bgfx presents on another connection
+}
+
 void NativeWindows::MoveOutOfSight(void* child) {
+    Forget(ToId(child));
     auto const request = xcb_reparent_window_checked(m_connection.get(), ToId(child), m_nowhere, 0, 0);
     Succeeds(m_connection.get(), request); // it fails when the child died with its parent
-    std::lock_guard const lock(m_mutex);
-    m_parentOfChild.erase(ToId(child));
 }
 
 void NativeWindows::DestroyChild(void* child) {
+    Forget(ToId(child));
     xcb_destroy_window(m_connection.get(),
                        ToId(child)); // an error, if it died with its parent, is left unread
     xcb_flush(m_connection.get());
+}
+
+void NativeWindows::Forget(Window child) {
     std::lock_guard const lock(m_mutex);
-    m_parentOfChild.erase(ToId(child));
+    std::erase_if(m_newcomers, [child](Newcomer const& newcomer) { return newcomer.child == child; });
+    m_parentOfChild.erase(child);
 }
 
 bool NativeWindows::IsAlive(void* parent) {
@@ -99,11 +166,12 @@ bool NativeWindows::CreateNowhere(int screenNumber) {
     xcb_screen_iterator_t screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get()));
     for (int i = 0; i < screenNumber; ++i)
         xcb_screen_next(&screen);
+    m_root = screen.data->root;
     m_nowhere = xcb_generate_id(m_connection.get());
     constexpr std::uint32_t attributes[] = {true, XCB_EVENT_MASK_STRUCTURE_NOTIFY};
     auto const request =
-        xcb_create_window_checked(m_connection.get(), XCB_COPY_FROM_PARENT, m_nowhere, screen.data->root, 0,
-                                  0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+        xcb_create_window_checked(m_connection.get(), XCB_COPY_FROM_PARENT, m_nowhere, m_root, 0, 0, 1, 1, 0,
+                                  XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                                   XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, attributes);
     return Succeeds(m_connection.get(), request);
 }
@@ -134,7 +202,6 @@ void NativeWindows::LetInputThrough(Window child) {
 }
 
 void NativeWindows::PutBelowOthers(Window child, Window parent) {
-    std::lock_guard const lock(m_mutex);
     Window newest = XCB_NONE; // of ours; ids grow
     for (auto const& [other, itsParent] : m_parentOfChild)
         newest = itsParent == parent ? other : newest;
@@ -167,8 +234,7 @@ void NativeWindows::HandleEvents() {
             break;
         }
     }
-    std::lock_guard const lock(m_mutex);
-    m_aliveParents.clear(); // the display is gone, and every window with it
+    EndProcessWithoutDisplay();
 }
 
 void NativeWindows::ForwardExposure(void const* exposeEvent) {

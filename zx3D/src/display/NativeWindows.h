@@ -7,6 +7,7 @@
 #include <mutex>
 #include <set>
 #include <thread>
+#include <vector>
 
 struct xcb_connection_t;
 
@@ -19,8 +20,12 @@ namespace zarvex::zx3D {
 /// - Vulkan sizes its images by the window. The application's may have another size at any moment (the user
 ///   drags its edge, a fractional scale factor rounds), and bgfx would then draw beyond the images;
 /// - the application's window may die at any moment, and takes its surface with it; a child can be moved
-/// away;
+///   away;
 /// - a window can have one surface at a time, and a new child has none.
+///
+/// A new child stays out of sight until its first picture has been drawn: bgfx takes hold of a window on its
+/// render thread, later than it is told, and it would take the process down if the window died meanwhile, as
+/// a child of the application's may.
 ///
 /// To the application a child is invisible: input passes through it, and where it is exposed its parent is
 /// told.
@@ -36,9 +41,15 @@ public:
     /// True when the handle is a window of the display.
     bool Exists(void* window);
 
-    /// Creates a child of the given size in pixels at the parent's top-left, and shows it. When the parent
-    /// does not exist, the child is created out of sight.
-    void* CreateChild(void* parent, std::uint16_t width, std::uint16_t height);
+    /// Creates children with this visual from now on, which the display must have; 0: with their parent's.
+    void UseVisual(std::uint32_t visual);
+
+    /// Creates a child of the given size in pixels, which appears at the parent's top-left once `ShowDrawn`
+    /// is told of the given frame. When the parent does not exist, the child stays out of sight.
+    void* CreateChild(void* parent, std::uint16_t width, std::uint16_t height, std::uint32_t firstFrame);
+
+    /// A frame was drawn, and is not yet presented: shows the children that waited for it. From any thread.
+    void ShowDrawn(std::uint32_t frame);
 
     /// Takes a child out of its parent, so that it stays when the parent dies. When the call returns, the
     /// display server has done so.
@@ -59,19 +70,35 @@ private:
 
     explicit NativeWindows(xcb_connection_t* connection);
 
+    /// A child that has no picture yet.
+    struct Newcomer {
+        Window child;
+        Window parent;
+        std::uint32_t firstFrame;
+    };
+
     bool CreateNowhere(int screenNumber);
+    void Show(Newcomer const& newcomer);
+
+    /// Neither waiting to be shown nor shown any more.
+    void Forget(Window child);
     bool WatchParent(Window parent);
     void LetInputThrough(Window child);
 
     /// Below the windows that the application has in the parent, above those that we have there; notes the
-    /// parent.
+    /// parent. With the mutex locked.
     void PutBelowOthers(Window child, Window parent);
     void HandleEvents();
     void ForwardExposure(void const* exposeEvent);
 
     std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
-    Window m_nowhere = 0; ///< never shown; parent of what is out of sight
-    std::mutex m_mutex;   ///< guards the two below
+    std::uint32_t m_root = 0;
+    Window m_nowhere = 0;       ///< never shown; parent of what is out of sight
+    std::uint32_t m_visual = 0; ///< of children, with its depth and colour map; 0: their parent's
+    std::uint8_t m_depth = 0;
+    std::uint32_t m_colormap = 0;
+    std::mutex m_mutex; ///< guards the three below
+    std::vector<Newcomer> m_newcomers;
     std::set<Window> m_aliveParents;
     std::map<Window, Window> m_parentOfChild;
     std::thread m_eventThread;
