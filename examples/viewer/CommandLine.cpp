@@ -14,6 +14,7 @@ namespace viewer {
 namespace {
 
 constexpr int kLargestSide = 32768;
+constexpr int kLargestNumber = 1'000'000; // seconds of it are milliseconds in 32 bits
 
 QCommandLineOption const kScreenshot("screenshot", "Save a picture and quit.", "PICTURE");
 QCommandLineOption const kSize("size", "Size of the picture or the window, pixels.", "WxH");
@@ -25,6 +26,12 @@ QCommandLineOption const kRenderer("renderer", "Draw with opengl or vulkan.", "N
 QCommandLineOption const kCaps("caps", "Print what the GPU can do, and quit.");
 QCommandLineOption const kFrames("frames", "Draw N frames, turning the scene, print their times, and quit.",
                                  "N");
+
+QCommandLineOption const
+    kTimeout("timeout",
+             "With --screenshot or --frames: give up a mesh that is not read after so many "
+             "seconds (300).",
+             "SECONDS");
 
 /// Something that cannot be done as it was asked for.
 struct UsageError : std::runtime_error {
@@ -57,12 +64,15 @@ QSize ParseSize(QString const& text) {
     return size;
 }
 
-int ParseFrames(QString const& text) {
+/// A number above 0.
+int ParseNumber(QCommandLineParser const& parser, QCommandLineOption const& option) {
+    QString const text = parser.value(option);
     bool isNumber = false;
-    int const frames = text.toInt(&isNumber);
-    if (!isNumber || frames < 1)
-        throw UsageError(QString("--frames must be a number above 0, not \"%1\"").arg(text));
-    return frames;
+    int const number = text.toInt(&isNumber);
+    if (!isNumber || number < 1 || number > kLargestNumber)
+        throw UsageError(QString("--%1 must be a number from 1 to %2, not \"%3\"")
+                             .arg(option.names().first(), QString::number(kLargestNumber), text));
+    return number;
 }
 
 /// Before a large mesh is read for nothing.
@@ -77,7 +87,7 @@ void AddOptions(QCommandLineParser& parser) {
     parser.setApplicationDescription("Shows a mesh: OBJ, STL, PLY, glTF and many other formats.\n"
                                      "Without a file it shows what the library can draw.");
     parser.addPositionalArgument("FILE", "The mesh.", "[FILE]");
-    parser.addOptions({kScreenshot, kSize, kView, kParallel, kUp, kRenderer, kCaps, kFrames});
+    parser.addOptions({kScreenshot, kSize, kView, kParallel, kUp, kRenderer, kCaps, kFrames, kTimeout});
     parser.addHelpOption();
     parser.addVersionOption();
 }
@@ -111,7 +121,9 @@ Options ReadOptions(QCommandLineParser const& parser) {
             {{"opengl", bgfx::RendererType::OpenGL}, {"vulkan", bgfx::RendererType::Vulkan}});
     options.showCapabilities = parser.isSet(kCaps);
     if (parser.isSet(kFrames))
-        options.frames = ParseFrames(parser.value(kFrames));
+        options.frames = ParseNumber(parser, kFrames);
+    if (parser.isSet(kTimeout))
+        options.timeout = ParseNumber(parser, kTimeout);
     return options;
 }
 

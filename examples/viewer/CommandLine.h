@@ -26,6 +26,7 @@ struct Options {
     std::optional<UpAxis> up; ///< instead of the file's
     std::optional<bgfx::RendererType::Enum> renderer;
     bool showCapabilities = false; ///< print them and end
+    int timeout = 300;             ///< seconds that a mesh may take where nobody can cancel it
     int frames = 0;                ///< draw as many, print how long they took, and end
 };
 

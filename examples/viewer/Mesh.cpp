@@ -13,7 +13,7 @@ using namespace zarvex;
 namespace {
 
 /// Of one buffer. bgfx counts bytes in 32 bits, and drivers prefer several buffers to a huge one.
-constexpr std::uint64_t kMaxVertexBytes = 1ull << 30;
+constexpr std::uint64_t kMaxBytes = 1ull << 30;
 
 /// More points than these are so dense that one pixel each is enough.
 constexpr std::size_t kMostLargePoints = 400'000;
@@ -50,11 +50,6 @@ bool IsTransparent(MeshMaterial const& material) {
     return material.diffuse[3] < 1.0f;
 }
 
-void Destroy(auto handle) {
-    if (bgfx::isValid(handle))
-        bgfx::destroy(handle);
-}
-
 /// Without a GPU's help a point has one colour: the vertex's in a light from above.
 zx3D::Color PointColor(MeshVertex const& vertex, MeshMaterial const& material) {
     QVector3D const normal(vertex.normal.x, vertex.normal.y, vertex.normal.z);
@@ -84,43 +79,42 @@ Mesh::Mesh(std::shared_ptr<MeshFile const> file)
     CreateChunks();
 }
 
-Mesh::~Mesh() {
-    for (Chunk const& chunk : m_chunks) {
-        Destroy(chunk.vertices);
-        Destroy(chunk.indices);
-        Destroy(chunk.edges);
-    }
-    for (bgfx::VertexBufferHandle const normals : m_normals)
-        Destroy(normals);
-}
-
 void Mesh::CreateChunks() {
     std::vector<MeshFile::Piece> const& pieces = m_file->GetPieces();
     std::size_t first = 0;
     while (first < pieces.size()) {
         std::uint64_t bytes = 0;
         std::size_t end = first;
-        while (end < pieces.size() && (end == first || bytes < kMaxVertexBytes))
-            bytes += pieces[end++].vertices.count * sizeof(MeshVertex);
+        while (end < pieces.size() && (end == first || bytes < kMaxBytes)) {
+            MeshFile::Piece const& piece = pieces[end++];
+            bytes += piece.vertices.count * sizeof(MeshVertex) +
+                     (piece.indices.count + piece.edges.count) * sizeof(std::uint16_t);
+        }
         m_chunks.push_back(CreateChunk(first, end - first));
         first = end;
     }
 }
 
 Mesh::Chunk Mesh::CreateChunk(std::size_t firstPiece, std::size_t pieceCount) const {
-    Chunk chunk{.firstPiece = firstPiece, .pieceCount = pieceCount};
+    Chunk chunk{.firstPiece = firstPiece,
+                .pieceCount = pieceCount,
+                .vertices = {},
+                .indices = {},
+                .edges = {},
+                .normals = {}};
     MeshFile::Piece const& first = m_file->GetPieces()[firstPiece];
     MeshFile::Piece const& last = m_file->GetPieces()[firstPiece + pieceCount - 1];
     auto const count = [](MeshFile::Range const& from, MeshFile::Range const& to) {
         return to.first + to.count - from.first;
     };
-    chunk.vertices = bgfx::createVertexBuffer(
+    chunk.vertices = zx3D::Owned(bgfx::createVertexBuffer(
         Refer(m_file, m_file->GetVertices(), first.vertices.first, count(first.vertices, last.vertices)),
-        MeshVertex::Layout());
-    chunk.indices = bgfx::createIndexBuffer(
-        Refer(m_file, m_file->GetIndices(), first.indices.first, count(first.indices, last.indices)));
+        MeshVertex::Layout()));
+    chunk.indices = zx3D::Owned(bgfx::createIndexBuffer(
+        Refer(m_file, m_file->GetIndices(), first.indices.first, count(first.indices, last.indices))));
     if (std::uint64_t const edges = count(first.edges, last.edges); edges != 0)
-        chunk.edges = bgfx::createIndexBuffer(Refer(m_file, m_file->GetEdges(), first.edges.first, edges));
+        chunk.edges =
+            zx3D::Owned(bgfx::createIndexBuffer(Refer(m_file, m_file->GetEdges(), first.edges.first, edges)));
     return chunk;
 }
 
@@ -194,7 +188,8 @@ void Mesh::DrawSurfaces(Canvas const& canvas, bool transparent) {
         std::uint64_t const state =
             transparent ? StateOf(piece.primitive) | BGFX_STATE_BLEND_ALPHA : StateOf(piece.primitive);
         m_materials[piece.material].Submit();
-        Submit(canvas, canvas.surfaces, chunk.vertices, chunk.indices, piece.vertices, piece.indices, state);
+        Submit(canvas, canvas.surfaces, chunk.vertices.Get(), chunk.indices.Get(), piece.vertices,
+               piece.indices, state);
     });
 }
 
@@ -202,8 +197,9 @@ void Mesh::DrawEdges(Canvas const& canvas, zx3DQt::BGFXMaterial const& material)
     ForEachPiece([&](Chunk const& chunk, MeshFile::Piece const& piece) {
         bool const hasEdges = piece.primitive == Primitive::Triangles;
         material.Submit();
-        Submit(canvas, canvas.onSurfaces, chunk.vertices, hasEdges ? chunk.edges : chunk.indices,
-               piece.vertices, hasEdges ? piece.edges : piece.indices,
+        Submit(canvas, canvas.onSurfaces, chunk.vertices.Get(),
+               (hasEdges ? chunk.edges : chunk.indices).Get(), piece.vertices,
+               hasEdges ? piece.edges : piece.indices,
                hasEdges ? StateOf(Primitive::Lines) : StateOf(piece.primitive));
     });
 }
@@ -212,7 +208,7 @@ void Mesh::DrawVertices(Canvas const& canvas) {
     if (CountVertices() > kMostLargePoints) {
         ForEachPiece([&](Chunk const& chunk, MeshFile::Piece const& piece) {
             m_materials[piece.material].Submit();
-            bgfx::setVertexBuffer(0, chunk.vertices, static_cast<std::uint32_t>(piece.vertices.first),
+            bgfx::setVertexBuffer(0, chunk.vertices.Get(), static_cast<std::uint32_t>(piece.vertices.first),
                                   static_cast<std::uint32_t>(piece.vertices.count));
             bgfx::setState(StateOf(Primitive::Points));
             bgfx::submit(canvas.surfaces, canvas.renderer.GetLightingProgram());
@@ -232,30 +228,30 @@ void Mesh::DrawVertices(Canvas const& canvas) {
                                std::nullopt, Canvas::kSolid);
 }
 
-void Mesh::CreateNormals() {
+void Mesh::CreateNormals(Chunk& chunk) const {
+    using Vertex = zx3D::Vertex::Pos3fColorRGBA;
+    MeshFile::Range const& first = m_file->GetPieces()[chunk.firstPiece].vertices;
+    MeshFile::Range const& last = m_file->GetPieces()[chunk.firstPiece + chunk.pieceCount - 1].vertices;
+    auto const vertices = m_file->GetVertices().subspan(first.first, last.first + last.count - first.first);
+    bgfx::Memory const* const memory =
+        bgfx::alloc(static_cast<std::uint32_t>(2 * vertices.size() * sizeof(Vertex)));
+    auto* end = reinterpret_cast<Vertex*>(memory->data);
     float const length = kNormalLength * 2.0f * m_box.Radius();
-    for (MeshFile::Piece const& piece : m_file->GetPieces()) {
-        using Vertex = zx3D::Vertex::Pos3fColorRGBA;
-        auto const vertices = m_file->GetVertices().subspan(piece.vertices.first, piece.vertices.count);
-        bgfx::Memory const* const memory =
-            bgfx::alloc(static_cast<std::uint32_t>(2 * vertices.size() * sizeof(Vertex)));
-        auto* end = reinterpret_cast<Vertex*>(memory->data);
-        for (MeshVertex const& vertex : vertices) {
-            QVector3D const start(vertex.position.x, vertex.position.y, vertex.position.z);
-            QVector3D const normal(vertex.normal.x, vertex.normal.y, vertex.normal.z);
-            QVector3D const tip = start + length * normal.normalized();
-            *end++ = Vertex(vertex.position, kNormalColor);
-            *end++ = Vertex({tip.x(), tip.y(), tip.z()}, kNormalColor);
-        }
-        m_normals.push_back(bgfx::createVertexBuffer(memory, Vertex::Layout()));
+    for (MeshVertex const& vertex : vertices) {
+        QVector3D const start(vertex.position.x, vertex.position.y, vertex.position.z);
+        QVector3D const normal(vertex.normal.x, vertex.normal.y, vertex.normal.z);
+        QVector3D const tip = start + length * normal.normalized();
+        *end++ = Vertex(vertex.position, kNormalColor);
+        *end++ = Vertex({tip.x(), tip.y(), tip.z()}, kNormalColor);
     }
+    chunk.normals = zx3D::Owned(bgfx::createVertexBuffer(memory, Vertex::Layout()));
 }
 
 void Mesh::DrawNormals(Canvas const& canvas) {
-    if (m_normals.empty())
-        CreateNormals();
-    for (bgfx::VertexBufferHandle const normals : m_normals) {
-        bgfx::setVertexBuffer(0, normals);
+    for (Chunk& chunk : m_chunks) {
+        if (!chunk.normals)
+            CreateNormals(chunk);
+        bgfx::setVertexBuffer(0, chunk.normals.Get());
         bgfx::setState(Canvas::kSolidLines);
         bgfx::submit(canvas.onSurfaces, canvas.renderer.GetBasicProgram());
     }

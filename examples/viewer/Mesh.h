@@ -4,6 +4,7 @@
 #include "Canvas.h"
 #include "MeshFile.h"
 
+#include <zx3D/Owned.h>
 #include <zx3DQt/BGFXMaterial.h>
 
 #include <memory>
@@ -19,10 +20,6 @@ enum class MeshStyle { Shaded, ShadedWithEdges, Wireframe, Points };
 class Mesh {
 public:
     explicit Mesh(std::shared_ptr<MeshFile const> file);
-    ~Mesh();
-
-    Mesh(Mesh const&) = delete;
-    Mesh& operator=(Mesh const&) = delete;
 
     Box const& GetBox() const { return m_box; }
     std::uint64_t CountTriangles() const { return m_triangleCount; }
@@ -38,9 +35,10 @@ private:
     struct Chunk {
         std::size_t firstPiece = 0;
         std::size_t pieceCount = 0;
-        bgfx::VertexBufferHandle vertices = BGFX_INVALID_HANDLE;
-        bgfx::IndexBufferHandle indices = BGFX_INVALID_HANDLE;
-        bgfx::IndexBufferHandle edges = BGFX_INVALID_HANDLE;
+        zarvex::zx3D::Owned<bgfx::VertexBufferHandle> vertices;
+        zarvex::zx3D::Owned<bgfx::IndexBufferHandle> indices;
+        zarvex::zx3D::Owned<bgfx::IndexBufferHandle> edges;
+        zarvex::zx3D::Owned<bgfx::VertexBufferHandle> normals; ///< made when they are first drawn
     };
 
     void CreateChunks();
@@ -48,7 +46,7 @@ private:
     void DrawSurfaces(Canvas const& canvas, bool transparent);
     void DrawEdges(Canvas const& canvas, zarvex::zx3DQt::BGFXMaterial const& material);
     void DrawVertices(Canvas const& canvas);
-    void CreateNormals();
+    void CreateNormals(Chunk& chunk) const;
 
     template<typename Operation>
     void ForEachPiece(Operation draw) const;
@@ -61,7 +59,6 @@ private:
     zarvex::zx3DQt::BGFXMaterial m_edgeMaterial;                ///< of edges on surfaces
     zarvex::zx3DQt::BGFXMaterial m_wireMaterial;                ///< of edges alone
     std::vector<zarvex::zx3D::Vertex::Pos3fColorRGBA> m_points; ///< made when they are first drawn
-    std::vector<bgfx::VertexBufferHandle> m_normals;            ///< likewise
 };
 
 } // namespace viewer

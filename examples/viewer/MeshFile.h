@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 #include <memory>
@@ -39,13 +40,15 @@ public:
         Range edges;
     };
 
-    /// Null when it cannot be read or is not what `WriteMesh` writes: everything that the sizes in it claim
-    /// is checked against the file.
+    /// Null when it cannot be read or is not what `WriteMesh` writes, whoever wrote it: sizes are checked
+    /// against the file, indices against the vertices of their piece, and vertices are somewhere.
     static std::shared_ptr<MeshFile const> Open(QString const& path);
 
     bool IsZUp() const { return m_zIsUp; }
     std::vector<MeshMaterial> const& GetMaterials() const { return m_materials; }
     std::vector<Piece> const& GetPieces() const { return m_pieces; }
+    /// On what is missing from the mesh, a line each.
+    QStringList const& GetNotes() const { return m_notes; }
 
     // The arrays of all pieces, one after the other.
     std::span<MeshVertex const> GetVertices() const { return m_vertices; }
@@ -55,10 +58,14 @@ public:
 private:
     MeshFile() = default;
 
-    QFile m_file;
+    /// Adds the boxes; false when a piece cannot be drawn.
+    bool CheckPieces();
+
+    std::unique_ptr<QFile> m_file;
     bool m_zIsUp = false;
     std::vector<MeshMaterial> m_materials;
     std::vector<Piece> m_pieces;
+    QStringList m_notes;
     std::span<MeshVertex const> m_vertices;
     std::span<std::uint16_t const> m_indices;
     std::span<std::uint16_t const> m_edges;

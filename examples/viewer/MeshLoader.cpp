@@ -1,11 +1,15 @@
 // The importer's life, and what can go wrong in it.
 #include "MeshLoader.h"
 
+#include "PlainText.h"
+#include "RegularFile.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
 
+#include <algorithm>
 #include <utility>
 
 namespace viewer {
@@ -14,20 +18,21 @@ namespace {
 
 /// What opening it would say, before a process is started for it. Empty when it can be read.
 QString FindObstacle(QString const& path) {
-    QFileInfo const info(path);
-    if (!info.exists())
-        return "There is no such file";
-    if (info.isDir())
-        return "It is a folder";
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return file.errorString();
-    return file.size() == 0 ? "It is empty" : QString();
+    try {
+        return OpenRegularFile(QFile::encodeName(path).toStdString())->size() == 0 ? "It is empty"
+                                                                                   : QString();
+    } catch (FileError const& obstacle) {
+        return obstacle.what();
+    }
 }
 
-QString LastLine(QString const& text) {
-    return text.trimmed().section('\n', -1).trimmed();
+/// What was said last, as far as it is kept: an import may say anything, without end.
+QByteArray LastLine(QByteArray const& text) {
+    QByteArray const trimmed = text.trimmed();
+    return trimmed.mid(trimmed.lastIndexOf('\n') + 1);
 }
+
+constexpr qsizetype kMostKept = 4096; // bytes of what the importer says
 
 } // namespace
 
@@ -44,6 +49,7 @@ MeshLoader::~MeshLoader() {
 void MeshLoader::Load(QString const& path) {
     Cancel();
     m_path = path;
+    m_complaints.clear();
     m_process = new QProcess(this);
     if (QString const obstacle = FindObstacle(path); !obstacle.isEmpty()) {
         FailLater(obstacle);
@@ -55,13 +61,15 @@ void MeshLoader::Load(QString const& path) {
         return;
     }
     connect(m_process, &QProcess::readyReadStandardOutput, this, &MeshLoader::ReadProgress);
+    connect(m_process, &QProcess::readyReadStandardError, this, &MeshLoader::ReadComplaints);
     connect(m_process, &QProcess::finished, this, &MeshLoader::Finish);
     connect(m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart)
             Fail("The importer does not start: " + m_importer);
     });
     // The file's name is relative to where the viewer was started.
-    m_process->start(m_importer, {QFileInfo(path).absoluteFilePath(), m_result->fileName()});
+    m_process->start(m_importer, {QFileInfo(path).absoluteFilePath(), m_result->fileName(),
+                                  QString::number(m_timeLimit.count())});
 }
 
 void MeshLoader::Cancel() {
@@ -69,11 +77,14 @@ void MeshLoader::Cancel() {
 }
 
 void MeshLoader::ReadProgress() {
-    QString const last = LastLine(QString::fromLatin1(m_process->readAllStandardOutput()));
     bool isNumber = false;
-    int const percent = last.toInt(&isNumber);
+    int const percent = LastLine(m_process->readAllStandardOutput()).toInt(&isNumber);
     if (isNumber)
-        emit Progressed(percent);
+        emit Progressed(std::clamp(percent, 0, 100));
+}
+
+void MeshLoader::ReadComplaints() {
+    m_complaints = (m_complaints + m_process->readAllStandardError()).right(kMostKept);
 }
 
 void MeshLoader::Finish() {
@@ -82,7 +93,8 @@ void MeshLoader::Finish() {
         return;
     }
     if (m_process->exitCode() != 0) {
-        Fail(LastLine(QString::fromLocal8Bit(m_process->readAllStandardError())));
+        ReadComplaints();
+        Fail(ToPlainLine(LastLine(m_complaints)));
         return;
     }
     std::shared_ptr<MeshFile const> mesh = MeshFile::Open(m_result->fileName());

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QTemporaryFile>
 
+#include <chrono>
 #include <memory>
 
 class QProcess;
@@ -35,6 +36,9 @@ public:
     /// Another importer than the one beside the application.
     void SetImporter(QString const& program) { m_importer = program; }
 
+    /// CPU time that an import may take.
+    void SetTimeLimit(std::chrono::seconds limit) { m_timeLimit = limit; }
+
 signals:
     void Progressed(int percent);
     void Loaded(std::shared_ptr<viewer::MeshFile const> mesh);
@@ -43,6 +47,7 @@ signals:
 
 private:
     void ReadProgress();
+    void ReadComplaints();
     void Finish();
     void Fail(QString const& reason);
     /// From the event loop, as every other end of a load.
@@ -51,6 +56,8 @@ private:
 
     QString m_importer;
     QString m_path;
+    QByteArray m_complaints; ///< the end of what the importer wrote to its standard error
+    std::chrono::seconds m_timeLimit{600};
     QProcess* m_process = nullptr;
     std::unique_ptr<QTemporaryFile> m_result;
 };

@@ -2,7 +2,7 @@
 #include "MultisampledTarget.h"
 
 #include <cstdint>
-#include <utility>
+#include <tuple>
 
 namespace viewer {
 
@@ -31,36 +31,26 @@ bgfx::TextureHandle CreateTexture(QSize size, bgfx::TextureFormat::Enum format, 
 
 } // namespace
 
-MultisampledTarget::~MultisampledTarget() {
-    Destroy();
-}
-
 bool MultisampledTarget::Resize(QSize size, bool smoothsEdges) {
     smoothsEdges = smoothsEdges && std::int64_t{size.width()} * size.height() <= kMostSmoothedPixels;
-    if (bgfx::isValid(m_frameBuffer) && size == m_size && smoothsEdges == m_smoothsEdges)
+    if (m_frameBuffer && size == m_size && smoothsEdges == m_smoothsEdges)
         return true;
-    Destroy();
+    m_frameBuffer.Reset(); // first: both would not always fit into the GPU's memory
     std::uint64_t const samples = smoothsEdges ? BGFX_TEXTURE_RT_MSAA_X4 : BGFX_TEXTURE_RT;
-    bgfx::TextureHandle const textures[] = {
-        CreateTexture(size, bgfx::TextureFormat::BGRA8, samples | kColorFlags),
-        CreateTexture(size, DepthFormat(), samples | BGFX_TEXTURE_RT_WRITE_ONLY),
-    };
+    zarvex::zx3D::Owned colors(CreateTexture(size, bgfx::TextureFormat::BGRA8, samples | kColorFlags));
+    zarvex::zx3D::Owned depth(CreateTexture(size, DepthFormat(), samples | BGFX_TEXTURE_RT_WRITE_ONLY));
+    if (!colors || !depth)
+        return false;
+    bgfx::TextureHandle const textures[] = {colors.Get(), depth.Get()};
     constexpr bool ownsTextures = true;
-    m_frameBuffer = bgfx::createFrameBuffer(2, textures, ownsTextures);
+    m_frameBuffer = zarvex::zx3D::Owned(bgfx::createFrameBuffer(2, textures, ownsTextures));
+    if (!m_frameBuffer)
+        return false;
+    std::ignore = colors.Release();
+    std::ignore = depth.Release();
     m_size = size;
     m_smoothsEdges = smoothsEdges;
-    if (bgfx::isValid(m_frameBuffer))
-        return true;
-    for (bgfx::TextureHandle const texture : textures) {
-        if (bgfx::isValid(texture))
-            bgfx::destroy(texture);
-    }
-    return false;
-}
-
-void MultisampledTarget::Destroy() {
-    if (bgfx::isValid(m_frameBuffer))
-        bgfx::destroy(std::exchange(m_frameBuffer, BGFX_INVALID_HANDLE));
+    return true;
 }
 
 } // namespace viewer

@@ -2,7 +2,7 @@
 // widgets'.
 #pragma once
 
-#include <bgfx/bgfx.h>
+#include <zx3D/Owned.h>
 
 #include <QSize>
 
@@ -10,25 +10,17 @@ namespace viewer {
 
 /// Textures that a scene is drawn into before `BGFXRenderer::DrawFullscreenTexture` puts it on the target.
 ///
-/// Lifetime: destroy it while bgfx runs.
+/// Lifetime: as that of `zx3D::Owned`.
 class MultisampledTarget {
 public:
-    MultisampledTarget() = default;
-    ~MultisampledTarget();
-
-    MultisampledTarget(MultisampledTarget const&) = delete;
-    MultisampledTarget& operator=(MultisampledTarget const&) = delete;
-
     /// Makes it this large, pixels, with four samples a pixel or one. False when the GPU cannot.
     bool Resize(QSize size, bool smoothsEdges);
 
-    bgfx::FrameBufferHandle GetFrameBuffer() const { return m_frameBuffer; }
-    bgfx::TextureHandle GetColors() const { return bgfx::getTexture(m_frameBuffer, 0); }
+    bgfx::FrameBufferHandle GetFrameBuffer() const { return m_frameBuffer.Get(); }
+    bgfx::TextureHandle GetColors() const { return bgfx::getTexture(m_frameBuffer.Get(), 0); }
 
 private:
-    void Destroy();
-
-    bgfx::FrameBufferHandle m_frameBuffer = BGFX_INVALID_HANDLE;
+    zarvex::zx3D::Owned<bgfx::FrameBufferHandle> m_frameBuffer;
     QSize m_size;
     bool m_smoothsEdges = false;
 };

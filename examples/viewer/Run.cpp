@@ -10,8 +10,10 @@
 #include <QApplication>
 #include <QEventLoop>
 #include <QScopeGuard>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <numeric>
 #include <vector>
@@ -34,17 +36,28 @@ ExitCode Fail(QString const& reason) {
     return kFailure;
 }
 
+void PrintNotes(QString const& path, MeshFile const& mesh) {
+    for (QString const& note : mesh.GetNotes())
+        Print(stderr, "viewer: " + path + ": " + note + "\n");
+}
+
 /// Waits for a mesh; the reason, where there will be none.
-QString LoadMesh(QString const& path, Scene& scene) {
+QString LoadMesh(QString const& path, std::chrono::seconds timeout, Scene& scene) {
     MeshLoader loader;
     QEventLoop loop;
     QString failure;
     QObject::connect(&loader, &MeshLoader::Loaded, &loop, [&](std::shared_ptr<MeshFile const> mesh) {
+        PrintNotes(path, *mesh);
         scene.SetMesh(std::move(mesh));
         loop.quit();
     });
     QObject::connect(&loader, &MeshLoader::Failed, &loop, [&](QString const& reason) {
         failure = reason;
+        loop.quit();
+    });
+    QTimer::singleShot(timeout, &loop, [&] {
+        loader.Cancel();
+        failure = QString("It is not read after %1 s; --timeout gives it more").arg(timeout.count());
         loop.quit();
     });
     loader.Load(path);
@@ -89,7 +102,7 @@ void PrintFrameTimes(AnySceneView& view, Scene& scene, int count) {
 ExitCode RunWithoutWindow(Options const& options) {
     Scene scene;
     if (!options.file.isEmpty()) {
-        QString const failure = LoadMesh(options.file, scene);
+        QString const failure = LoadMesh(options.file, std::chrono::seconds(options.timeout), scene);
         if (!failure.isEmpty())
             return Fail(options.file + ": " + failure);
     }
@@ -108,6 +121,12 @@ ExitCode RunWithoutWindow(Options const& options) {
 
 ExitCode RunWindow(Options const& options) {
     ViewerWindow window;
+    MeshLoader const& loader = window.GetLoader();
+    QObject::connect(&loader, &MeshLoader::Failed, &window,
+                     [&](QString const& reason) { Fail(loader.GetPath() + ": " + reason); });
+    QObject::connect(&loader, &MeshLoader::Loaded, &window, [&](std::shared_ptr<MeshFile const> const& mesh) {
+        PrintNotes(loader.GetPath(), *mesh);
+    });
     if (options.size)
         window.resize(*options.size);
     ApplyView(options, window.GetScene());

@@ -2,7 +2,6 @@
 #include "SplitMesh.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 namespace viewer {
@@ -10,14 +9,6 @@ namespace viewer {
 namespace {
 
 constexpr std::uint32_t kNotInPiece = std::numeric_limits<std::uint32_t>::max();
-
-/// The largest coordinate: squares of distances are still far from what a float can hold.
-constexpr float kReach = 1e15f;
-
-/// False also for what is no number.
-bool IsInReach(bx::Vec3 const& place) {
-    return std::abs(place.x) < kReach && std::abs(place.y) < kReach && std::abs(place.z) < kReach;
-}
 
 /// Fills one piece after the other.
 class Splitter {

@@ -10,9 +10,6 @@
 
 namespace viewer {
 
-/// The largest number of vertices in a piece. Index 65535 stays unused: to some GPUs it means "begin anew".
-constexpr std::size_t kMaxPieceVertices = 65535;
-
 /// Splits primitives of `cornerCount` corners each (1 to 3), `indices` into `vertices`. Keeps the order of
 /// the primitives; a vertex that several pieces use is in each of them. Primitives with an index beyond the
 /// vertices, or with a corner at no place or beyond 1e15, are left out. The pieces have boxes and edges, and

@@ -162,6 +162,10 @@ void ViewerWindow::HideProgress() {
 
 void ViewerWindow::ShowMesh(std::shared_ptr<MeshFile const> mesh) {
     HideProgress();
+    if (QStringList const& notes = mesh->GetNotes(); !notes.isEmpty())
+        statusBar()->showMessage(notes.size() == 1
+                                     ? notes.first()
+                                     : QString("%1 (and %2 more)").arg(notes.first()).arg(notes.size() - 1));
     m_scene.SetMesh(std::move(mesh));
     setWindowTitle(QFileInfo(m_loader.GetPath()).fileName() + " – zx3DQt viewer");
     UpdateFacts();
@@ -182,6 +186,7 @@ void ViewerWindow::ShowBuiltInScene() {
 
 void ViewerWindow::ShowProblem(QString const& text, QString const& details) {
     auto* const box = new QMessageBox(QMessageBox::Warning, "zx3DQt viewer", text, QMessageBox::Ok, this);
+    box->setTextFormat(Qt::PlainText); // files and imports have a say in it
     box->setInformativeText(details);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open(); // does not wait: the views go on

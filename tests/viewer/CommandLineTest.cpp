@@ -28,12 +28,13 @@ TEST(CommandLineTest, WithoutArgumentsTheBuiltInSceneIsShownInAWindow) {
     EXPECT_FALSE(options.size || options.renderer || options.up || options.parallel ||
                  options.showCapabilities);
     EXPECT_EQ(options.frames, 0);
+    EXPECT_EQ(options.timeout, 300);
 }
 
 TEST(CommandLineTest, EveryOptionIsUnderstood) {
     Options const options =
         ParseOptions({"--screenshot", "out.png", "--size=640x480", "--view", "top", "--renderer", "Vulkan",
-                      "--parallel", "--up", "y", "--caps", "--frames", "12", "mesh.obj"});
+                      "--parallel", "--up", "y", "--caps", "--frames", "12", "--timeout", "20", "mesh.obj"});
     EXPECT_EQ(options.file, "mesh.obj");
     EXPECT_EQ(options.screenshot, "out.png");
     EXPECT_EQ(options.size, QSize(640, 480));
@@ -43,6 +44,7 @@ TEST(CommandLineTest, EveryOptionIsUnderstood) {
     EXPECT_TRUE(options.parallel);
     EXPECT_TRUE(options.showCapabilities);
     EXPECT_EQ(options.frames, 12);
+    EXPECT_EQ(options.timeout, 20);
 }
 
 TEST(CommandLineTest, FilesWhoseNamesBeginWithADashFollowTwo) {
@@ -55,7 +57,7 @@ TEST(CommandLineTest, HelpNamesEveryOptionAndIsNoError) {
     auto const& message = std::get<Message>(parsed);
     EXPECT_EQ(message.exitCode, kSuccess);
     for (char const* option : {"--screenshot", "--size", "--view", "--renderer", "--caps", "--frames",
-                               "--help", "--parallel", "--up", "FILE"})
+                               "--help", "--parallel", "--up", "--timeout", "FILE"})
         EXPECT_TRUE(message.text.contains(option)) << option;
 }
 
@@ -73,6 +75,9 @@ TEST(CommandLineTest, MisuseIsAnsweredWithWhatIsWrongAndAnExitCodeOfItsOwn) {
         {{"--frames", "0"}, "\"0\""},
         {{"--frames", "many"}, "many"},
         {{"--frames", "99999999999"}, "99999999999"},
+        {{"--timeout", "0"}, "\"0\""},
+        {{"--timeout", "never"}, "never"},
+        {{"--timeout", "9999999"}, "9999999"},
         {{"--screenshot", "picture.txt"}, "picture.txt"},
         {{"--screenshot", "picture"}, "picture"},
         {{"--screenshot"}, "screenshot"},

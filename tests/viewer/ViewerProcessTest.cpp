@@ -103,6 +103,35 @@ TEST_P(ViewerProcessTest, FailuresAreToldOnTheStandardErrorWithAnExitCode) {
     EXPECT_TRUE(noFolder.error.contains("/no/such/folder/a.png"));
 }
 
+TEST_P(ViewerProcessTest, AMeshThatTakesTooLongIsGivenUp) {
+    QString const mesh = m_folder.filePath("torus.ply");
+    WriteWavyTorus(mesh, 2000, 2000);
+    QString const picture = m_folder.filePath("picture.png");
+    Result const result = RunViewer(Backend() + QStringList{"--screenshot", picture, "--timeout", "1", mesh});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.error.contains("viewer: " + mesh + ": It is not read after 1 s"))
+        << result.error.toStdString();
+    EXPECT_FALSE(QFile::exists(picture));
+}
+
+TEST_P(ViewerProcessTest, WhatIsLeftOutOfAPictureIsTold) {
+    QFile mesh(m_folder.filePath("mesh.obj"));
+    ASSERT_TRUE(mesh.open(QIODevice::WriteOnly));
+    mesh.write("mtllib m.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nusemtl m\nf 1 2 3\n");
+    mesh.close();
+    QFile materials(m_folder.filePath("m.mtl"));
+    ASSERT_TRUE(materials.open(QIODevice::WriteOnly));
+    materials.write("newmtl m\nmap_Kd /etc/passwd\n");
+    materials.close();
+    QString const picture = m_folder.filePath("picture.png");
+    Result const result = RunViewer(Backend() + QStringList{"--screenshot", picture, mesh.fileName()});
+    EXPECT_EQ(result.exitCode, 0) << result.error.toStdString();
+    EXPECT_TRUE(result.error.contains("viewer: " + mesh.fileName() +
+                                      ": /etc/passwd is left out. It lies outside the mesh's folder\n"))
+        << result.error.toStdString();
+    EXPECT_TRUE(QFile::exists(picture));
+}
+
 ZX3D_INSTANTIATE_BACKENDS(ViewerProcessTest);
 
 TEST(ViewerProcessWithoutDisplayTest, HelpAndUsageErrorsNeedNone) {

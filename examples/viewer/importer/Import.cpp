@@ -2,6 +2,7 @@
 #include "Import.h"
 
 #include "../SplitMesh.h"
+#include "FolderIOSystem.h"
 #include "Materials.h"
 #include "Textures.h"
 
@@ -16,6 +17,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <string>
 #include <utility>
 
 namespace viewer {
@@ -172,11 +174,16 @@ MeshContent Import(QString const& path, std::function<void(int)> const& onProgre
     ProgressReport report(onProgress);
     Assimp::Importer importer;
     importer.SetProgressHandler(&report);
+    MeshFolder const folder(QFile::encodeName(path).toStdString());
+    QStringList notes;
+    importer.SetIOHandler(new FolderIOSystem(folder, notes));
     auto const releaseReport = qScopeGuard([&] { importer.SetProgressHandler(nullptr); });
     aiScene const& scene = Read(importer, path);
 
-    Textures textures(scene, QFileInfo(path).absolutePath());
-    MeshContent content{.zIsUp = IsZUp(path), .materials = {}, .pieces = {}};
+    if (scene.mNumMaterials > kMaxMaterials)
+        throw ImportError("It has more than " + std::to_string(kMaxMaterials) + " materials");
+    Textures textures(scene, folder, notes);
+    MeshContent content{.zIsUp = IsZUp(path), .materials = {}, .pieces = {}, .notes = {}};
     content.materials.resize(std::max(scene.mNumMaterials, 1u));
     Groups groups;
     for (PlacedMesh const& placed : PlaceMeshes(scene)) {
@@ -203,6 +210,8 @@ MeshContent Import(QString const& path, std::function<void(int)> const& onProgre
     }
     if (content.pieces.empty())
         throw ImportError("There is nothing to draw in it");
+    notes.removeDuplicates();
+    content.notes = notes;
     return content;
 }
 

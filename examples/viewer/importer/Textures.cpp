@@ -1,8 +1,9 @@
 // Looking for the files, and reading embedded textures.
 #include "Textures.h"
 
-#include <QDir>
-#include <QFileInfo>
+#include "../MeshContent.h"
+
+#include <QImageReader>
 
 #include <algorithm>
 #include <cmath>
@@ -23,13 +24,6 @@ QImage ReadEmbedded(aiTexture const& texture) {
         .copy();
 }
 
-/// Files name their textures as they lay on the machine they were made on: tries the bare name, too.
-QImage ReadFile(QString const& folder, QString name) {
-    name.replace('\\', '/');
-    QImage const image(QDir(folder).filePath(name));
-    return image.isNull() ? QImage(QDir(folder).filePath(QFileInfo(name).fileName())) : image;
-}
-
 int Texel(float coordinate, int size) {
     float const repeated = coordinate - std::floor(coordinate);
     return std::clamp(static_cast<int>(repeated * static_cast<float>(size)), 0, size - 1);
@@ -48,9 +42,29 @@ QImage const* Textures::FindDiffuse(aiMaterial const& material) {
     return entry->second.isNull() ? nullptr : &entry->second;
 }
 
+/// Files name their textures as they lay on the machine they were made on: tries the bare name, too.
+QImage Textures::ReadFile(std::string name) const {
+    std::ranges::replace(name, '\\', '/');
+    QString obstacle;
+    for (std::filesystem::path const& path :
+         {std::filesystem::path(name), std::filesystem::path(name).filename()}) {
+        try {
+            std::unique_ptr<QFile> const file = m_folder.Open(path);
+            QImageReader reader(file.get());
+            if (QImage image = reader.read(); !image.isNull())
+                return image;
+            obstacle = obstacle.isEmpty() ? reader.errorString() : obstacle;
+        } catch (FileError const& error) {
+            obstacle = obstacle.isEmpty() ? error.what() : obstacle;
+        }
+    }
+    m_notes << NoteOn(QString::fromStdString(name), obstacle);
+    return {};
+}
+
 QImage Textures::Load(aiString const& path) const {
     aiTexture const* const embedded = m_scene.GetEmbeddedTexture(path.C_Str());
-    QImage const image = embedded != nullptr ? ReadEmbedded(*embedded) : ReadFile(m_folder, path.C_Str());
+    QImage const image = embedded != nullptr ? ReadEmbedded(*embedded) : ReadFile(path.C_Str());
     if (std::max(image.width(), image.height()) <= kLargestSide)
         return image.convertToFormat(QImage::Format_ARGB32);
     return image.scaled(kLargestSide, kLargestSide, Qt::KeepAspectRatio, Qt::SmoothTransformation)

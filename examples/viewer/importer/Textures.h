@@ -1,10 +1,12 @@
 // Colours at places of a scene's textures. The lighting program has none, so they go into the vertices.
 #pragma once
 
+#include "MeshFolder.h"
+
 #include <assimp/scene.h>
 
 #include <QImage>
-#include <QString>
+#include <QStringList>
 
 #include <map>
 
@@ -13,17 +15,22 @@ namespace viewer {
 /// Loads the textures of a scene when they are asked for.
 class Textures {
 public:
-    /// `folder`: where the file lies that the scene was read from.
-    Textures(aiScene const& scene, QString const& folder) : m_scene(scene), m_folder(folder) {}
+    /// `folder`: where the file lies that the scene was read from. Textures that cannot be read are noted.
+    Textures(aiScene const& scene, MeshFolder const& folder, QStringList& notes)
+        : m_scene(scene),
+          m_folder(folder),
+          m_notes(notes) {}
 
     /// The texture of the diffuse colour; null when the material has none, or it cannot be read.
     QImage const* FindDiffuse(aiMaterial const& material);
 
 private:
     QImage Load(aiString const& path) const;
+    QImage ReadFile(std::string name) const;
 
     aiScene const& m_scene;
-    QString m_folder;
+    MeshFolder const& m_folder;
+    QStringList& m_notes;
     std::map<QString, QImage> m_images;
 };
 
