@@ -3,6 +3,7 @@
 
 #include "MeshFolder.h"
 
+#include <assimp/IOStream.hpp>
 #include <assimp/IOSystem.hpp>
 
 #include <QStringList>
