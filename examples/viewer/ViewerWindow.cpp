@@ -186,8 +186,9 @@ void ViewerWindow::ShowBuiltInScene() {
 
 void ViewerWindow::ShowProblem(QString const& text, QString const& details) {
     auto* const box = new QMessageBox(QMessageBox::Warning, "zx3DQt viewer", text, QMessageBox::Ok, this);
-    box->setTextFormat(Qt::PlainText); // files and imports have a say in it
     box->setInformativeText(details);
+    for (QLabel* const label : box->findChildren<QLabel*>())
+        label->setTextFormat(Qt::PlainText); // files and imports have a say in it
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open(); // does not wait: the views go on
 }
