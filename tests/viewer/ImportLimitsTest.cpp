@@ -7,6 +7,7 @@
 #include <QImage>
 
 #include <cerrno>
+#include <ctime>
 #include <thread>
 
 #include <fcntl.h>
@@ -78,7 +79,7 @@ TEST(ImportLimitsTest, WhereTheKernelOffersNoFilterItSaysSo) {
 TEST(ImportLimitsTest, WhenTheTimeIsOverTheImportEnds) {
     auto const computeForEver = [] {
         LimitTime(1);
-        for (unsigned volatile i = 0;; i = i + 1) {
+        while (clock() >= 0) {
         }
     };
     EXPECT_EXIT(computeForEver(), testing::ExitedWithCode(1), "It takes more than 1 s to read");

@@ -28,13 +28,30 @@ protected:
 /// One model for each way in which files come: text, binary, packed, in several files, with textures within
 /// and without, and in formats of many programs.
 TEST_P(ModelsTest, OfManyFormatsAreDrawn) {
-    for (char const* const path :
-         {"OBJ/spider.obj", "Collada/cube_UTF16LE.dae", "STL/Spider_ascii.stl", "STL/Spider_binary.stl",
-          "PLY/float-color.ply", "PLY/cube_binary.ply", "Collada/duck.dae", "Collada/duck.zae",
-          "glTF2/BoxTextured-glTF/BoxTextured.gltf", "glTF2/BoxTextured-glTF-Binary/BoxTextured.glb",
-          "FBX/spider.fbx", "FBX/phong_cube.fbx", "3DS/fels.3ds", "3MF/box.3mf", "OFF/Wuson.off", "DXF/wuson.dxf",
-          "BLEND/TexturedPlane_ImageUvPacked_248.blend", "X/test.x", "MS3D/jeep1.ms3d", "MD2/sydney.md2",
-          "AC/Wuson.ac", "LWO/LWO2/box_2uv_1unused.lwo", "XGL/Wuson.zgl", "IFC/AC14-FZK-Haus.ifc"}) {
+    for (char const* const path : {"OBJ/spider.obj",
+                                   "Collada/cube_UTF16LE.dae",
+                                   "STL/Spider_ascii.stl",
+                                   "STL/Spider_binary.stl",
+                                   "PLY/float-color.ply",
+                                   "PLY/cube_binary.ply",
+                                   "Collada/duck.dae",
+                                   "Collada/duck.zae",
+                                   "glTF2/BoxTextured-glTF/BoxTextured.gltf",
+                                   "glTF2/BoxTextured-glTF-Binary/BoxTextured.glb",
+                                   "FBX/spider.fbx",
+                                   "FBX/phong_cube.fbx",
+                                   "3DS/fels.3ds",
+                                   "3MF/box.3mf",
+                                   "OFF/Wuson.off",
+                                   "DXF/wuson.dxf",
+                                   "BLEND/TexturedPlane_ImageUvPacked_248.blend",
+                                   "X/test.x",
+                                   "MS3D/jeep1.ms3d",
+                                   "MD2/sydney.md2",
+                                   "AC/Wuson.ac",
+                                   "LWO/LWO2/box_2uv_1unused.lwo",
+                                   "XGL/Wuson.zgl",
+                                   "IFC/AC14-FZK-Haus.ifc"}) {
         SCOPED_TRACE(path);
         EXPECT_TRUE(Draws(ModelPath(path)));
     }

@@ -50,7 +50,10 @@ QImage Textures::ReadFile(std::string name) const {
          {std::filesystem::path(name), std::filesystem::path(name).filename()}) {
         try {
             std::unique_ptr<QFile> const file = m_folder.Open(path);
-            QImageReader reader(file.get());
+            // Formats without a signature are known by the name, which a file from a descriptor does not
+            // tell.
+            QImageReader reader(file.get(),
+                                QByteArray::fromStdString(path.extension().string()).mid(1).toLower());
             if (QImage image = reader.read(); !image.isNull())
                 return image;
             obstacle = obstacle.isEmpty() ? reader.errorString() : obstacle;
