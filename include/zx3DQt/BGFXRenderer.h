@@ -5,7 +5,6 @@
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/zx3DQtExport.h>
 
-#include <zx3D/ContextListener.h>
 #include <zx3D/DataSpan.h>
 #include <zx3D/FrameBuffer.h>
 #include <zx3D/Line.h>
@@ -21,14 +20,14 @@
 #include <QString>
 #include <QVector3D>
 
-#include <any>
 #include <cstdint>
-#include <map>
+#include <memory>
 #include <optional>
 #include <utility>
-#include <vector>
 
 namespace zarvex::zx3DQt {
+
+class Drawing;
 
 /// Draws into one render target, frame by frame:
 ///
@@ -44,7 +43,7 @@ namespace zarvex::zx3DQt {
 ///
 /// Thread: the GUI thread, which calls bgfx's API. Errors: none are reported, except that a missing shader
 /// program throws `std::bad_optional_access`. It is neither copied nor moved.
-class ZX3DQT_EXPORT BGFXRenderer : public QObject, private zx3D::ContextListener {
+class ZX3DQT_EXPORT BGFXRenderer : public QObject {
     Q_OBJECT
 
 public:
@@ -77,10 +76,10 @@ public:
     /// Programs and sampler for the application's own submissions; invalid before `Initialize`. Not owned by
     /// the caller.
     /// @{
-    bgfx::ProgramHandle GetBasicProgram() const { return m_basicProgram; }
-    bgfx::ProgramHandle GetLightingProgram() const { return m_lightingProgram; }
-    bgfx::ProgramHandle GetFullscreenTextureProgram() const { return m_fullscreenTextureProgram; }
-    bgfx::UniformHandle GetFullscreenTextureSampler() const { return m_fullscreenTextureSampler; }
+    bgfx::ProgramHandle GetBasicProgram() const;
+    bgfx::ProgramHandle GetLightingProgram() const;
+    bgfx::ProgramHandle GetFullscreenTextureProgram() const;
+    bgfx::UniformHandle GetFullscreenTextureSampler() const;
     /// @}
 
     /// Tells the lighting program where the viewer is, world space, from the next draw on. bgfx keeps the
@@ -190,92 +189,7 @@ public:
     void DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle texture) const;
 
 private:
-    /// Per-frame and persistent buffers of the draw operations, by the tag of their kind.
-    using ResourceStore = std::map<std::uint8_t, std::vector<std::any>>;
-
-    using Lines = zx3D::DataSpan<zx3D::Line const>;
-    using Points = zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const>;
-
-    void OnContextStopping() override;
-
-    void InitUniforms();
-    void InitTextureSamplers();
-    void InitPrograms();
-
-    void UpdateLineStippleUniform(zx3D::LineStipplePattern const& stipple) const;
-    void UpdateLineStyleUniform(zx3D::LineStyle const& style) const;
-    void UpdatePointSpriteUniform(std::uint32_t pointCount, std::uint32_t size) const;
-    void UpdateRectangleSpriteUniform(std::uint32_t lineCount, std::uint32_t width) const;
-    void UpdateViewportUniform(BGFXViewContext const& view) const;
-    void UpdateDepthOffsetBiasUniform(float offset, float bias) const;
-
-    std::uint32_t TransformIdOrCurrent(std::optional<ModelTransformCacheId> modelTransform) const;
-    void SetTransform(std::optional<ModelTransformCacheId> modelTransform) const;
-    QMatrix4x4 ModelViewProjection(BGFXViewContext const& view,
-                                   std::optional<ModelTransformCacheId> modelTransform) const;
-
-    /// Inline where it is called: one line's cost would show that all arguments are handed on.
-    inline void DrawBasicLines(BGFXViewContext const& view, Lines lines,
-                               std::optional<ModelTransformCacheId> modelTransform,
-                               std::optional<zx3D::LineStipplePattern> const& stipple,
-                               std::optional<BGFXRenderState> state) const;
-    void DrawBasicPoints(BGFXViewContext const& view, Points points,
-                         std::optional<ModelTransformCacheId> modelTransform) const;
-
-    // Sprites: expanded to triangles by a compute shader where there is compute, otherwise here.
-    void DrawPointSprites(BGFXViewContext const& view, Points points, std::uint16_t size,
-                          std::optional<ModelTransformCacheId> modelTransform,
-                          std::optional<BGFXRenderState> state) const;
-    void DrawPointSpritesCPU(BGFXViewContext const& view, Points points, std::uint16_t size,
-                             std::optional<ModelTransformCacheId> modelTransform,
-                             std::optional<BGFXRenderState> state) const;
-    void DrawPointSpritesGPU(BGFXViewContext const& view, Points points, std::uint16_t size,
-                             std::optional<ModelTransformCacheId> modelTransform,
-                             std::optional<BGFXRenderState> state) const;
-    void DrawRectangleSprites(BGFXViewContext const& view, Lines lines, std::uint16_t width,
-                              std::optional<ModelTransformCacheId> modelTransform,
-                              std::optional<zx3D::LineStipplePattern> const& stipple,
-                              std::optional<BGFXRenderState> state) const;
-    void DrawRectangleSpritesCPU(BGFXViewContext const& view, Lines lines, std::uint16_t width,
-                                 std::optional<ModelTransformCacheId> modelTransform,
-                                 std::optional<zx3D::LineStipplePattern> const& stipple,
-                                 std::optional<BGFXRenderState> state) const;
-    void DrawRectangleSpritesGPU(BGFXViewContext const& view, Lines lines, std::uint16_t width,
-                                 std::optional<ModelTransformCacheId> modelTransform,
-                                 std::optional<zx3D::LineStipplePattern> const& stipple,
-                                 std::optional<BGFXRenderState> state) const;
-
-    template<typename V>
-    void SubmitTriangles(BGFXViewContext const& view, zx3D::DataSpan<V const> vertices,
-                         zx3D::DataSpan<std::uint16_t const> indices,
-                         std::optional<ModelTransformCacheId> modelTransform, BGFXRenderState state,
-                         bgfx::ProgramHandle program) const;
-
-    bool m_initialized = false;
-    std::uint32_t m_modelTransformId = 0;
-
-    bgfx::UniformHandle m_lineStippleUniform = BGFX_INVALID_HANDLE;
-    bgfx::UniformHandle m_lineStyleUniform = BGFX_INVALID_HANDLE;
-    bgfx::UniformHandle m_pointSpriteUniform = BGFX_INVALID_HANDLE;
-    bgfx::UniformHandle m_rectangleSpriteUniform = BGFX_INVALID_HANDLE;
-    bgfx::UniformHandle m_viewportUniform = BGFX_INVALID_HANDLE;
-    bgfx::UniformHandle m_viewPositionUniform = BGFX_INVALID_HANDLE;
-    bgfx::UniformHandle m_depthOffsetBiasUniform = BGFX_INVALID_HANDLE;
-    bgfx::UniformHandle m_fullscreenTextureSampler = BGFX_INVALID_HANDLE;
-
-    bgfx::ProgramHandle m_basicProgram = BGFX_INVALID_HANDLE;
-    bgfx::ProgramHandle m_lightingProgram = BGFX_INVALID_HANDLE;
-    bgfx::ProgramHandle m_dashedLineProgram = BGFX_INVALID_HANDLE;
-    bgfx::ProgramHandle m_stippledLineProgram = BGFX_INVALID_HANDLE;
-    bgfx::ProgramHandle m_pointSpriteComputeProgram = BGFX_INVALID_HANDLE;
-    bgfx::ProgramHandle m_pointSpriteProgram = BGFX_INVALID_HANDLE;
-    bgfx::ProgramHandle m_rectangleSpriteComputeProgram = BGFX_INVALID_HANDLE;
-    bgfx::ProgramHandle m_rectangleSpriteProgram = BGFX_INVALID_HANDLE;
-    bgfx::ProgramHandle m_fullscreenTextureProgram = BGFX_INVALID_HANDLE;
-
-    mutable ResourceStore m_frameResources; ///< draw operations, which change nothing else, append to it
-    mutable ResourceStore m_persistentResources;
-    std::map<std::uint32_t, QMatrix4x4> m_modelTransforms;
+    std::unique_ptr<Drawing> m_drawing;
 };
 
 } // namespace zarvex::zx3DQt

@@ -17,4 +17,9 @@ using ModelTransformCacheId = zx3D::TaggedValueType<std::uint32_t, ModelTransfor
 /// A bgfx render-state word made of `BGFX_STATE_*` flags.
 using BGFXRenderState = zx3D::TaggedValueType<std::uint64_t, BGFXRenderStateTag>;
 
+/// The state with further `BGFX_STATE_*` flags.
+constexpr BGFXRenderState operator|(BGFXRenderState state, std::uint64_t flags) {
+    return BGFXRenderState{state.GetValue() | flags};
+}
+
 } // namespace zarvex::zx3DQt

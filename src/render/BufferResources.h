@@ -1,6 +1,8 @@
 // Buffers that live longer than the draw call that creates them.
 #pragma once
 
+#include <zx3D/Owned.h>
+
 #include <bgfx/bgfx.h>
 
 #include <cstddef>
@@ -12,27 +14,14 @@ namespace zarvex::zx3DQt {
 /// A pair of index and vertex buffer with the data behind them; `IndexBuffer` and `VertexBuffer` are bgfx
 /// handle types.
 ///
-/// Owns the handles: the destructor destroys the index buffer, then the vertex buffer, each if it was
-/// created; bgfx must still run. The data are owned together with bgfx, see `MakeSharedRef`. It is not
-/// copied, so keep it in a `std::any` behind a shared pointer.
+/// Its end destroys the index buffer, then the vertex buffer. The data are owned together with bgfx, see
+/// `MakeSharedRef`. It is not copied, so keep it in a `std::any` behind a shared pointer.
 template<typename IndexBuffer, typename VertexBuffer, typename V, typename I>
-class BufferResource {
-public:
-    BufferResource() = default;
-    ~BufferResource() {
-        if (bgfx::isValid(indexBuffer))
-            bgfx::destroy(indexBuffer);
-        if (bgfx::isValid(vertexBuffer))
-            bgfx::destroy(vertexBuffer);
-    }
-
-    BufferResource(BufferResource const&) = delete;
-    BufferResource& operator=(BufferResource const&) = delete;
-
-    IndexBuffer indexBuffer = BGFX_INVALID_HANDLE;
-    VertexBuffer vertexBuffer = BGFX_INVALID_HANDLE;
+struct BufferResource {
     std::shared_ptr<I[]> indices;
     std::shared_ptr<V[]> vertices;
+    zx3D::Owned<VertexBuffer> vertexBuffer;
+    zx3D::Owned<IndexBuffer> indexBuffer;
 };
 
 /// Buffers of one frame's sprites.

@@ -1,7 +1,7 @@
 // A texture over a whole view.
 #include <zx3DQt/BGFXRenderer.h>
 
-#include "BufferResources.h"
+#include "Drawing.h"
 
 #include <limits>
 
@@ -19,16 +19,17 @@ constexpr std::uint8_t kFullscreenTriangle = 0;
 std::shared_ptr<FullscreenTriangle> CreateFullscreenTriangle() {
     auto triangle = std::make_shared<FullscreenTriangle>();
     triangle->vertices = std::make_shared<Vertex[]>(3);
-    triangle->vertexBuffer =
-        bgfx::createVertexBuffer(MakeSharedRef(triangle->vertices, 3), Vertex::Layout(), BGFX_BUFFER_NONE);
+    triangle->vertexBuffer = zx3D::Owned(
+        bgfx::createVertexBuffer(MakeSharedRef(triangle->vertices, 3), Vertex::Layout(), BGFX_BUFFER_NONE));
     triangle->indices.reset(new std::uint16_t[]{0, 1, 2});
-    triangle->indexBuffer = bgfx::createIndexBuffer(MakeSharedRef(triangle->indices, 3), BGFX_BUFFER_NONE);
+    triangle->indexBuffer =
+        zx3D::Owned(bgfx::createIndexBuffer(MakeSharedRef(triangle->indices, 3), BGFX_BUFFER_NONE));
     return triangle;
 }
 
 } // namespace
 
-void BGFXRenderer::DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle texture) const {
+void Drawing::DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle texture) {
     std::vector<std::any>& resources = m_persistentResources[kFullscreenTriangle];
     if (resources.empty())
         resources.emplace_back(CreateFullscreenTriangle());
@@ -36,10 +37,14 @@ void BGFXRenderer::DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHand
 
     constexpr std::uint32_t samplerFlagsOfTexture = std::numeric_limits<std::uint32_t>::max();
     bgfx::setState(BGFX_STATE_WRITE_RGB | BGFX_STATE_WRITE_A);
-    bgfx::setVertexBuffer(0, triangle.vertexBuffer);
-    bgfx::setIndexBuffer(triangle.indexBuffer);
-    bgfx::setTexture(0, m_fullscreenTextureSampler, texture, samplerFlagsOfTexture);
-    bgfx::submit(viewId, m_fullscreenTextureProgram, 0, BGFX_DISCARD_ALL);
+    bgfx::setVertexBuffer(0, triangle.vertexBuffer.Get());
+    bgfx::setIndexBuffer(triangle.indexBuffer.Get());
+    bgfx::setTexture(0, GetUniform(Uniform::FullscreenTexture), texture, samplerFlagsOfTexture);
+    bgfx::submit(viewId, GetProgram(Program::FullscreenTexture), 0, BGFX_DISCARD_ALL);
+}
+
+void BGFXRenderer::DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle texture) const {
+    m_drawing->DrawFullscreenTexture(viewId, texture);
 }
 
 } // namespace zarvex::zx3DQt

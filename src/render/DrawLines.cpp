@@ -2,6 +2,7 @@
 #include <zx3DQt/BGFXRenderer.h>
 
 #include "../frame/ColorConversion.h"
+#include "Drawing.h"
 #include "TransientBuffers.h"
 
 #include <algorithm>
@@ -71,10 +72,7 @@ void FillVertices(zx3D::DataSpan<zx3D::Line const> lines, Vertex* vertex) {
 
 } // namespace
 
-void BGFXRenderer::DrawBasicLines(BGFXViewContext const& view, Lines lines,
-                                  std::optional<ModelTransformCacheId> modelTransform,
-                                  std::optional<zx3D::LineStipplePattern> const& stipple,
-                                  std::optional<BGFXRenderState> state) const {
+void Drawing::DrawBasicLines(DrawCall const& call, Lines lines) {
     bgfx::VertexLayout const& layout = VertexLayout();
     for (std::uint64_t first = 0; first < lines.count; first += kMaxLinesPerSubmission) {
         Lines const chunk(lines.data + first, std::min(lines.count - first, kMaxLinesPerSubmission));
@@ -88,11 +86,11 @@ void BGFXRenderer::DrawBasicLines(BGFXViewContext const& view, Lines lines,
         std::iota(firstIndex, firstIndex + 2 * chunk.count, std::uint16_t{0});
         bgfx::setVertexBuffer(0, &vertexBuffer);
         bgfx::setIndexBuffer(&indexBuffer);
-        UpdateViewportUniform(view);
-        UpdateLineStippleUniform(stipple.value_or(zx3D::LineStipplePattern()));
-        SetTransform(modelTransform);
-        bgfx::setState(state.value_or(STATE_LINES));
-        bgfx::submit(view, m_stippledLineProgram, 0, BGFX_DISCARD_ALL);
+        UpdateViewportUniform(call.view);
+        UpdateLineStippleUniform(call.stipple);
+        SetTransform(call);
+        bgfx::setState(call.state);
+        bgfx::submit(call.view, GetProgram(Program::StippledLine), 0, BGFX_DISCARD_ALL);
     }
 }
 
@@ -104,9 +102,12 @@ void BGFXRenderer::DrawLines(BGFXViewContext const& view, zx3D::DataSpan<zx3D::L
         return;
     float const rounded = RoundedWidth(width);
     if (rounded != 1.0f)
-        DrawRectangleSprites(view, lines, SpriteWidth(rounded), modelTransform, stipple, state);
+        m_drawing->DrawRectangleSprites(
+            m_drawing->MakeCall(view, modelTransform, state.value_or(STATE_OPAQUE), stipple), lines,
+            SpriteWidth(rounded));
     else
-        DrawBasicLines(view, lines, modelTransform, stipple, state);
+        m_drawing->DrawBasicLines(
+            m_drawing->MakeCall(view, modelTransform, state.value_or(STATE_LINES), stipple), lines);
 }
 
 void BGFXRenderer::DrawLines(BGFXViewContext const& view, zx3D::DataSpan<QVector3D const> positions,

@@ -1,6 +1,7 @@
 // Points of one pixel, and the choice between them and large ones.
 #include <zx3DQt/BGFXRenderer.h>
 
+#include "Drawing.h"
 #include "TransientBuffers.h"
 
 #include <algorithm>
@@ -8,21 +9,7 @@
 
 namespace zarvex::zx3DQt {
 
-void BGFXRenderer::DrawPoints(BGFXViewContext const& view,
-                              zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const> points,
-                              std::optional<std::uint16_t> size,
-                              std::optional<ModelTransformCacheId> modelTransform,
-                              std::optional<BGFXRenderState> state) const {
-    if (points.IsEmpty())
-        return;
-    if (size && *size >= 2)
-        DrawPointSprites(view, points, *size, modelTransform, state);
-    else
-        DrawBasicPoints(view, points, modelTransform);
-}
-
-void BGFXRenderer::DrawBasicPoints(BGFXViewContext const& view, Points points,
-                                   std::optional<ModelTransformCacheId> modelTransform) const {
+void Drawing::DrawBasicPoints(DrawCall const& call, Points points) {
     if (points.IsEmpty())
         return;
     using Vertex = zx3D::Vertex::Pos3fColorRGBA;
@@ -35,10 +22,24 @@ void BGFXRenderer::DrawBasicPoints(BGFXViewContext const& view, Points points,
     if (vertexBuffer.size == 0 || vertexBuffer.size > count * sizeof(Vertex))
         return;
     std::memcpy(vertexBuffer.data, points.data, vertexBuffer.size);
-    bgfx::setState(STATE_POINTS);
+    bgfx::setState(call.state);
     bgfx::setVertexBuffer(0, &vertexBuffer);
-    SetTransform(modelTransform);
-    bgfx::submit(view, m_basicProgram, 0, BGFX_DISCARD_ALL);
+    SetTransform(call);
+    bgfx::submit(call.view, GetProgram(Program::Basic), 0, BGFX_DISCARD_ALL);
+}
+
+void BGFXRenderer::DrawPoints(BGFXViewContext const& view,
+                              zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const> points,
+                              std::optional<std::uint16_t> size,
+                              std::optional<ModelTransformCacheId> modelTransform,
+                              std::optional<BGFXRenderState> state) const {
+    if (points.IsEmpty())
+        return;
+    if (size && *size >= 2)
+        m_drawing->DrawPointSprites(m_drawing->MakeCall(view, modelTransform, state.value_or(STATE_OPAQUE)),
+                                    points, *size);
+    else
+        m_drawing->DrawBasicPoints(m_drawing->MakeCall(view, modelTransform, STATE_POINTS), points);
 }
 
 } // namespace zarvex::zx3DQt

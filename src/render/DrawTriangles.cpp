@@ -1,6 +1,7 @@
 // Triangles, unlit and lit.
 #include <zx3DQt/BGFXRenderer.h>
 
+#include "Drawing.h"
 #include "TransientBuffers.h"
 
 #include <cstring>
@@ -8,10 +9,8 @@
 namespace zarvex::zx3DQt {
 
 template<typename V>
-void BGFXRenderer::SubmitTriangles(BGFXViewContext const& view, zx3D::DataSpan<V const> vertices,
-                                   zx3D::DataSpan<std::uint16_t const> indices,
-                                   std::optional<ModelTransformCacheId> modelTransform, BGFXRenderState state,
-                                   bgfx::ProgramHandle program) const {
+void Drawing::DrawTriangles(DrawCall const& call, zx3D::DataSpan<V const> vertices,
+                            zx3D::DataSpan<std::uint16_t const> indices, bgfx::ProgramHandle program) {
     if (vertices.IsEmpty() || indices.IsEmpty())
         return;
     static bgfx::VertexLayout const* const layout = &V::Layout();
@@ -22,11 +21,11 @@ void BGFXRenderer::SubmitTriangles(BGFXViewContext const& view, zx3D::DataSpan<V
         return;
     std::memcpy(vertexBuffer.data, vertices.data, vertexBuffer.size);
     std::memcpy(indexBuffer.data, indices.data, indexBuffer.size);
-    bgfx::setState(state);
+    bgfx::setState(call.state);
     bgfx::setVertexBuffer(0, &vertexBuffer);
     bgfx::setIndexBuffer(&indexBuffer);
-    SetTransform(modelTransform);
-    bgfx::submit(view, program, 0, BGFX_DISCARD_ALL);
+    SetTransform(call);
+    bgfx::submit(call.view, program, 0, BGFX_DISCARD_ALL);
 }
 
 void BGFXRenderer::DrawTriangles(BGFXViewContext const& view,
@@ -34,7 +33,8 @@ void BGFXRenderer::DrawTriangles(BGFXViewContext const& view,
                                  zx3D::DataSpan<std::uint16_t const> indices,
                                  std::optional<ModelTransformCacheId> modelTransform,
                                  std::optional<BGFXRenderState> state) const {
-    SubmitTriangles(view, vertices, indices, modelTransform, state.value_or(STATE_OPAQUE), m_basicProgram);
+    m_drawing->DrawTriangles(m_drawing->MakeCall(view, modelTransform, state.value_or(STATE_OPAQUE)),
+                             vertices, indices, GetBasicProgram());
 }
 
 void BGFXRenderer::DrawTriangles(BGFXViewContext const& view,
@@ -43,8 +43,8 @@ void BGFXRenderer::DrawTriangles(BGFXViewContext const& view,
                                  std::optional<ModelTransformCacheId> modelTransform,
                                  std::optional<BGFXRenderState> state,
                                  std::optional<bgfx::ProgramHandle> program) const {
-    SubmitTriangles(view, vertices, indices, modelTransform, state.value_or(STATE_TRANSPARENT),
-                    program.value_or(m_lightingProgram));
+    m_drawing->DrawTriangles(m_drawing->MakeCall(view, modelTransform, state.value_or(STATE_TRANSPARENT)),
+                             vertices, indices, program.value_or(GetLightingProgram()));
 }
 
 } // namespace zarvex::zx3DQt

@@ -11,7 +11,10 @@
 
 namespace zarvex::zx3DQt {
 
-/// The kinds, by which the renderer's store is keyed.
+/// Buffers of draw operations, by the tag of their kind.
+using ResourceStore = std::map<std::uint8_t, std::vector<std::any>>;
+
+/// The kinds of those that live for a frame.
 enum class FrameResource : std::uint8_t {
     PointSpriteInput = 1,     ///< what the compute shader reads
     SpriteVertices = 2,       ///< of point sprites, and of rectangle sprites expanded on the CPU
@@ -22,7 +25,7 @@ enum class FrameResource : std::uint8_t {
 /// Appends an empty resource of its kind and returns it. Throws `std::bad_any_cast` when the store's element
 /// is not of the type asked for.
 template<typename V>
-DynamicBufferResource<V>& Append(std::map<std::uint8_t, std::vector<std::any>>& store, FrameResource kind) {
+DynamicBufferResource<V>& Append(ResourceStore& store, FrameResource kind) {
     using Resource = DynamicBufferResource<V>;
     std::vector<std::any>& resources = store[static_cast<std::uint8_t>(kind)];
     resources.emplace_back(std::make_shared<Resource>());

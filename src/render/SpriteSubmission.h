@@ -1,9 +1,7 @@
-// Where sprites are expanded, and how a call of any number of them is cut into submissions.
+// How a call of any number of sprites is cut into submissions.
 #pragma once
 
 #include <zx3D/DataSpan.h>
-
-#include <bgfx/bgfx.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -23,18 +21,6 @@ void ForEachSubmission(zx3D::DataSpan<T> sprites, Submit submit) {
     for (std::uint64_t first = 0; first < sprites.count; first += kMaxSpritesPerSubmission)
         submit(zx3D::DataSpan<T>(sprites.data + first,
                                  std::min(sprites.count - first, kMaxSpritesPerSubmission)));
-}
-
-/// The same, by a compute shader where there is compute, otherwise on the CPU.
-template<typename T, typename OnGPU, typename OnCPU>
-void SubmitSprites(zx3D::DataSpan<T> sprites, OnGPU onGPU, OnCPU onCPU) {
-    bgfx::Caps const* const caps = bgfx::getCaps();
-    if (caps == nullptr)
-        return;
-    if ((caps->supported & BGFX_CAPS_COMPUTE) != 0)
-        ForEachSubmission(sprites, onGPU);
-    else
-        ForEachSubmission(sprites, onCPU);
 }
 
 /// Groups that it takes to expand `count` sprites.

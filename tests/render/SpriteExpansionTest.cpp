@@ -2,9 +2,8 @@
 #include "BufferReadBack.h"
 #include "RenderTest.h"
 
-#include <unit/harness/PrivateMember.h>
+#include <unit/harness/DrawingOf.h>
 
-#include "FrameResources.h"
 #include "PointSpriteExpansion.h"
 #include "RectangleSpriteExpansion.h"
 
@@ -19,16 +18,6 @@ using namespace zarvex;
 using namespace zarvex::testing;
 using zx3DQt::Float4;
 using zx3DQt::FrameResource;
-
-namespace {
-
-struct FrameResources {
-    using Type = std::map<std::uint8_t, std::vector<std::any>> zx3DQt::BGFXRenderer::*;
-};
-
-} // namespace
-
-template struct Reveal<FrameResources, &zx3DQt::BGFXRenderer::m_frameResources>;
 
 namespace {
 
@@ -168,8 +157,7 @@ void SpriteExpansionTest::Check(zx3DQt::BGFXViewContext const& view, Lines const
 template<typename Vertex>
 void SpriteExpansionTest::CheckVertices(FrameResource kind, std::vector<Vertex> const& expected) {
     constexpr std::size_t vectorsPerVertex = sizeof(Vertex) / sizeof(Float4);
-    auto const& resources =
-        (m_renderer.*Revealed<FrameResources>::pointer).at(static_cast<std::uint8_t>(kind));
+    auto const& resources = FrameResourcesOf(m_renderer).at(static_cast<std::uint8_t>(kind));
     ASSERT_EQ(resources.size(), 1u);
     auto const resource =
         std::any_cast<std::shared_ptr<zx3DQt::DynamicBufferResource<Vertex>>>(resources.front());

@@ -1,11 +1,15 @@
 // Starting and presenting frames, per-frame resources and the model transform cache.
 #include <zx3DQt/BGFXRenderer.h>
 
+#include <DrawingOf.h>
 #include <Fixtures.h>
 
 #include <LogCapture.h>
+<<<<<<< HEAD
 #include <PrivateMember.h>
 #include <Warnings.h>
+=======
+>>>>>>> bc4388e (Take drawing out of the renderer: one call record, one algorithm for two kinds of sprites)
 
 #include <any>
 #include <map>
@@ -20,26 +24,6 @@ using testing::IsEmpty;
 
 namespace {
 
-using Store = std::map<std::uint8_t, std::vector<std::any>>;
-
-struct FrameResources {
-    using Type = Store BGFXRenderer::*;
-};
-struct PersistentResources {
-    using Type = Store BGFXRenderer::*;
-};
-struct ModelTransforms {
-    using Type = std::map<std::uint32_t, QMatrix4x4> BGFXRenderer::*;
-};
-
-} // namespace
-
-template struct Reveal<FrameResources, &BGFXRenderer::m_frameResources>;
-template struct Reveal<PersistentResources, &BGFXRenderer::m_persistentResources>;
-template struct Reveal<ModelTransforms, &BGFXRenderer::m_modelTransforms>;
-
-namespace {
-
 class BGFXRendererFrameTest : public LibraryFixture {
 protected:
     zx3D::FrameBuffer FrameBufferOf(std::uint16_t width, std::uint16_t height) {
@@ -49,7 +33,7 @@ protected:
     }
 
     /// Puts something into a store and tells whether it is still there.
-    static std::weak_ptr<int> Put(Store& store) {
+    static std::weak_ptr<int> Put(ResourceStore& store) {
         auto const resource = std::make_shared<int>(1);
         store[1].emplace_back(resource);
         return resource;
@@ -83,7 +67,7 @@ TEST_F(BGFXRendererFrameTest, ACollapsedFrameBufferStartsNoFrame) {
 
 TEST_F(BGFXRendererFrameTest, ACollapsedFrameBufferKeepsTheResourcesOfTheFrameBefore) {
     BGFXRenderer renderer;
-    std::weak_ptr<int> const resource = Put(renderer.*Revealed<FrameResources>::pointer);
+    std::weak_ptr<int> const resource = Put(FrameResourcesOf(renderer));
     zx3D::FrameBuffer frameBuffer = FrameBufferOf(0, 100);
     EXPECT_FALSE(renderer.StartFrame(frameBuffer));
     EXPECT_FALSE(resource.expired());
@@ -91,12 +75,12 @@ TEST_F(BGFXRendererFrameTest, ACollapsedFrameBufferKeepsTheResourcesOfTheFrameBe
 
 TEST_F(BGFXRendererFrameTest, StartFrameEmptiesThePerFrameStoreAndNoOther) {
     BGFXRenderer renderer;
-    std::weak_ptr<int> const perFrame = Put(renderer.*Revealed<FrameResources>::pointer);
-    std::weak_ptr<int> const persistent = Put(renderer.*Revealed<PersistentResources>::pointer);
+    std::weak_ptr<int> const perFrame = Put(FrameResourcesOf(renderer));
+    std::weak_ptr<int> const persistent = Put(PersistentResourcesOf(renderer));
     zx3D::FrameBuffer frameBuffer = FrameBufferOf(800, 600);
     EXPECT_TRUE(renderer.StartFrame(frameBuffer));
     EXPECT_TRUE(perFrame.expired());
-    EXPECT_THAT(renderer.*Revealed<FrameResources>::pointer, IsEmpty());
+    EXPECT_THAT(FrameResourcesOf(renderer), IsEmpty());
     EXPECT_FALSE(persistent.expired());
 }
 
@@ -104,7 +88,7 @@ TEST_F(BGFXRendererFrameTest, ResourcesLivePastThePresentation) {
     BGFXRenderer renderer;
     zx3D::FrameBuffer frameBuffer = FrameBufferOf(800, 600);
     renderer.StartFrame(frameBuffer);
-    std::weak_ptr<int> const resource = Put(renderer.*Revealed<FrameResources>::pointer);
+    std::weak_ptr<int> const resource = Put(FrameResourcesOf(renderer));
     renderer.PresentCurrentAndSubmitNextFrame(false);
     EXPECT_FALSE(resource.expired());
     renderer.StartFrame(frameBuffer);
@@ -173,7 +157,7 @@ TEST_F(BGFXRendererFrameTest, AMissingProgramLeavesFrameBufferAndResourcesAlone)
     ExpectWarning("program.not-created");
     Configure([](recorder::Settings& settings) { settings.failingProgram = 0; });
     BGFXRenderer renderer;
-    std::weak_ptr<int> const resource = Put(renderer.*Revealed<FrameResources>::pointer);
+    std::weak_ptr<int> const resource = Put(FrameResourcesOf(renderer));
     zx3D::FrameBuffer frameBuffer = FrameBufferOf(800, 600);
     EXPECT_THROW(renderer.StartFrame(frameBuffer), std::bad_optional_access);
     EXPECT_FALSE(bgfx::isValid(frameBuffer.GetHandle()));
@@ -228,7 +212,7 @@ TEST_F(BGFXRendererFrameTest, TransformsOfOneFrameHaveDifferentIds) {
     std::uint32_t const again = renderer.SetModelTransform(Translation(2));
     EXPECT_NE(first, second);
     EXPECT_NE(second, again);
-    auto const& cache = renderer.*Revealed<ModelTransforms>::pointer;
+    auto const& cache = ModelTransformsOf(renderer);
     EXPECT_EQ(cache.at(first), Translation(1));
     EXPECT_EQ(cache.at(second), Translation(2));
     EXPECT_EQ(cache.at(again), Translation(2));
@@ -243,7 +227,7 @@ TEST_F(BGFXRendererFrameTest, TheNextFrameStartsWithTheFirstIdAndOverwritesItsMa
     renderer.PresentCurrentAndSubmitNextFrame(false);
     ASSERT_TRUE(renderer.StartFrame(frameBuffer));
     EXPECT_EQ(std::uint32_t(renderer.SetModelTransform(Translation(3))), first);
-    auto const& cache = renderer.*Revealed<ModelTransforms>::pointer;
+    auto const& cache = ModelTransformsOf(renderer);
     EXPECT_EQ(cache.at(first), Translation(3));
     EXPECT_EQ(cache.at(second), Translation(2)) << "entries are not erased";
 }

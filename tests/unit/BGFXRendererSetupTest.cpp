@@ -5,11 +5,15 @@
 #include <zx3D/ProgramFactory.h>
 #include <zx3DQt/Library.h>
 
+#include <DrawingOf.h>
 #include <Fixtures.h>
 
 #include <LogCapture.h>
+<<<<<<< HEAD
 #include <PrivateMember.h>
 #include <Warnings.h>
+=======
+>>>>>>> bc4388e (Take drawing out of the renderer: one call record, one algorithm for two kinds of sprites)
 
 #include <optional>
 #include <type_traits>
@@ -24,36 +28,6 @@ using testing::SizeIs;
 namespace {
 
 using BGFXRendererSetupTest = LibraryFixture;
-
-struct LineStippleUpdater {
-    using Type = void (BGFXRenderer::*)(zx3D::LineStipplePattern const&) const;
-};
-struct LineStyleUpdater {
-    using Type = void (BGFXRenderer::*)(zx3D::LineStyle const&) const;
-};
-struct PointSpriteUpdater {
-    using Type = void (BGFXRenderer::*)(std::uint32_t, std::uint32_t) const;
-};
-struct RectangleSpriteUpdater {
-    using Type = void (BGFXRenderer::*)(std::uint32_t, std::uint32_t) const;
-};
-struct ViewportUpdater {
-    using Type = void (BGFXRenderer::*)(BGFXViewContext const&) const;
-};
-struct DepthOffsetBiasUpdater {
-    using Type = void (BGFXRenderer::*)(float, float) const;
-};
-
-} // namespace
-
-template struct Reveal<LineStippleUpdater, &BGFXRenderer::UpdateLineStippleUniform>;
-template struct Reveal<LineStyleUpdater, &BGFXRenderer::UpdateLineStyleUniform>;
-template struct Reveal<PointSpriteUpdater, &BGFXRenderer::UpdatePointSpriteUniform>;
-template struct Reveal<RectangleSpriteUpdater, &BGFXRenderer::UpdateRectangleSpriteUniform>;
-template struct Reveal<ViewportUpdater, &BGFXRenderer::UpdateViewportUniform>;
-template struct Reveal<DepthOffsetBiasUpdater, &BGFXRenderer::UpdateDepthOffsetBiasUniform>;
-
-namespace {
 
 std::vector<std::string> const kUniformCalls{
     "createUniform(u_lineStipple, Vec4, 1)",     "createUniform(u_lineStyle, Vec4, 1)",
@@ -342,14 +316,15 @@ TEST_F(BGFXRendererSetupTest, UpdatersSetTheirVec4) {
     recorder::ClearCalls();
     BGFXViewContext view;
     view.SetViewport(QRect(10, 20, 800, 600));
+    Drawing const& drawing = DrawingOf(renderer);
 
-    (renderer.*Revealed<LineStippleUpdater>::pointer)({0xF0F0, 3});
-    (renderer.*Revealed<LineStyleUpdater>::pointer)({1.5f, -2.5f});
-    (renderer.*Revealed<PointSpriteUpdater>::pointer)(100000, 12);
-    (renderer.*Revealed<RectangleSpriteUpdater>::pointer)(7, 65535);
-    (renderer.*Revealed<ViewportUpdater>::pointer)(view);
+    drawing.UpdateLineStippleUniform({0xF0F0, 3});
+    drawing.UpdateLineStyleUniform({1.5f, -2.5f});
+    drawing.UpdatePointSpriteUniform(100000, 12);
+    drawing.UpdateRectangleSpriteUniform(7, 65535);
+    drawing.UpdateViewportUniform(view);
     renderer.UpdateViewPositionUniform(QVector3D(1, 2, 3));
-    (renderer.*Revealed<DepthOffsetBiasUpdater>::pointer)(0.25f, -0.5f);
+    drawing.UpdateDepthOffsetBiasUniform(0.25f, -0.5f);
 
     EXPECT_THAT(recorder::CallTexts(), ElementsAre("setUniform(u_lineStipple, 61680, 3, 0, 0)",
                                                    "setUniform(u_lineStyle, 1.5, -2.5, 0, 0)",

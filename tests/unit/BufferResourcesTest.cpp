@@ -16,6 +16,7 @@
 
 namespace {
 
+using zarvex::zx3D::Owned;
 using zarvex::zx3D::Vertex::Pos3fColorRGBA;
 using zarvex::zx3DQt::MakeSharedRef;
 using Resource = zarvex::zx3DQt::DynamicBufferResource<Pos3fColorRGBA>;
@@ -24,8 +25,8 @@ class BufferResourcesTest : public ContextFixture {};
 
 TEST_F(BufferResourcesTest, DestroysTheIndexBufferThenTheVertexBuffer) {
     auto resource = std::make_unique<Resource>();
-    resource->indexBuffer = bgfx::createDynamicIndexBuffer(3u);
-    resource->vertexBuffer = bgfx::createDynamicVertexBuffer(3u, Pos3fColorRGBA::Layout());
+    resource->indexBuffer = Owned(bgfx::createDynamicIndexBuffer(3u));
+    resource->vertexBuffer = Owned(bgfx::createDynamicVertexBuffer(3u, Pos3fColorRGBA::Layout()));
     recorder::ClearCalls();
     resource.reset();
     auto const calls = recorder::CallTexts();
@@ -42,7 +43,7 @@ TEST_F(BufferResourcesTest, DestroysNothingThatWasNotCreated) {
 
 TEST_F(BufferResourcesTest, CopiesOfTheAnyThatHoldsItDestroyItOnce) {
     auto resource = std::make_shared<Resource>();
-    resource->vertexBuffer = bgfx::createDynamicVertexBuffer(3u, Pos3fColorRGBA::Layout());
+    resource->vertexBuffer = Owned(bgfx::createDynamicVertexBuffer(3u, Pos3fColorRGBA::Layout()));
     std::any first = std::move(resource);
     std::any second = first;
     recorder::ClearCalls();

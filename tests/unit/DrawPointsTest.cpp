@@ -1,6 +1,6 @@
 // Points: single pixels in one submission, and from which size on they become sprites.
 #include <DrawFixture.h>
-#include <PrivateMember.h>
+#include <DrawingOf.h>
 
 #include <array>
 #include <cstring>
@@ -17,11 +17,6 @@ namespace {
 using Vertex = zx3D::Vertex::Pos3fColorRGBA;
 using LitVertex = zx3D::Vertex::Pos3fNormal3fColorRGBA;
 using Points = zx3D::DataSpan<Vertex const>;
-
-struct DrawBasicPoints {
-    using Type = void (BGFXRenderer::*)(BGFXViewContext const&, Points,
-                                        std::optional<ModelTransformCacheId>) const;
-};
 
 class DrawPointsTest : public DrawFixture {
 protected:
@@ -46,8 +41,6 @@ protected:
 };
 
 } // namespace
-
-template struct Reveal<DrawBasicPoints, &BGFXRenderer::DrawBasicPoints>;
 
 TEST_F(DrawPointsTest, SinglePixelsCallBgfxInOrder) {
     m_renderer->DrawPoints(m_view, m_points);
@@ -138,7 +131,8 @@ TEST_F(DrawPointsTest, EmptySpansDrawNothing) {
     for (Points const points : {Points(), Points(m_points.data(), 0), Points(nullptr, 2)}) {
         m_renderer->DrawPoints(m_view, points);
         m_renderer->DrawPoints(m_view, points, std::uint16_t(2));
-        ((*m_renderer).*Revealed<DrawBasicPoints>::pointer)(m_view, points, std::nullopt);
+        Drawing& drawing = DrawingOf(*m_renderer);
+        drawing.DrawBasicPoints(drawing.MakeCall(m_view, std::nullopt, BGFXRenderer::STATE_POINTS), points);
     }
     EXPECT_THAT(recorder::Calls(), IsEmpty());
     EXPECT_THAT(KeptKinds(), IsEmpty());

@@ -24,8 +24,8 @@ protected:
 
 TEST_F(FrameResourcesTest, ANewResourceIsEmpty) {
     auto const& resource = Append<float>(m_store, FrameResource::SpriteVertices);
-    EXPECT_FALSE(bgfx::isValid(resource.indexBuffer));
-    EXPECT_FALSE(bgfx::isValid(resource.vertexBuffer));
+    EXPECT_FALSE(bool(resource.indexBuffer));
+    EXPECT_FALSE(bool(resource.vertexBuffer));
     EXPECT_EQ(resource.indices, nullptr);
     EXPECT_EQ(resource.vertices, nullptr);
 }

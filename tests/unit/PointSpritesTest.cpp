@@ -1,6 +1,6 @@
 // Point sprites: what is submitted where there are compute shaders, and the vertices that are computed here.
 #include <DrawFixture.h>
-#include <PrivateMember.h>
+#include <DrawingOf.h>
 #include <SpriteReference.h>
 
 #include "../../src/render/PointSpriteExpansion.h"
@@ -21,9 +21,7 @@ namespace {
 
 using Vertex = zx3D::Vertex::Pos3fColorRGBA;
 using Points = zx3D::DataSpan<Vertex const>;
-using Draw = void (BGFXRenderer::*)(BGFXViewContext const&, Points, std::uint16_t,
-                                    std::optional<ModelTransformCacheId>,
-                                    std::optional<BGFXRenderState>) const;
+using Draw = void (Drawing::*)(DrawCall const&, Points, std::uint16_t);
 
 struct Either {
     using Type = Draw;
@@ -41,7 +39,10 @@ protected:
     void DrawOn(Points points, std::uint16_t size,
                 std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
                 std::optional<BGFXRenderState> state = std::nullopt) {
-        ((*m_renderer).*Revealed<Path>::pointer)(m_view, points, size, modelTransform, state);
+        Drawing& drawing = DrawingOf(*m_renderer);
+        (drawing.*Revealed<Path>::pointer)(
+            drawing.MakeCall(m_view, modelTransform, state.value_or(BGFXRenderer::STATE_OPAQUE)), points,
+            size);
     }
 
     /// The position of the first corner that was drawn.
@@ -88,9 +89,9 @@ protected:
 
 } // namespace
 
-template struct Reveal<Either, &BGFXRenderer::DrawPointSprites>;
-template struct Reveal<OnCpu, &BGFXRenderer::DrawPointSpritesCPU>;
-template struct Reveal<OnGpu, &BGFXRenderer::DrawPointSpritesGPU>;
+template struct Reveal<Either, &Drawing::DrawPointSprites>;
+template struct Reveal<OnCpu, &Drawing::DrawPointSpritesCPU>;
+template struct Reveal<OnGpu, &Drawing::DrawPointSpritesGPU>;
 
 TEST_F(PointSpritesTest, WithComputeBgfxIsCalledInOrder) {
     m_renderer->DrawPoints(m_view, m_points, std::uint16_t(10));
@@ -183,10 +184,10 @@ TEST_F(PointSpritesTest, WithComputeInputAndVerticesAreKept) {
     EXPECT_THAT(Kept(), testing::ElementsAre(testing::Key(1), testing::Key(2)));
     auto const input = Kept<ComputeStageInputVertexData>(FrameResource::PointSpriteInput);
     auto const output = Kept<DummyVertexT>(FrameResource::SpriteVertices);
-    EXPECT_TRUE(bgfx::isValid(input->vertexBuffer));
-    EXPECT_TRUE(bgfx::isValid(output->vertexBuffer));
-    EXPECT_FALSE(bgfx::isValid(input->indexBuffer));
-    EXPECT_FALSE(bgfx::isValid(output->indexBuffer));
+    EXPECT_TRUE(bool(input->vertexBuffer));
+    EXPECT_TRUE(bool(output->vertexBuffer));
+    EXPECT_FALSE(bool(input->indexBuffer));
+    EXPECT_FALSE(bool(output->indexBuffer));
     EXPECT_EQ(output->vertices, nullptr);
 }
 
@@ -195,7 +196,7 @@ TEST_F(PointSpritesTest, WithoutComputeTheVerticesAreKept) {
     m_renderer->DrawPoints(m_view, m_points, std::uint16_t(2));
     EXPECT_THAT(Kept(), testing::ElementsAre(testing::Key(2)));
     EXPECT_THAT(KeptKinds(), ElementsAre(FrameResource::SpriteVertices));
-    EXPECT_TRUE(bgfx::isValid(Kept<DummyVertexT>(FrameResource::SpriteVertices)->vertexBuffer));
+    EXPECT_TRUE(bool(Kept<DummyVertexT>(FrameResource::SpriteVertices)->vertexBuffer));
 }
 
 TEST_F(PointSpritesTest, TheCapabilitiesChooseThePath) {

@@ -1,6 +1,6 @@
 // Rectangle sprites: what is submitted where there are compute shaders, and the vertices computed here.
 #include <DrawFixture.h>
-#include <PrivateMember.h>
+#include <DrawingOf.h>
 #include <SpriteReference.h>
 
 #include "../../src/render/RectangleSpriteExpansion.h"
@@ -23,9 +23,7 @@ namespace {
 
 using Lines = zx3D::DataSpan<zx3D::Line const>;
 using Stipple = std::optional<zx3D::LineStipplePattern>;
-using Draw = void (BGFXRenderer::*)(BGFXViewContext const&, Lines, std::uint16_t,
-                                    std::optional<ModelTransformCacheId>, Stipple const&,
-                                    std::optional<BGFXRenderState>) const;
+using Draw = void (Drawing::*)(DrawCall const&, Lines, std::uint16_t);
 
 constexpr std::size_t kFloatsPerVertex = 16;
 
@@ -45,7 +43,10 @@ protected:
     void DrawOn(Lines lines, std::uint16_t width,
                 std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
                 Stipple const& stipple = std::nullopt, std::optional<BGFXRenderState> state = std::nullopt) {
-        ((*m_renderer).*Revealed<Path>::pointer)(m_view, lines, width, modelTransform, stipple, state);
+        Drawing& drawing = DrawingOf(*m_renderer);
+        (drawing.*Revealed<Path>::pointer)(
+            drawing.MakeCall(m_view, modelTransform, state.value_or(BGFXRenderer::STATE_OPAQUE), stipple),
+            lines, width);
     }
 
     /// A vec4 of a vertex of the one draw: 0 the corner, 1 the colour, 2 the start, 3 the end.
@@ -99,9 +100,9 @@ protected:
 
 } // namespace
 
-template struct Reveal<Either, &BGFXRenderer::DrawRectangleSprites>;
-template struct Reveal<OnCpu, &BGFXRenderer::DrawRectangleSpritesCPU>;
-template struct Reveal<OnGpu, &BGFXRenderer::DrawRectangleSpritesGPU>;
+template struct Reveal<Either, &Drawing::DrawRectangleSprites>;
+template struct Reveal<OnCpu, &Drawing::DrawRectangleSpritesCPU>;
+template struct Reveal<OnGpu, &Drawing::DrawRectangleSpritesGPU>;
 
 TEST_F(RectangleSpritesTest, WithComputeBgfxIsCalledInOrder) {
     m_renderer->DrawLines(m_view, m_lines, 4.0f);
@@ -202,10 +203,10 @@ TEST_F(RectangleSpritesTest, WithComputeInputAndOutputAreKept) {
     EXPECT_THAT(Kept(), ElementsAre(testing::Key(3), testing::Key(4)));
     auto const input = Kept<ComputeStageInputVertexData>(FrameResource::RectangleSpriteInput);
     auto const output = Kept<DummyVertexT>(FrameResource::RectangleSpriteOutput);
-    EXPECT_TRUE(bgfx::isValid(input->vertexBuffer));
-    EXPECT_TRUE(bgfx::isValid(output->vertexBuffer));
-    EXPECT_FALSE(bgfx::isValid(input->indexBuffer));
-    EXPECT_FALSE(bgfx::isValid(output->indexBuffer));
+    EXPECT_TRUE(bool(input->vertexBuffer));
+    EXPECT_TRUE(bool(output->vertexBuffer));
+    EXPECT_FALSE(bool(input->indexBuffer));
+    EXPECT_FALSE(bool(output->indexBuffer));
     EXPECT_EQ(output->vertices, nullptr);
 }
 
@@ -214,7 +215,7 @@ TEST_F(RectangleSpritesTest, WithoutComputeTheVerticesAreKept) {
     m_renderer->DrawLines(m_view, m_lines, 2.0f);
     EXPECT_THAT(Kept(), ElementsAre(testing::Key(2)));
     EXPECT_THAT(KeptKinds(), ElementsAre(FrameResource::SpriteVertices));
-    EXPECT_TRUE(bgfx::isValid(Kept<DummyVertexT>(FrameResource::SpriteVertices)->vertexBuffer));
+    EXPECT_TRUE(bool(Kept<DummyVertexT>(FrameResource::SpriteVertices)->vertexBuffer));
 }
 
 TEST_F(RectangleSpritesTest, VerticesOfPointsAndLinesAreKeptInTheOrderOfTheirCalls) {

@@ -1,7 +1,7 @@
 // Set-up and look-ups of the draw fixture.
 #include "DrawFixture.h"
 
-#include "PrivateMember.h"
+#include "DrawingOf.h"
 
 #include <zx3D/Context.h>
 #include <zx3D/ProgramFactory.h>
@@ -11,21 +11,11 @@ using namespace zarvex::zx3DQt;
 
 namespace {
 
-struct FrameResources {
-    using Type = std::map<std::uint8_t, std::vector<std::any>> BGFXRenderer::*;
-};
-struct Transforms {
-    using Type = std::map<std::uint32_t, QMatrix4x4> BGFXRenderer::*;
-};
-
 std::string Text(std::optional<bgfx::ProgramHandle> program) {
     return "program#" + (bgfx::isValid(program.value()) ? std::to_string(program->idx) : "invalid");
 }
 
 } // namespace
-
-template struct Reveal<FrameResources, &BGFXRenderer::m_frameResources>;
-template struct Reveal<Transforms, &BGFXRenderer::m_modelTransforms>;
 
 void DrawFixture::SetUp() {
     LibraryFixture::SetUp();
@@ -84,7 +74,7 @@ recorder::Draw DrawFixture::TheDraw() {
 }
 
 DrawFixture::Store const& DrawFixture::Kept() const {
-    return *m_renderer.*Revealed<FrameResources>::pointer;
+    return FrameResourcesOf(*m_renderer);
 }
 
 std::vector<FrameResource> DrawFixture::KeptKinds() const {
@@ -95,7 +85,7 @@ std::vector<FrameResource> DrawFixture::KeptKinds() const {
 }
 
 std::map<std::uint32_t, QMatrix4x4> const& DrawFixture::ModelTransforms() const {
-    return *m_renderer.*Revealed<Transforms>::pointer;
+    return ModelTransformsOf(*m_renderer);
 }
 
 QMatrix4x4 Translation(float x, float y, float z) {

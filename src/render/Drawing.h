@@ -1,0 +1,135 @@
+// What is behind the renderer: its programs and uniforms, the buffers of a frame, and how things are drawn.
+#pragma once
+
+#include "DrawCall.h"
+#include "FrameResources.h"
+#include "Programs.h"
+
+#include <zx3D/ContextListener.h>
+#include <zx3D/DataSpan.h>
+#include <zx3D/FrameBuffer.h>
+#include <zx3D/Vertex.h>
+
+#include <bgfx/bgfx.h>
+
+#include <QMatrix4x4>
+#include <QVector3D>
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+
+namespace zarvex::zx3DQt {
+
+/// One renderer's inside. Its lifetime, thread and errors are the renderer's.
+class Drawing final : private zx3D::ContextListener {
+public:
+    using Lines = zx3D::DataSpan<zx3D::Line const>;
+    using Points = zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const>;
+    using Stipple = std::optional<zx3D::LineStipplePattern>;
+    using Transform = std::optional<ModelTransformCacheId>;
+
+    /// `renderer` is who the log lines speak of.
+    explicit Drawing(void const* renderer);
+    ~Drawing();
+
+    void Initialize();
+    void CleanUp();
+    bool StartFrame(zx3D::FrameBuffer& frameBuffer);
+    ModelTransformCacheId SetModelTransform(QMatrix4x4 const& matrix);
+
+    bgfx::ProgramHandle GetProgram(Program program) const { return m_programs[IndexOf(program)]; }
+    bgfx::UniformHandle GetUniform(Uniform uniform) const { return m_uniforms[IndexOf(uniform)]; }
+
+    // What each uniform is packed from, for the next submission.
+    void UpdateLineStippleUniform(zx3D::LineStipplePattern const& stipple) const {
+        SetVec4(Uniform::LineStipple, static_cast<float>(stipple.pattern),
+                static_cast<float>(stipple.factor));
+    }
+    void UpdateLineStyleUniform(zx3D::LineStyle const& style) const {
+        SetVec4(Uniform::LineStyle, style.dashLength, style.gapLength);
+    }
+    void UpdatePointSpriteUniform(std::uint32_t pointCount, std::uint32_t size) const {
+        SetVec4(Uniform::PointSprite, static_cast<float>(pointCount), static_cast<float>(size));
+    }
+    void UpdateRectangleSpriteUniform(std::uint32_t lineCount, std::uint32_t width) const {
+        SetVec4(Uniform::RectangleSprite, static_cast<float>(lineCount), static_cast<float>(width));
+    }
+    void UpdateViewportUniform(BGFXViewContext const& view) const {
+        QRect const& viewport = view.GetViewport();
+        SetVec4(Uniform::Viewport, static_cast<float>(viewport.width()),
+                static_cast<float>(viewport.height()));
+    }
+    void UpdateViewPositionUniform(QVector3D const& position) const {
+        SetVec4(Uniform::ViewPosition, position.x(), position.y(), position.z(), 1.0f);
+    }
+    void UpdateDepthOffsetBiasUniform(float offset, float bias) const {
+        SetVec4(Uniform::DepthOffsetBias, offset, bias);
+    }
+
+    /// A call whose absent arguments have the renderer's and the operation's own values.
+    DrawCall MakeCall(BGFXViewContext const& view, Transform modelTransform, BGFXRenderState state,
+                      Stipple const& stipple = std::nullopt) const {
+        return {view, modelTransform ? modelTransform->GetValue() : m_modelTransformId, state,
+                stipple.value_or(zx3D::LineStipplePattern())};
+    }
+
+    /// Inline where it is called: what one line costs would show every call in between.
+    inline void DrawBasicLines(DrawCall const& call, Lines lines);
+    void DrawBasicPoints(DrawCall const& call, Points points);
+
+    template<typename V>
+    void DrawTriangles(DrawCall const& call, zx3D::DataSpan<V const> vertices,
+                       zx3D::DataSpan<std::uint16_t const> indices, bgfx::ProgramHandle program);
+
+    // Sprites: expanded to triangles by a compute shader where there is compute, otherwise here.
+    void DrawPointSprites(DrawCall const& call, Points points, std::uint16_t size);
+    void DrawPointSpritesCPU(DrawCall const& call, Points points, std::uint16_t size);
+    void DrawPointSpritesGPU(DrawCall const& call, Points points, std::uint16_t size);
+    void DrawRectangleSprites(DrawCall const& call, Lines lines, std::uint16_t width);
+    void DrawRectangleSpritesCPU(DrawCall const& call, Lines lines, std::uint16_t width);
+    void DrawRectangleSpritesGPU(DrawCall const& call, Lines lines, std::uint16_t width);
+
+    void DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle texture);
+
+private:
+    void OnContextStopping() override;
+
+    void InitUniforms();
+    void InitTextureSamplers();
+    void InitPrograms();
+
+    void SetVec4(Uniform uniform, float x, float y, float z = 0.0f, float w = 0.0f) const {
+        float const vec4[] = {x, y, z, w};
+        bgfx::setUniform(GetUniform(uniform), vec4, 1);
+    }
+    void SetTransform(DrawCall const& call) const { bgfx::setTransform(call.transform, 1); }
+    QMatrix4x4 ModelViewProjection(DrawCall const& call) const;
+
+    // `Kind` is one of the two kinds of sprites.
+    template<typename Kind>
+    void DrawSprites(DrawCall const& call, typename Kind::Sprites sprites, std::uint16_t size);
+    template<typename Kind>
+    void DrawSpritesCPU(DrawCall const& call, typename Kind::Sprites sprites, std::uint16_t size);
+    template<typename Kind>
+    void DrawSpritesGPU(DrawCall const& call, typename Kind::Sprites sprites, std::uint16_t size);
+    template<typename Kind>
+    void UpdateSpriteUniforms(DrawCall const& call, std::uint32_t count, std::uint16_t size) const;
+    template<typename Kind>
+    void SubmitSprites(DrawCall const& call, std::uint32_t count, std::uint16_t size,
+                       bgfx::DynamicVertexBufferHandle vertices) const;
+
+    void const* m_renderer;
+    bool m_initialized = false;
+    std::uint32_t m_modelTransformId = 0;
+    // Handles that other renderers share: bgfx gives a uniform of the same name to all who ask for it, and
+    // the programs are the factory's.
+    std::array<bgfx::UniformHandle, IndexOf(Uniform::Count)> m_uniforms;
+    std::array<bgfx::ProgramHandle, IndexOf(Program::Count)> m_programs;
+    ResourceStore m_frameResources;
+    ResourceStore m_persistentResources;
+    std::map<std::uint32_t, QMatrix4x4> m_modelTransforms;
+};
+
+} // namespace zarvex::zx3DQt
