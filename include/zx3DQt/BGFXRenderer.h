@@ -2,6 +2,7 @@
 #pragma once
 
 #include <zx3DQt/BGFXViewContext.h>
+#include <zx3DQt/FrameStatistics.h>
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/zx3DQtExport.h>
 
@@ -41,8 +42,9 @@ class Drawing;
 /// destructor, or the end of the context. Without a context `StartFrame` returns false; in the next one it
 /// creates its resources anew.
 ///
-/// Thread: the GUI thread, which calls bgfx's API. Errors: none are reported, except that a missing shader
-/// program throws `std::bad_optional_access`. It is neither copied nor moved.
+/// Thread: the GUI thread, which calls bgfx's API. Errors: a missing shader program throws
+/// `std::bad_optional_access`; what cannot be drawn is left out, counted and warned about. It is neither
+/// copied nor moved.
 class ZX3DQT_EXPORT BGFXRenderer : public QObject {
     Q_OBJECT
 
@@ -67,7 +69,8 @@ public:
     ~BGFXRenderer() override;
 
     /// Creates uniforms, sampler and programs, once; `StartFrame` calls it. Throws
-    /// `std::bad_optional_access` when a program cannot be created.
+    /// `std::bad_optional_access` when a program cannot be created. Where bgfx has not enough uniforms left,
+    /// it creates nothing: a warning is logged, nothing is drawn, and the next frame tries again.
     void Initialize();
 
     /// Destroys uniforms and sampler; the next frame creates them again. Programs belong to the factory.
@@ -88,8 +91,8 @@ public:
     void UpdateViewPositionUniform(QVector3D const& position) const;
 
     /// Begins to record a frame: follows the frame buffer's requested size and frees the buffers of the frame
-    /// before. Returns false, having done nothing, when the frame buffer is collapsed or no context runs:
-    /// draw and present nothing then. Throws as `Initialize`.
+    /// before. Returns false when the frame buffer is collapsed, when its bgfx object could not be created,
+    /// or when no context runs: draw and present nothing then. Throws as `Initialize`.
     bool StartFrame(zx3D::FrameBuffer& frameBuffer);
 
     /// Hands the recorded frame to bgfx and returns its number. `capture` asks bgfx to capture it for the
@@ -104,12 +107,17 @@ public:
     /// another one. The id means this matrix until the frame is presented.
     ModelTransformCacheId SetModelTransform(QMatrix4x4 const& matrix);
 
+    /// What the frame being recorded consists of so far, or after it was presented the last one: from a call
+    /// of `StartFrame` to the next that finds a frame buffer with a size.
+    FrameStatistics GetFrameStatistics() const;
+
     // Draw operations. Each submits into the bgfx view of `view` at once and copies its data. Common to all:
     // - an empty span draws nothing;
     // - an absent `modelTransform` means the current one, an absent `state` the operation's own;
     // - what one frame draws lives in bgfx's transient buffers (of the sizes in `zx3D::ContextOptions`), wide
-    //   lines and large points excepted. A submission that no longer fits is left out; of a call of points
-    //   those are drawn that fit. A debug build of bgfx stops at the latter with an assertion.
+    //   lines and large points excepted while bgfx has buffers for them. A submission that no longer fits is
+    //   left out; of a call of points those are drawn that fit. A debug build of bgfx stops at the latter
+    //   with an assertion. What is left out is counted (`GetFrameStatistics`), and a warning is logged.
 
     /// Draws segments, `STATE_LINES` unless told otherwise. Of `width` pixels, rounded, halves away from
     /// zero: up to 1 they are thin lines of one pixel, above they are wide lines: rectangles on the screen,

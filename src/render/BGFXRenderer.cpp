@@ -50,6 +50,10 @@ bool BGFXRenderer::StartFrame(zx3D::FrameBuffer& frameBuffer) {
     return m_drawing->StartFrame(frameBuffer);
 }
 
+FrameStatistics BGFXRenderer::GetFrameStatistics() const {
+    return m_drawing->GetCounter().GetStatistics();
+}
+
 std::uint32_t BGFXRenderer::PresentCurrentAndSubmitNextFrame(bool capture) {
     std::uint32_t const frame = zx3D::Context::SubmitFrame(capture);
     LogDebug("--- [1] Presenting current frame [", frame, "] ---");

@@ -30,10 +30,17 @@ std::shared_ptr<FullscreenTriangle> CreateFullscreenTriangle() {
 } // namespace
 
 void Drawing::DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle texture) {
+    if (!Begin(GetProgram(Program::FullscreenTexture)))
+        return;
     std::vector<std::any>& resources = m_persistentResources[kFullscreenTriangle];
     if (resources.empty())
         resources.emplace_back(CreateFullscreenTriangle());
     auto const& triangle = *std::any_cast<std::shared_ptr<FullscreenTriangle> const&>(resources.front());
+
+    if (!triangle.vertexBuffer || !triangle.indexBuffer) {
+        resources.clear();
+        return m_counter.LeaveOut(LeftOutReason::NoBuffer);
+    }
 
     constexpr std::uint32_t samplerFlagsOfTexture = std::numeric_limits<std::uint32_t>::max();
     bgfx::setState(BGFX_STATE_WRITE_RGB | BGFX_STATE_WRITE_A);
@@ -41,6 +48,7 @@ void Drawing::DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle te
     bgfx::setIndexBuffer(triangle.indexBuffer.Get());
     bgfx::setTexture(0, GetUniform(Uniform::FullscreenTexture), texture, samplerFlagsOfTexture);
     bgfx::submit(viewId, GetProgram(Program::FullscreenTexture), 0, BGFX_DISCARD_ALL);
+    m_counter.AddPrimitives(1, 0);
 }
 
 void BGFXRenderer::DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle texture) const {

@@ -73,14 +73,18 @@ void FillVertices(zx3D::DataSpan<zx3D::Line const> lines, Vertex* vertex) {
 } // namespace
 
 void Drawing::DrawBasicLines(DrawCall const& call, Lines lines) {
+    if (!Begin(GetProgram(Program::StippledLine)))
+        return;
     bgfx::VertexLayout const& layout = VertexLayout();
     for (std::uint64_t first = 0; first < lines.count; first += kMaxLinesPerSubmission) {
         Lines const chunk(lines.data + first, std::min(lines.count - first, kMaxLinesPerSubmission));
         bgfx::TransientVertexBuffer vertexBuffer;
         bgfx::TransientIndexBuffer indexBuffer;
         // Without the space there is nothing to draw from; the last chunk may be small enough.
-        if (!AllocateTransient(layout, 2 * chunk.count, 2 * chunk.count, vertexBuffer, indexBuffer))
+        if (!AllocateTransient(layout, 2 * chunk.count, 2 * chunk.count, vertexBuffer, indexBuffer)) {
+            m_counter.LeaveOut(LeftOutReason::NoTransientSpace);
             continue;
+        }
         FillVertices(chunk, reinterpret_cast<Vertex*>(vertexBuffer.data));
         auto* const firstIndex = reinterpret_cast<std::uint16_t*>(indexBuffer.data);
         std::iota(firstIndex, firstIndex + 2 * chunk.count, std::uint16_t{0});
@@ -91,6 +95,7 @@ void Drawing::DrawBasicLines(DrawCall const& call, Lines lines) {
         SetTransform(call);
         bgfx::setState(call.state);
         bgfx::submit(call.view, GetProgram(Program::StippledLine), 0, BGFX_DISCARD_ALL);
+        m_counter.AddPrimitives(chunk.count, vertexBuffer.size + indexBuffer.size);
     }
 }
 

@@ -10,7 +10,7 @@
 namespace zarvex::zx3DQt {
 
 void Drawing::DrawBasicPoints(DrawCall const& call, Points points) {
-    if (points.IsEmpty())
+    if (points.IsEmpty() || !Begin(GetProgram(Program::Basic)))
         return;
     using Vertex = zx3D::Vertex::Pos3fColorRGBA;
     static bgfx::VertexLayout const* const layout = &Vertex::Layout();
@@ -19,13 +19,17 @@ void Drawing::DrawBasicPoints(DrawCall const& call, Points points) {
     bgfx::allocTransientVertexBuffer(&vertexBuffer, static_cast<std::uint32_t>(count), *layout);
     // Full, bgfx gives less space than asked for; or pretends to have more, where the rest cannot hold a
     // vertex.
-    if (vertexBuffer.size == 0 || vertexBuffer.size > count * sizeof(Vertex))
+    bool const hasNone = vertexBuffer.size == 0 || vertexBuffer.size > count * sizeof(Vertex);
+    if (hasNone || vertexBuffer.size < points.count * sizeof(Vertex))
+        m_counter.LeaveOut(LeftOutReason::NoTransientSpace);
+    if (hasNone)
         return;
     std::memcpy(vertexBuffer.data, points.data, vertexBuffer.size);
     bgfx::setState(call.state);
     bgfx::setVertexBuffer(0, &vertexBuffer);
     SetTransform(call);
     bgfx::submit(call.view, GetProgram(Program::Basic), 0, BGFX_DISCARD_ALL);
+    m_counter.AddPrimitives(vertexBuffer.size / sizeof(Vertex), vertexBuffer.size);
 }
 
 void BGFXRenderer::DrawPoints(BGFXViewContext const& view,

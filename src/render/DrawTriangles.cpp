@@ -11,14 +11,14 @@ namespace zarvex::zx3DQt {
 template<typename V>
 void Drawing::DrawTriangles(DrawCall const& call, zx3D::DataSpan<V const> vertices,
                             zx3D::DataSpan<std::uint16_t const> indices, bgfx::ProgramHandle program) {
-    if (vertices.IsEmpty() || indices.IsEmpty())
+    if (vertices.IsEmpty() || indices.IsEmpty() || !Begin(program))
         return;
     static bgfx::VertexLayout const* const layout = &V::Layout();
     bgfx::TransientVertexBuffer vertexBuffer;
     bgfx::TransientIndexBuffer indexBuffer;
     // Without the space there is nothing to draw from.
     if (!AllocateTransient(*layout, vertices.count, indices.count, vertexBuffer, indexBuffer))
-        return;
+        return m_counter.LeaveOut(LeftOutReason::NoTransientSpace);
     std::memcpy(vertexBuffer.data, vertices.data, vertexBuffer.size);
     std::memcpy(indexBuffer.data, indices.data, indexBuffer.size);
     bgfx::setState(call.state);
@@ -26,6 +26,7 @@ void Drawing::DrawTriangles(DrawCall const& call, zx3D::DataSpan<V const> vertic
     bgfx::setIndexBuffer(&indexBuffer);
     SetTransform(call);
     bgfx::submit(call.view, program, 0, BGFX_DISCARD_ALL);
+    m_counter.AddPrimitives(indices.count / 3, vertexBuffer.size + indexBuffer.size);
 }
 
 void BGFXRenderer::DrawTriangles(BGFXViewContext const& view,

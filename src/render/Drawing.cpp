@@ -6,6 +6,9 @@
 
 #include "../frame/Logging.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace zarvex::zx3DQt {
 
 namespace {
@@ -33,6 +36,15 @@ constexpr char const* kVec4Uniforms[] = {"u_lineStipple",     "u_lineStyle", "u_
                                          "u_depthOffsetBias"};
 static_assert(std::size(kVec4Uniforms) == IndexOf(Uniform::FullscreenTexture));
 
+/// Uniforms of the programs' shaders that are not among the renderer's: of a material and eight lights.
+constexpr std::uint32_t kUniformsOfShaders = 5 + 8 * 4;
+
+/// Buffers that each frame leaves to the application and to bgfx itself.
+constexpr std::uint32_t kBuffersOfOthers = 16;
+
+/// Buffers of sprites in all renderers, which share bgfx's.
+std::uint32_t buffersHeld = 0;
+
 } // namespace
 
 Drawing::Drawing(void const* renderer) : m_renderer(renderer) {
@@ -42,6 +54,7 @@ Drawing::Drawing(void const* renderer) : m_renderer(renderer) {
 
 Drawing::~Drawing() {
     CleanUp();
+    ReleaseFrameResources();
 }
 
 void Drawing::Initialize() {
@@ -50,6 +63,17 @@ void Drawing::Initialize() {
     LogDebug("Init BGFXRenderer [this: ", m_renderer, "]");
     InitUniforms();
     InitTextureSamplers();
+    if (!HasUniforms()) {
+        DestroyUniforms();
+        m_programs.fill(BGFX_INVALID_HANDLE);
+        m_noUniforms.Raise([] {
+            LogWarning("renderer.no-uniforms", [] {
+                return QString("The renderer draws nothing: bgfx has no uniforms left for its programs");
+            });
+        });
+        return;
+    }
+    m_noUniforms.Clear();
     InitPrograms();
     m_initialized = true;
 }
@@ -58,18 +82,56 @@ void Drawing::CleanUp() {
     if (!m_initialized)
         return;
     LogDebug("Destroying BGFXRenderer bgfx resources [this: ", m_renderer, "]");
+    DestroyUniforms();
+    m_initialized = false;
+}
+
+void Drawing::DestroyUniforms() {
     for (bgfx::UniformHandle& uniform : m_uniforms) {
         if (bgfx::isValid(uniform))
             bgfx::destroy(uniform);
         uniform = BGFX_INVALID_HANDLE;
     }
-    m_initialized = false;
+}
+
+bool Drawing::HasUniforms() const {
+    if (!std::all_of(m_uniforms.begin(), m_uniforms.end(),
+                     [](bgfx::UniformHandle uniform) { return bgfx::isValid(uniform); }))
+        return false;
+    // The programs' shaders name more, of materials and lights. bgfx's render thread crashes at a shader that
+    // it cannot give all of them. Programs are created once in a run of the context.
+    static zx3D::ContextRun programRun;
+    if (programRun.IsCurrent())
+        return true;
+    if (bgfx::getStats()->numUniforms + kUniformsOfShaders > bgfx::getCaps()->limits.maxUniforms)
+        return false;
+    programRun = zx3D::ContextRun::Current();
+    return true;
+}
+
+void Drawing::ReleaseFrameResources() {
+    m_frameResources.clear();
+    buffersHeld -= std::exchange(m_frameBuffers, 0);
+}
+
+void Drawing::CountBuffer() {
+    ++m_frameBuffers;
+    ++buffersHeld;
+}
+
+bool Drawing::MayTakeBuffers(std::uint32_t count) {
+    bgfx::Caps::Limits const& limits = bgfx::getCaps()->limits;
+    // Half of them: those of the frame before come back only with this one.
+    std::uint32_t const share = std::min(limits.maxVertexBuffers, limits.maxDynamicVertexBuffers) / 2;
+    return buffersHeld + count + kBuffersOfOthers <= share;
 }
 
 void Drawing::OnContextStopping() {
     CleanUp();
-    m_frameResources.clear();
+    ReleaseFrameResources();
     m_persistentResources.clear();
+    m_programs.fill(BGFX_INVALID_HANDLE); // they end with the context
+    m_pool = std::make_shared<BlockPool>();
 }
 
 void Drawing::InitUniforms() {
@@ -114,8 +176,14 @@ bool Drawing::StartFrame(zx3D::FrameBuffer& frameBuffer) {
     LogDebug("--- Starting next frame [(width,height):(", width, ",", height, ")] ---");
     Initialize();
     frameBuffer.SubmitOnDemand();
+    m_counter.StartFrame();
+    m_pool->StartFrame();
+    if (!bgfx::isValid(frameBuffer.GetHandle())) {
+        m_counter.LeaveOut(LeftOutReason::NoFrameBuffer);
+        return false;
+    }
     LogDebug("--- Cleaning up stale dynamic execution resource contexts (per frame data) ---");
-    m_frameResources.clear();
+    ReleaseFrameResources();
     LogDebug("--- Recording commands and pipeline states for next frame ---");
     return true;
 }

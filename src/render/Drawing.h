@@ -1,7 +1,9 @@
 // What is behind the renderer: its programs and uniforms, the buffers of a frame, and how things are drawn.
 #pragma once
 
+#include "BlockPool.h"
 #include "DrawCall.h"
+#include "FrameCounter.h"
 #include "FrameResources.h"
 #include "Programs.h"
 
@@ -18,6 +20,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 
 namespace zarvex::zx3DQt {
@@ -41,6 +44,8 @@ public:
 
     bgfx::ProgramHandle GetProgram(Program program) const { return m_programs[IndexOf(program)]; }
     bgfx::UniformHandle GetUniform(Uniform uniform) const { return m_uniforms[IndexOf(uniform)]; }
+
+    FrameCounter& GetCounter() { return m_counter; }
 
     // What each uniform is packed from, for the next submission.
     void UpdateLineStippleUniform(zx3D::LineStipplePattern const& stipple) const {
@@ -107,6 +112,27 @@ private:
     void SetTransform(DrawCall const& call) const { bgfx::setTransform(call.transform, 1); }
     QMatrix4x4 ModelViewProjection(DrawCall const& call) const;
 
+    /// Counts a call. False when it has no program: bgfx would draw with whatever it finds.
+    bool Begin(bgfx::ProgramHandle program) {
+        m_counter.AddCall();
+        if (bgfx::isValid(program))
+            return true;
+        m_counter.LeaveOut(LeftOutReason::NoProgram);
+        return false;
+    }
+
+    bool HasUniforms() const;
+    void DestroyUniforms();
+    void ReleaseFrameResources();
+
+    /// Whether a call may have so many buffers of its own.
+    static bool MayTakeBuffers(std::uint32_t count);
+    void CountBuffer();
+    /// Appends a resource with a buffer of so many vertices. Null when bgfx has none.
+    template<typename V>
+    DynamicBufferResource<V>* CreateBuffer(FrameResource kind, std::uint32_t count,
+                                           bgfx::VertexLayout const& layout, std::uint16_t flags);
+
     // `Kind` is one of the two kinds of sprites.
     template<typename Kind>
     void DrawSprites(DrawCall const& call, typename Kind::Sprites sprites, std::uint16_t size);
@@ -115,10 +141,12 @@ private:
     template<typename Kind>
     void DrawSpritesGPU(DrawCall const& call, typename Kind::Sprites sprites, std::uint16_t size);
     template<typename Kind>
-    void UpdateSpriteUniforms(DrawCall const& call, std::uint32_t count, std::uint16_t size) const;
+    void DrawSpritesWithoutBuffers(DrawCall const& call, typename Kind::Sprites sprites, std::uint16_t size);
     template<typename Kind>
-    void SubmitSprites(DrawCall const& call, std::uint32_t count, std::uint16_t size,
-                       bgfx::DynamicVertexBufferHandle vertices) const;
+    void UpdateSpriteUniforms(DrawCall const& call, std::uint32_t count, std::uint16_t size) const;
+    template<typename Kind, typename VertexBuffer>
+    void SubmitSprites(DrawCall const& call, std::uint32_t count, std::uint16_t size, VertexBuffer vertices,
+                       std::uint64_t bytes);
 
     void const* m_renderer;
     bool m_initialized = false;
@@ -127,6 +155,10 @@ private:
     // the programs are the factory's.
     std::array<bgfx::UniformHandle, IndexOf(Uniform::Count)> m_uniforms;
     std::array<bgfx::ProgramHandle, IndexOf(Program::Count)> m_programs;
+    FrameCounter m_counter;
+    zx3D::OncePerCause m_noUniforms;
+    std::shared_ptr<BlockPool> m_pool = std::make_shared<BlockPool>();
+    std::uint32_t m_frameBuffers = 0; ///< buffers in the store of the frame
     ResourceStore m_frameResources;
     ResourceStore m_persistentResources;
     std::map<std::uint32_t, QMatrix4x4> m_modelTransforms;

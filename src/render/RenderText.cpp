@@ -4,6 +4,7 @@
 #include <zx3D/Text.h>
 
 #include "../frame/ColorConversion.h"
+#include "Drawing.h"
 
 #include <QStringEncoder>
 #include <QVarLengthArray>
@@ -45,6 +46,7 @@ void BGFXRenderer::RenderText(BGFXViewContext const& view,
                               std::pair<QPointF const, int> const& positionAndDepth, QString const& text,
                               zx3D::FontHandle font, QColor const& color,
                               QFlags<Qt::AlignmentFlag> alignment) const {
+    m_drawing->GetCounter().AddCall();
     auto const& [position, depth] = positionAndDepth;
     zx3D::TextBufferHandle const buffer = zx3D::CreateTextBuffer(zx3D::TextBufferType::Transient, font);
     zx3D::SetPenPosition(buffer, static_cast<float>(position.x()), static_cast<float>(position.y()));

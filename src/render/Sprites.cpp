@@ -4,6 +4,7 @@
 #include "PointSpriteExpansion.h"
 #include "RectangleSpriteExpansion.h"
 #include "SpriteSubmission.h"
+#include "TransientBuffers.h"
 
 namespace zarvex::zx3DQt {
 
@@ -73,11 +74,24 @@ bgfx::VertexLayout const& VertexLayout() {
 }
 
 template<typename Kind>
-std::shared_ptr<typename Kind::Input[]> CopyInput(typename Kind::Sprites sprites) {
-    auto input = std::make_shared_for_overwrite<typename Kind::Input[]>(sprites.count);
+std::shared_ptr<typename Kind::Input[]> CopyInput(BlockPool& pool, typename Kind::Sprites sprites) {
+    auto input = TakeValues<typename Kind::Input>(pool, sprites.count);
     for (std::uint64_t i = 0; i < sprites.count; ++i)
         input[i] = Kind::ToInput(sprites.data[i]);
     return input;
+}
+
+template<typename Kind>
+void Expand(typename Kind::Sprites sprites, std::uint16_t size, DrawCall const& call,
+            QMatrix4x4 const& modelViewProjection, std::uint8_t* vertices) {
+    Kind::kExpand(sprites, modelViewProjection, call.view.GetViewport().size(), size,
+                  reinterpret_cast<typename Kind::Vertex*>(vertices));
+}
+
+/// Uninitialised memory for bgfx: from the pool where it is much.
+bgfx::Memory const* AllocateMemory(BlockPool& pool, std::size_t bytes) {
+    return bytes < BlockPool::kSmallestBlock ? bgfx::alloc(static_cast<std::uint32_t>(bytes))
+                                             : MakeSharedRef(pool.Take(bytes), bytes);
 }
 
 } // namespace
@@ -88,15 +102,28 @@ void Drawing::UpdateSpriteUniforms(DrawCall const& call, std::uint32_t count, st
     (this->*Kind::kUpdateUniform)(count, size);
 }
 
-template<typename Kind>
+template<typename Kind, typename VertexBuffer>
 void Drawing::SubmitSprites(DrawCall const& call, std::uint32_t count, std::uint16_t size,
-                            bgfx::DynamicVertexBufferHandle vertices) const {
+                            VertexBuffer vertices, std::uint64_t bytes) {
     bgfx::setState(call.state);
     bgfx::setVertexBuffer(0, vertices);
     UpdateSpriteUniforms<Kind>(call, count, size);
     if constexpr (Kind::kIsStippled)
         UpdateLineStippleUniform(call.stipple);
     bgfx::submit(call.view, GetProgram(Kind::kProgram), 0, BGFX_DISCARD_ALL);
+    m_counter.AddPrimitives(count, bytes);
+}
+
+template<typename V>
+DynamicBufferResource<V>* Drawing::CreateBuffer(FrameResource kind, std::uint32_t count,
+                                                bgfx::VertexLayout const& layout, std::uint16_t flags) {
+    zx3D::Owned buffer(bgfx::createDynamicVertexBuffer(count, layout, flags));
+    if (!buffer)
+        return nullptr;
+    CountBuffer();
+    auto& resource = Append<V>(m_frameResources, kind);
+    resource.vertexBuffer = std::move(buffer);
+    return &resource;
 }
 
 template<typename Kind>
@@ -105,53 +132,67 @@ void Drawing::DrawSpritesCPU(DrawCall const& call, typename Kind::Sprites sprite
     if (sprites.IsEmpty() || size == 0)
         return;
     auto const count = static_cast<std::uint32_t>(sprites.count);
-    auto& expanded = Append<Vertex>(m_frameResources, FrameResource::SpriteVertices);
-    expanded.vertexBuffer = zx3D::Owned(
-        bgfx::createDynamicVertexBuffer(Kind::kVertices * count, VertexLayout<Kind>(), BGFX_BUFFER_NONE));
-    if (!expanded.vertexBuffer) // bgfx has only so many, and would write beyond its records
-        return;
+    auto const* const expanded =
+        MayTakeBuffers(1) ? CreateBuffer<Vertex>(FrameResource::SpriteVertices, Kind::kVertices * count,
+                                                 VertexLayout<Kind>(), BGFX_BUFFER_NONE)
+                          : nullptr;
+    if (expanded == nullptr)
+        return DrawSpritesWithoutBuffers<Kind>(call, sprites, size);
 
     SetTransform(call);
     // Expanded in place: bgfx owns the memory, and nothing is copied again.
-    bgfx::Memory const* const vertices = bgfx::alloc(Kind::kVertices * count * sizeof(Vertex));
-    Kind::kExpand(sprites, ModelViewProjection(call), call.view.GetViewport().size(), size,
-                  reinterpret_cast<Vertex*>(vertices->data));
-    bgfx::update(expanded.vertexBuffer.Get(), 0, vertices);
-    SubmitSprites<Kind>(call, count, size, expanded.vertexBuffer.Get());
+    bgfx::Memory const* const vertices = AllocateMemory(*m_pool, Kind::kVertices * count * sizeof(Vertex));
+    Expand<Kind>(sprites, size, call, ModelViewProjection(call), vertices->data);
+    bgfx::update(expanded->vertexBuffer.Get(), 0, vertices);
+    SubmitSprites<Kind>(call, count, size, expanded->vertexBuffer.Get(), vertices->size);
 }
 
 template<typename Kind>
 void Drawing::DrawSpritesGPU(DrawCall const& call, typename Kind::Sprites sprites, std::uint16_t size) {
+    using Input = typename Kind::Input;
     if (sprites.IsEmpty() || size == 0)
         return;
     auto const count = static_cast<std::uint32_t>(sprites.count);
-    auto& input = Append<typename Kind::Input>(m_frameResources, Kind::kInput);
-    input.vertices = CopyInput<Kind>(sprites);
-    input.vertexBuffer =
-        zx3D::Owned(bgfx::createDynamicVertexBuffer(count, InputLayout<Kind>(), BGFX_BUFFER_COMPUTE_READ));
-    if (!input.vertexBuffer)
-        return;
-    bgfx::update(input.vertexBuffer.Get(), 0, MakeSharedRef(input.vertices, count));
+    auto* const input = MayTakeBuffers(2) ? CreateBuffer<Input>(Kind::kInput, count, InputLayout<Kind>(),
+                                                                BGFX_BUFFER_COMPUTE_READ)
+                                          : nullptr;
+    if (input == nullptr)
+        return DrawSpritesWithoutBuffers<Kind>(call, sprites, size);
+    input->vertices = CopyInput<Kind>(*m_pool, sprites);
+    bgfx::update(input->vertexBuffer.Get(), 0, MakeSharedRef(input->vertices, count));
 
-    auto& output = Append<typename Kind::Vertex>(m_frameResources, Kind::kOutput);
-    output.vertexBuffer = zx3D::Owned(bgfx::createDynamicVertexBuffer(
-        Kind::kVertices * count, VertexLayout<Kind>(), BGFX_BUFFER_COMPUTE_WRITE));
-    if (!output.vertexBuffer)
-        return;
+    auto const* const output = CreateBuffer<typename Kind::Vertex>(
+        Kind::kOutput, Kind::kVertices * count, VertexLayout<Kind>(), BGFX_BUFFER_COMPUTE_WRITE);
+    if (output == nullptr)
+        return DrawSpritesWithoutBuffers<Kind>(call, sprites, size);
 
     SetTransform(call);
     UpdateSpriteUniforms<Kind>(call, count, size);
-    bgfx::setBuffer(0, input.vertexBuffer.Get(), bgfx::Access::Read);
-    bgfx::setBuffer(1, output.vertexBuffer.Get(), bgfx::Access::Write);
+    bgfx::setBuffer(0, input->vertexBuffer.Get(), bgfx::Access::Read);
+    bgfx::setBuffer(1, output->vertexBuffer.Get(), bgfx::Access::Write);
     bgfx::dispatch(call.view, GetProgram(Kind::kComputeProgram), GroupCount(count), 1, 1, BGFX_DISCARD_ALL);
     // With the uniforms again: the dispatch has used them up.
-    SubmitSprites<Kind>(call, count, size, output.vertexBuffer.Get());
+    SubmitSprites<Kind>(call, count, size, output->vertexBuffer.Get(), count * sizeof(Input));
+}
+
+/// The way out where bgfx has no more buffers: all such calls share the frame's transient one.
+template<typename Kind>
+void Drawing::DrawSpritesWithoutBuffers(DrawCall const& call, typename Kind::Sprites sprites,
+                                        std::uint16_t size) {
+    auto const count = static_cast<std::uint32_t>(sprites.count);
+    bgfx::TransientVertexBuffer vertices;
+    if (!AllocateTransient(VertexLayout<Kind>(), Kind::kVertices * count, vertices))
+        return m_counter.LeaveOut(LeftOutReason::NoTransientSpace);
+    m_counter.AddWithoutOwnBuffers();
+    SetTransform(call);
+    Expand<Kind>(sprites, size, call, ModelViewProjection(call), vertices.data);
+    SubmitSprites<Kind>(call, count, size, &vertices, vertices.size);
 }
 
 template<typename Kind>
 void Drawing::DrawSprites(DrawCall const& call, typename Kind::Sprites sprites, std::uint16_t size) {
     bgfx::Caps const* const caps = bgfx::getCaps();
-    if (caps == nullptr)
+    if (caps == nullptr || !Begin(GetProgram(Kind::kProgram)))
         return;
     bool const hasCompute = (caps->supported & BGFX_CAPS_COMPUTE) != 0;
     ForEachSubmission(sprites, [&](typename Kind::Sprites part) {

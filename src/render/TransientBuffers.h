@@ -24,4 +24,15 @@ inline bool AllocateTransient(bgfx::VertexLayout const& layout, std::uint64_t ve
                                        static_cast<std::uint32_t>(indexCount));
 }
 
+/// The same for vertices alone.
+inline bool AllocateTransient(bgfx::VertexLayout const& layout, std::uint32_t vertexCount,
+                              bgfx::TransientVertexBuffer& vertices) {
+    // Full, bgfx offers less space than asked for; or pretends to have more, where the rest cannot hold a
+    // vertex.
+    if (bgfx::getAvailTransientVertexBuffer(vertexCount, layout) != vertexCount)
+        return false;
+    bgfx::allocTransientVertexBuffer(&vertices, vertexCount, layout);
+    return true;
+}
+
 } // namespace zarvex::zx3DQt

@@ -38,6 +38,8 @@ void Start(State& state, bgfx::Init const& init) {
     uint32_t const vertexBytes = init.limits.*kTransientVbSize<InitLimits>;
     uint32_t const indexBytes = init.limits.*kTransientIbSize<InitLimits>;
     Running& running = *state.running;
+    running.vertexBuffers = Table<bgfx::VertexBufferHandle>(state.settings.vertexBuffers);
+    running.dynamicVertexBuffers = Table<bgfx::DynamicVertexBufferHandle>(state.settings.vertexBuffers);
     running.transientVertices.Create(vertexBytes, running.vertexBuffers.Reserve().idx);
     running.transientIndices.Create(indexBytes, running.indexBuffers.Reserve().idx);
     state.caps.limits.*kTransientVbSize<CapsLimits> = vertexBytes;

@@ -136,6 +136,8 @@ void State::UpdateCaps() {
     caps.limits.maxViews = 256;
     caps.limits.maxFBAttachments = 8;
     caps.limits.maxUniforms = 512;
+    caps.limits.maxVertexBuffers = settings.vertexBuffers;
+    caps.limits.maxDynamicVertexBuffers = settings.vertexBuffers;
     std::fill(std::begin(caps.formats), std::end(caps.formats), uint16_t(UINT16_MAX));
 }
 

@@ -4,6 +4,7 @@
 #include "WithoutCompute.h"
 
 #include <zx3D/BgfxVersion.h>
+#include <harness/Trouble.h>
 
 #include <array>
 
@@ -22,6 +23,7 @@ protected:
 
     void CheckAMillionLargePoints();
     void CheckManyWideLines();
+    void CheckFramesOfManyCalls(int calls);
 };
 
 /// A colour for the n-th of a million shapes, that of the next ones another.
@@ -179,6 +181,45 @@ void DrawLimitsTest::CheckManyWideLines() {
         EXPECT_TRUE(Matches(ReadBack(targets[frame].GetFrameBuffer()), expected[frame], kExact)) << frame;
 }
 
+/// More calls than there are buffers for, frame after frame: each gives the same picture and the same counts.
+void DrawLimitsTest::CheckFramesOfManyCalls(int calls) {
+    ExpectWarning("draw.shared-buffer");
+    QImage expected = FilledImage(QSize(kWidth, kHeight), Qt::black);
+    for (int i = 0; i < calls; ++i)
+        Fill(expected, QRect(i % 100 * 10, i / 100 * 10, 4, 2), ColorOf(i * 7));
+    zx3DQt::FrameStatistics first;
+    for (int frame = 0; frame < 4; ++frame) {
+        StartFrame();
+        zx3DQt::BGFXViewContext const view = SubmitPixelView();
+        for (int i = 0; i < calls; ++i) {
+            auto const x = static_cast<float>(i % 100 * 10);
+            float const y = static_cast<float>(i / 100 * 10) + 1.0f;
+            zx3D::Line const line[] = {{{x, y, 0.5f}, {x + 4.0f, y, 0.5f}, ToColor(ColorOf(i * 7))}};
+            m_renderer.DrawLines(view, line, 2.0f);
+        }
+        EXPECT_TRUE(Matches(Present(), expected, kExact)) << "frame " << frame;
+        zx3DQt::FrameStatistics const statistics = m_renderer.GetFrameStatistics();
+        EXPECT_EQ(statistics.primitives, static_cast<std::uint64_t>(calls));
+        EXPECT_EQ(statistics.CountLeftOut(), 0u);
+        if (frame == 0)
+            first = statistics;
+        EXPECT_EQ(statistics.withoutOwnBuffers, first.withoutOwnBuffers) << "frame " << frame;
+    }
+}
+
+TEST_P(DrawLimitsTest, FiveThousandWideLineCallsDrawTheSameInEveryFrame) {
+    CheckFramesOfManyCalls(5000);
+}
+
+TEST_P(DrawLimitsTest, NineThousandWideLineCallsDrawTheSameInEveryFrame) {
+    CheckFramesOfManyCalls(9000);
+}
+
+TEST_P(DrawLimitsTest, NineThousandWideLineCallsDrawTheSameInEveryFrameWithoutCompute) {
+    WithoutCompute const withoutCompute;
+    CheckFramesOfManyCalls(9000);
+}
+
 TEST_P(DrawLimitsTest, ThousandsOfWideLineCallsInEachFrame) {
     CheckManyWideLines();
 }
@@ -189,6 +230,7 @@ TEST_P(DrawLimitsTest, ThousandsOfWideLineCallsInEachFrameWithoutCompute) {
 }
 
 TEST_P(DrawLimitsTest, LinesThatNoLongerFitAreLeftOut) {
+    ExpectWarning("draw.no-transient-space");
     // A call is drawn in chunks, of which the last and smaller one finds room after others have found none.
     constexpr int linesOfAChunk = 32768;
     int const bytesOfALine = 2 * zx3D::Vertex::Pos3fColorRGBA::Layout().getStride();
@@ -214,6 +256,7 @@ TEST_P(DrawLimitsTest, LinesThatNoLongerFitAreLeftOut) {
 }
 
 TEST_P(DrawLimitsTest, MeshesThatNoLongerFitAreLeftOut) {
+    ExpectWarning("draw.no-transient-space");
     constexpr int count = 15;
     int const bytesOfABand = Band::kVertices * zx3D::Vertex::Pos3fColorRGBA::Layout().getStride();
     int const fitting =

@@ -8,7 +8,8 @@
 <<<<<<< HEAD
 #include <PrivateMember.h>
 #include <Warnings.h>
-=======
+    == == ==
+    =
 >>>>>>> bc4388e (Take drawing out of the renderer: one call record, one algorithm for two kinds of sprites)
 
 #include <any>
@@ -16,7 +17,7 @@
 #include <memory>
 #include <optional>
 
-using namespace zarvex;
+        using namespace zarvex;
 using namespace zarvex::zx3DQt;
 using testing::Contains;
 using testing::ElementsAre;

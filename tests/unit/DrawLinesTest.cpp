@@ -1,5 +1,6 @@
 // Lines: thin ones in submissions of 16-bit indices, which of them are wide, and strips.
 #include <DrawFixture.h>
+#include <Warnings.h>
 
 #include <QVector3D>
 
@@ -243,6 +244,7 @@ TEST_F(DrawLinesTest, EverySubmissionOfManyLinesHasTheWholeOfTheCallsSettings) {
 }
 
 TEST_F(DrawLinesTest, VerticesThatDoNotFitAreLeftOutAndLaterOnesDrawn) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(2 * kBytesPerLine, 1000);
     m_renderer->DrawLines(m_view, NumberedLines(3));
     EXPECT_THAT(recorder::CallTexts(), ElementsAre("allocTransientBuffers(6, 28, 6, false)"));
@@ -251,6 +253,7 @@ TEST_F(DrawLinesTest, VerticesThatDoNotFitAreLeftOutAndLaterOnesDrawn) {
 }
 
 TEST_F(DrawLinesTest, IndicesThatDoNotFitAreLeftOutAndLaterOnesDrawn) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(1000, 10);
     m_renderer->DrawLines(m_view, NumberedLines(3));
     EXPECT_THAT(recorder::CallTexts(), ElementsAre("allocTransientBuffers(6, 28, 6, false)"));
@@ -270,6 +273,7 @@ TEST_F(DrawLinesTest, AFullFrameDrawsNothingMoreAndTheNextOneDoes) {
 }
 
 TEST_F(DrawLinesTest, OfManyLinesThoseSubmissionsAreDrawnThatFit) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(40000 * kBytesPerLine, 1 << 20); // the first and the last of three
     m_renderer->DrawLines(m_view, NumberedLines(70000));
     std::vector<recorder::Draw> const draws = recorder::Draws();

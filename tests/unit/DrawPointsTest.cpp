@@ -1,6 +1,7 @@
 // Points: single pixels in one submission, and from which size on they become sprites.
 #include <DrawFixture.h>
 #include <DrawingOf.h>
+#include <Warnings.h>
 
 #include <array>
 #include <cstring>
@@ -162,6 +163,7 @@ TEST_F(DrawPointsTest, AMillionPointsAreOneSubmission) {
 }
 
 TEST_F(DrawPointsTest, OfPointsThatDoNotAllFitThoseAreDrawnThatDo) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(100, 100); // three points and 16 bytes
     std::vector<Vertex> points(5);
     for (std::size_t i = 0; i < points.size(); ++i)
@@ -174,6 +176,7 @@ TEST_F(DrawPointsTest, OfPointsThatDoNotAllFitThoseAreDrawnThatDo) {
 }
 
 TEST_F(DrawPointsTest, PointsOfWhichNoneFitsAreLeftOut) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(100, 100);
     m_renderer->DrawPoints(m_view, std::vector<Vertex>(3));
     recorder::ClearCalls();
@@ -182,6 +185,7 @@ TEST_F(DrawPointsTest, PointsOfWhichNoneFitsAreLeftOut) {
 }
 
 TEST_F(DrawPointsTest, PointsWhoseAlignmentDoesNotFitAreLeftOut) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(83, 100); // the next point would start at 84
     Fill(80);
     m_renderer->DrawPoints(m_view, m_points);

@@ -1,5 +1,6 @@
 // Triangles: what is submitted for unlit and for lit ones.
 #include <DrawFixture.h>
+#include <Warnings.h>
 
 #include <array>
 
@@ -131,6 +132,7 @@ TEST_F(DrawTrianglesTest, CapabilitiesAreNotAskedFor) {
 }
 
 TEST_F(DrawTrianglesTest, VerticesThatDoNotFitAreLeftOutAndLaterOnesDrawn) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(3 * sizeof(Vertex), 1000);
     std::vector<Vertex> const many(4);
     m_renderer->DrawTriangles(m_view, many, m_indices);
@@ -140,6 +142,7 @@ TEST_F(DrawTrianglesTest, VerticesThatDoNotFitAreLeftOutAndLaterOnesDrawn) {
 }
 
 TEST_F(DrawTrianglesTest, IndicesThatDoNotFitAreLeftOutAndLaterOnesDrawn) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(1000, 4 * sizeof(std::uint16_t));
     std::vector<std::uint16_t> const many(5);
     m_renderer->DrawTriangles(m_view, m_vertices, many);
@@ -235,6 +238,7 @@ TEST_F(DrawLitTrianglesTest, TakesTheGivenTransformOrTheCurrentOne) {
 }
 
 TEST_F(DrawLitTrianglesTest, WhatDoesNotFitIsLeftOutAndLaterOnesDrawn) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(2 * sizeof(LitVertex), 1000);
     std::vector<LitVertex> const many(3);
     m_renderer->DrawTriangles(m_view, many, m_indices);

@@ -6,6 +6,8 @@
 #include "../../src/render/RectangleSpriteExpansion.h"
 #include "../../src/render/SpriteSubmission.h"
 
+#include <Warnings.h>
+
 #include <zx3DQt/Library.h>
 
 #include <array>
@@ -189,11 +191,12 @@ TEST_P(SpriteResourcesTest, TwoThousandCallsInAFrameHaveTheirBuffers) {
     EXPECT_EQ(BuffersAlive(), 0u);
 }
 
-TEST_P(SpriteResourcesTest, WithoutABufferNothingIsDrawnUntilThereAreBuffersAgain) {
+TEST_P(SpriteResourcesTest, WithoutABufferTransientSpaceIsUsedUntilThereAreBuffersAgain) {
+    ExpectWarning("draw.shared-buffer");
     ASSERT_TRUE(StartFrame());
     TakeAllBuffersBut(0);
     Draw();
-    ExpectNothingDrawn();
+    EXPECT_EQ(TheDraw().vertexBuffer, "transient");
     GiveBack(m_taken.size());
     m_renderer->PresentCurrentAndSubmitNextFrame(false);
     ASSERT_TRUE(StartFrame());
@@ -210,9 +213,77 @@ TEST_P(SpriteResourcesTest, TheLastBuffersAreUsed) {
     GiveBack(m_taken.size());
 }
 
-TEST_P(SpriteResourcesTest, AFailureLeavesNothingBoundForTheNextDraw) {
+TEST_P(SpriteResourcesTest, WithoutABufferTheVerticesAreTheSame) {
+    ExpectWarning("draw.shared-buffer");
+    DisableCompute();
+    Draw();
+    std::vector<std::byte> const expected = TheDraw().vertices;
     TakeAllBuffersBut(0);
     Draw();
+    EXPECT_EQ(TheDraw().vertices, expected);
+    EXPECT_EQ(TheDraw().state, std::uint64_t(BGFXRenderer::STATE_OPAQUE));
+    GiveBack(m_taken.size());
+}
+
+TEST_P(SpriteResourcesTest, EveryFrameOfMoreCallsThanBuffersIsTheSame) {
+    constexpr int kCalls = 300;
+    Configure([](recorder::Settings& settings) { settings.vertexBuffers = 200; });
+    RestartWithTransientSpace(1 << 20, 1 << 20);
+    if (!GetParam().areComputed)
+        DisableCompute();
+    std::optional<FrameStatistics> first;
+    for (int frame = 0; frame < 6; ++frame) {
+        ASSERT_TRUE(StartFrame());
+        recorder::ClearCalls();
+        for (int i = 0; i < kCalls; ++i)
+            Draw(float(i));
+        FrameStatistics const statistics = m_renderer->GetFrameStatistics();
+        first = first.value_or(statistics);
+        EXPECT_EQ(recorder::CountCalls("submit"), std::size_t(kCalls)) << "frame " << frame;
+        EXPECT_EQ(statistics.primitives, std::uint64_t(kCalls));
+        EXPECT_EQ(statistics.withoutOwnBuffers, first->withoutOwnBuffers) << "frame " << frame;
+        EXPECT_EQ(statistics.CountLeftOut(), 0u);
+        m_renderer->PresentCurrentAndSubmitNextFrame(false);
+    }
+    EXPECT_EQ(first->withoutOwnBuffers, kCalls - (200 / 2 - 16) / GetParam().BuffersPerCall());
+    EXPECT_THAT(TakeWarnings("draw.shared-buffer"), SizeIs(1)) << "once per cause";
+}
+
+TEST_P(SpriteResourcesTest, RenderersShareTheBuffersSoThatTheirFramesStayTheSame) {
+    Configure([](recorder::Settings& settings) { settings.vertexBuffers = 200; });
+    RestartWithTransientSpace(1 << 20, 1 << 20);
+    if (!GetParam().areComputed)
+        DisableCompute();
+    ExpectWarning("draw.shared-buffer");
+    BGFXRenderer other;
+    zx3D::FrameBuffer target(nullptr, bgfx::TextureFormat::RGBA8, bgfx::TextureFormat::D16);
+    target.RequestResize(10, 10);
+    std::array<zx3D::Line, 1> const line{};
+    std::vector<std::uint32_t> ofTheOther;
+    for (int frame = 0; frame < 4; ++frame) {
+        ASSERT_TRUE(StartFrame());
+        for (int i = 0; i < 30; ++i)
+            Draw(float(i));
+        m_renderer->PresentCurrentAndSubmitNextFrame(false);
+        ASSERT_TRUE(other.StartFrame(target));
+        for (int i = 0; i < 100; ++i)
+            other.DrawLines(m_view, line, 3.0f);
+        ofTheOther.push_back(other.GetFrameStatistics().withoutOwnBuffers);
+        other.PresentCurrentAndSubmitNextFrame(false);
+        EXPECT_EQ(m_renderer->GetFrameStatistics().withoutOwnBuffers, 0u);
+    }
+    EXPECT_THAT(ofTheOther, testing::Each(ofTheOther.front()));
+}
+
+TEST_P(SpriteResourcesTest, AFailureLeavesNothingBoundForTheNextDraw) {
+    ExpectWarning("draw.no-transient-space");
+    RestartWithTransientSpace(100, 100);
+    if (!GetParam().areComputed)
+        DisableCompute();
+    TakeAllBuffersBut(0);
+    Draw();
+    ExpectNothingDrawn();
+    EXPECT_EQ(m_renderer->GetFrameStatistics().CountLeftOut(LeftOutReason::NoTransientSpace), 1u);
     std::array<zx3D::Vertex::Pos3fColorRGBA, 1> const points{};
     m_renderer->DrawPoints(m_view, points);
     EXPECT_THAT(TheDraw().uniforms, IsEmpty());
@@ -256,11 +327,12 @@ TEST_P(SpriteInputTest, TheContextsEndReleasesIt) {
     EXPECT_TRUE(input.expired());
 }
 
-TEST_P(SpriteInputTest, WithABufferForItAloneNothingIsDrawn) {
+TEST_P(SpriteInputTest, WithABufferForItAloneTransientSpaceIsUsed) {
+    ExpectWarning("draw.shared-buffer");
     ASSERT_TRUE(StartFrame());
     TakeAllBuffersBut(1);
     Draw();
-    ExpectNothingDrawn();
+    EXPECT_EQ(TheDraw().vertexBuffer, "transient");
     GiveBack(m_taken.size());
     m_renderer->PresentCurrentAndSubmitNextFrame(false);
     ASSERT_TRUE(StartFrame());

@@ -20,6 +20,8 @@
 
 #include <gmock/gmock.h>
 
+#include <vector>
+
 namespace zarvex::testing {
 
 namespace {

@@ -20,7 +20,9 @@ static_assert(sizeof(Line) == 40, "start, end and colour follow each other witho
 
 /// A repeating on/off pattern along a line, counted in pixels from its start.
 ///
-/// Pixel d of the line is drawn when bit (d / factor) mod 16 of `pattern` is set; bit 0 is the first.
+/// Pixel d of the line is drawn when bit (d / factor) mod 16 of `pattern` is set; bit 0 is the first. d is
+/// the distance from the line's start to the pixel's centre, plus 1/128 of a pixel, rounded down: distances
+/// that are whole but for rounding errors count as whole, so that backends agree.
 struct LineStipplePattern {
     std::uint16_t pattern = 0xFFFF; ///< the 16-bit mask; bit set = pixel drawn
     std::uint8_t factor = 1;        ///< pixels that each bit covers
