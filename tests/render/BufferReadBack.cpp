@@ -1,7 +1,9 @@
 // From the buffer to a texture, to one that the processor may read, to memory.
 #include "BufferReadBack.h"
 
-#include "EmbeddedShaders.h"
+#include <zx3D/ProgramFactory.h>
+
+#include <zx3d_render_tests_shaders.h>
 
 namespace zarvex::testing {
 
@@ -11,22 +13,13 @@ constexpr std::uint16_t kTextureWidth = 1024;
 constexpr std::uint32_t kGroupSize = 64;
 constexpr bgfx::TextureFormat::Enum kFormat = bgfx::TextureFormat::RGBA32F;
 
-bgfx::ProgramHandle CreateCopyProgram() {
-    zx3D::EmbeddedShader const& shader = *zx3D::FindEmbeddedShader("cs_copy_to_texture");
-    bool const isOpenGL = bgfx::getRendererType() == bgfx::RendererType::OpenGL;
-    std::span<std::uint8_t const> const binary = isOpenGL ? shader.openGL : shader.vulkan;
-    constexpr bool ownsShader = true;
-    return bgfx::createProgram(
-        bgfx::createShader(bgfx::makeRef(binary.data(), static_cast<std::uint32_t>(binary.size()))),
-        ownsShader);
-}
-
 } // namespace
 
 std::vector<QVector4D> ReadBack(bgfx::DynamicVertexBufferHandle buffer, std::uint32_t count,
                                 bgfx::ViewId viewAfter) {
     auto const height = static_cast<std::uint16_t>((count + kTextureWidth - 1) / kTextureWidth);
-    bgfx::ProgramHandle const program = CreateCopyProgram();
+    bgfx::ProgramHandle const program =
+        zx3D::ProgramFactory::Get().CreateProgram(zx3d_render_tests_shaders::cs_copy_to_texture).value();
     bgfx::UniformHandle const countUniform = bgfx::createUniform("u_copyCount", bgfx::UniformType::Vec4);
     bgfx::TextureHandle const copy =
         bgfx::createTexture2D(kTextureWidth, height, false, 1, kFormat, BGFX_TEXTURE_COMPUTE_WRITE);
@@ -48,7 +41,6 @@ std::vector<QVector4D> ReadBack(bgfx::DynamicVertexBufferHandle buffer, std::uin
     bgfx::destroy(readable);
     bgfx::destroy(copy);
     bgfx::destroy(countUniform);
-    bgfx::destroy(program);
     values.resize(count);
     return values;
 }

@@ -38,12 +38,14 @@ TEST_F(CommandLineTest, WritesSourceAndDepfile) {
     m_files.Write("part.glsl", "\n");
     m_files.Write("vs_good.vert", std::string("#include \"part.glsl\"\n") + kGoodShader);
 
-    EXPECT_EQ(Run("--output vs_good.cpp --depfile vs_good.d vs_good.vert"), 0);
+    EXPECT_EQ(Run("--namespace app_shaders --output vs_good.cpp --depfile vs_good.d vs_good.vert"), 0);
 
     EXPECT_THAT(StandardError(), IsEmpty());
     auto const source = m_files.Read("vs_good.cpp");
     EXPECT_THAT(source, StartsWith("// Generated"));
-    EXPECT_THAT(source, HasSubstr("EmbeddedShader const vs_good = {\"vs_good\", kOpenGL, kVulkan};"));
+    EXPECT_THAT(source,
+                HasSubstr("zarvex::zx3D::EmbeddedShader const vs_good = {\"vs_good\", kOpenGL, kVulkan};"));
+    EXPECT_THAT(source, HasSubstr("namespace app_shaders {"));
     auto const folder = m_files.Folder().string();
     EXPECT_EQ(m_files.Read("vs_good.d"),
               folder + "/vs_good.cpp: \\\n  " + folder + "/vs_good.vert \\\n  " + folder + "/part.glsl\n");
@@ -92,7 +94,7 @@ TEST_F(CommandLineTest, UnwritableOutputIsReported) {
 
 TEST_F(CommandLineTest, HelpExplainsTheUsage) {
     EXPECT_EQ(Run("--help"), 0);
-    EXPECT_THAT(StandardOutput(), StartsWith("Usage: zx3d_shader_compiler"));
+    EXPECT_THAT(StandardOutput(), HasSubstr("Usage: zx3d_shader_compiler"));
     EXPECT_THAT(StandardError(), IsEmpty());
 }
 
@@ -102,13 +104,13 @@ TEST_F(CommandLineTest, WrongUsageHasItsOwnStatus) {
         char const* arguments;
         char const* message;
     } const rows[] = {
-        {"", "no source given"},
-        {"good.vert", "--output is missing"},
-        {"--output good.cpp", "no source given"},
-        {"--output good.cpp good.vert good.vert", "more than one source given"},
-        {"--output", "--output needs a value"},
-        {"--colour red --output good.cpp good.vert", "unknown option '--colour'"},
-        {"--stage geometry --output good.cpp good.vert", "'geometry' is not a stage"},
+        {"", "SOURCE is required"},
+        {"good.vert", "--output is required"},
+        {"--output good.cpp", "SOURCE is required"},
+        {"--output good.cpp good.vert good.vert", "not expected: good.vert"},
+        {"good.vert --output", "--output: 1 required"},
+        {"--colour red --output good.cpp good.vert", "--colour"},
+        {"--stage geometry --output good.cpp good.vert", "geometry not in {vertex,fragment,compute}"},
         {"--output good.cpp good.txt", "names no stage"},
         {"--output good.cpp not-a-name.vert", "'not-a-name' cannot be the name of a shader"},
         {"--vertex good.vert --output good.cpp good.vert", "--vertex is for fragment shaders"},

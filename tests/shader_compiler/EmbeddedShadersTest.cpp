@@ -1,6 +1,7 @@
 // The library's own shaders, as the build embeds them.
-#include "EmbeddedShaders.h"
 #include "ParsedContainer.h"
+
+#include <zx3d_shader_compiler_test_shaders.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -54,11 +55,12 @@ constexpr std::string_view kShaders[] = {
 };
 
 EmbeddedShader const& Find(std::string_view name) {
-    auto const* const shader = FindEmbeddedShader(name);
-    if (shader == nullptr) {
-        throw std::runtime_error("no shader " + std::string(name));
+    for (auto const* const shader : zx3d_shader_compiler_test_shaders::kAll) {
+        if (shader->name == name) {
+            return *shader;
+        }
     }
-    return *shader;
+    throw std::runtime_error("no shader " + std::string(name));
 }
 
 std::vector<std::string> UniformNames(std::string_view name) {
@@ -88,9 +90,9 @@ TEST_P(EmbeddedShaderTest, IsThereForBothBackends) {
 INSTANTIATE_TEST_SUITE_P(All, EmbeddedShaderTest, testing::ValuesIn(kShaders),
                          [](auto const& row) { return std::string(row.param); });
 
-TEST(EmbeddedShadersTest, UnknownNameFindsNothing) {
-    EXPECT_EQ(FindEmbeddedShader("vs_basi"), nullptr);
-    EXPECT_EQ(FindEmbeddedShader(""), nullptr);
+TEST(EmbeddedShadersTest, HeaderNamesEachShaderAndAllOfThem) {
+    EXPECT_EQ(zx3d_shader_compiler_test_shaders::vs_basic.name, "vs_basic");
+    EXPECT_EQ(std::size(zx3d_shader_compiler_test_shaders::kAll), std::size(kShaders));
 }
 
 TEST(EmbeddedShadersTest, StagesOfEachProgramMatch) {

@@ -150,7 +150,7 @@ void main() {
     // bgfx replaces exactly the first 13 bytes.
     auto const text = ParseContainer(shader.openGL).Text();
     EXPECT_THAT(text, StartsWith("#version 430\n"));
-    EXPECT_THAT(text, HasSubstr("layout(std430, binding = 1)"));
+    EXPECT_THAT(text, HasSubstr("layout(binding = 1, std430)"));
     auto const words = ParseContainer(shader.vulkan).Words();
     EXPECT_TRUE(IsValidSpirv(words));
     EXPECT_THAT(Bindings(words), ElementsAre(0, 2, 3, 6));

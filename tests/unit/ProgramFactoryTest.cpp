@@ -17,6 +17,14 @@ namespace {
 
 using ProgramFactoryTest = ContextFixture;
 
+// As zx3dqt_add_shaders embeds them: all that matters here is the stage, and that they differ.
+constexpr std::uint8_t kVertexBinary[] = {'V', 'S', 'H', 11, 1};
+constexpr std::uint8_t kFragmentBinary[] = {'F', 'S', 'H', 11, 1};
+constexpr std::uint8_t kComputeBinary[] = {'C', 'S', 'H', 11, 1};
+constexpr EmbeddedShader kOwnVertexShader{"vs_basic", kVertexBinary, kVertexBinary};
+constexpr EmbeddedShader kOwnFragmentShader{"fs_basic", kFragmentBinary, kFragmentBinary};
+constexpr EmbeddedShader kOwnComputeShader{"cs_own", kComputeBinary, kComputeBinary};
+
 constexpr std::pair<std::string_view, std::string_view> kGraphicsPrograms[] = {
     {"vs_basic", "fs_basic"},
     {"vs_lighting", "fs_lighting"},
@@ -53,6 +61,35 @@ TEST_F(ProgramFactoryTest, CreatesEachProgramOnce) {
     auto const second = ProgramFactory::Get().CreateProgram("vs_basic", "fs_basic");
     EXPECT_EQ(first->idx, second->idx);
     EXPECT_THAT(recorder::Calls(), IsEmpty());
+}
+
+TEST_F(ProgramFactoryTest, MakesProgramsOfTheApplicationsShaders) {
+    auto const program = ProgramFactory::Get().CreateProgram(kOwnVertexShader, kOwnFragmentShader);
+    auto const compute = ProgramFactory::Get().CreateProgram(kOwnComputeShader);
+    ASSERT_TRUE(program && compute);
+    EXPECT_TRUE(bgfx::isValid(*program));
+    EXPECT_TRUE(bgfx::isValid(*compute));
+    recorder::ClearCalls();
+    EXPECT_EQ(ProgramFactory::Get().CreateProgram(kOwnVertexShader, kOwnFragmentShader)->idx, program->idx);
+    EXPECT_EQ(ProgramFactory::Get().CreateProgram(kOwnComputeShader)->idx, compute->idx);
+    EXPECT_THAT(recorder::Calls(), IsEmpty());
+    Context::Shutdown();
+    EXPECT_THAT(recorder::Leaks(), IsEmpty());
+}
+
+TEST_F(ProgramFactoryTest, TheApplicationsShadersMayHaveTheNamesOfTheLibrarys) {
+    auto const own = ProgramFactory::Get().CreateProgram(kOwnVertexShader, kOwnFragmentShader);
+    auto const librarys = ProgramFactory::Get().CreateProgram("vs_basic", "fs_basic");
+    ASSERT_TRUE(own && librarys);
+    EXPECT_NE(own->idx, librarys->idx);
+}
+
+TEST_F(ProgramFactoryTest, AnApplicationsShaderOfAnotherStageGivesNothingAndIsNamed) {
+    EXPECT_FALSE(ProgramFactory::Get().CreateProgram(kOwnComputeShader, kOwnFragmentShader).has_value());
+    EXPECT_FALSE(ProgramFactory::Get().CreateProgram(kOwnVertexShader).has_value());
+    EXPECT_THAT(m_callback.traces,
+                ElementsAre(HasSubstr("\"cs_own\" is of another stage"), HasSubstr("\"vs_basic\"")));
+    EXPECT_THAT(recorder::Alive(), IsEmpty());
 }
 
 TEST_F(ProgramFactoryTest, UnknownShadersGiveNothingAndAreNamed) {

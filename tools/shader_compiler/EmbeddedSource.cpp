@@ -35,17 +35,17 @@ std::string EscapeForMake(std::filesystem::path const& path) {
 
 } // namespace
 
-std::string MakeEmbeddedSource(std::string const& name, CompiledShader const& shader) {
+std::string MakeEmbeddedSource(std::string const& space, std::string const& name,
+                               CompiledShader const& shader) {
     return "// Generated from the shader source of the same name; changes here are lost.\n"
-           "#include \"EmbeddedShaders.h\"\n\n"
-           "namespace zarvex::zx3D::EmbeddedShaders {\n\n"
-           "namespace {\n\n" +
-           FormatArray("kOpenGL", shader.openGL) + FormatArray("kVulkan", shader.vulkan) +
+           "#include <zx3D/EmbeddedShader.h>\n\n"
+           "namespace " +
+           space + " {\n\nnamespace {\n\n" + FormatArray("kOpenGL", shader.openGL) +
+           FormatArray("kVulkan", shader.vulkan) +
            "} // namespace\n\n"
-           "extern EmbeddedShader const " +
-           name + ";\nconstinit EmbeddedShader const " + name + " = {\"" + name +
-           "\", kOpenGL, kVulkan};\n\n"
-           "} // namespace zarvex::zx3D::EmbeddedShaders\n";
+           "extern zarvex::zx3D::EmbeddedShader const " +
+           name + ";\nconstinit zarvex::zx3D::EmbeddedShader const " + name + " = {\"" + name +
+           "\", kOpenGL, kVulkan};\n\n} // namespace " + space + "\n";
 }
 
 std::string MakeDepfile(std::filesystem::path const& target, CompiledShader const& shader) {

@@ -1,4 +1,4 @@
-// Writes compiled shaders as C++ source to be linked into a library.
+// Writes compiled shaders as C++ source to be linked into a program or library.
 #pragma once
 
 #include "ShaderCompilation.h"
@@ -8,8 +8,9 @@
 
 namespace zarvex::zx3D::ShaderCompiler {
 
-/// The text of a C++ source that defines `EmbeddedShaders::<name>`, an EmbeddedShader with both containers.
-std::string MakeEmbeddedSource(std::string const& name, CompiledShader const& shader);
+/// The text of a C++ source that defines `<space>::<name>`, a zx3D::EmbeddedShader with both containers.
+std::string MakeEmbeddedSource(std::string const& space, std::string const& name,
+                               CompiledShader const& shader);
 
 /// The text of a depfile in Make's syntax: `target` depends on every file of the shader.
 std::string MakeDepfile(std::filesystem::path const& target, CompiledShader const& shader);

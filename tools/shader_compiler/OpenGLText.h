@@ -1,18 +1,17 @@
-// Turns authored GLSL into the text that an OpenGL driver compiles.
+// From SPIR-V to the text that an OpenGL driver compiles.
 #pragma once
 
 #include "ShaderStage.h"
-#include "SourceText.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
 
 namespace zarvex::zx3D::ShaderCompiler {
 
-/// The GLSL version of a stage's OpenGL text. Graphics shaders run wherever OpenGL 3.3 does; compute shaders
-/// are an addition of 4.3.
-int OpenGLVersion(ShaderStage stage);
-
-/// Puts the version line in front and takes away what that version does not know: locations of variables
-/// between the stages, and bindings. Locations of vertex attributes and of fragment outputs stay. Comments
-/// go, line breaks stay.
-SourceText MakeOpenGLText(SourceText const& source, ShaderStage stage);
+/// GLSL of OpenGLVersion(stage), made of SPIR-V for OpenGL: loose uniforms without locations, and in 3.30
+/// without bindings and locations between stages. Its first line is the version and nothing else. Throws
+/// std::exception when the shader cannot be said in that version.
+std::string MakeOpenGLText(std::vector<std::uint32_t> spirv, ShaderStage stage);
 
 } // namespace zarvex::zx3D::ShaderCompiler

@@ -1,15 +1,17 @@
 // The steps of a compilation, in order.
 #include "ShaderCompilation.h"
 
-#include "GlslangFrontEnd.h"
-#include "OpenGLCheck.h"
+#include "GlslCompilation.h"
 #include "OpenGLText.h"
+#include "SamplerSeparation.h"
 #include "ShaderContainer.h"
-#include "SourceText.h"
-#include "SpirvCompilation.h"
+#include "ShaderReflection.h"
+#include "SourceFiles.h"
 #include "StageMatch.h"
-#include "VulkanText.h"
 
+#include <spirv-tools/libspirv.hpp>
+
+#include <exception>
 #include <span>
 #include <utility>
 
@@ -17,58 +19,81 @@ namespace zarvex::zx3D::ShaderCompiler {
 
 namespace {
 
+using Spirv = std::vector<std::uint32_t>;
+
 std::span<std::uint8_t const> AsBytes(std::string const& text) {
     return {reinterpret_cast<std::uint8_t const*>(text.data()), text.size()};
 }
 
 /// SPIR-V is a stream of words; the machine that compiles has to be little endian like the container.
-std::span<std::uint8_t const> AsBytes(std::vector<std::uint32_t> const& words) {
+std::span<std::uint8_t const> AsBytes(Spirv const& words) {
     return {reinterpret_cast<std::uint8_t const*>(words.data()), words.size() * sizeof(std::uint32_t)};
 }
 
+/// Compiles for Vulkan and reflects. The module still has its combined samplers.
+std::optional<Spirv> CompileAndReflect(std::filesystem::path const& path, ShaderStage stage,
+                                       SourceFiles& files, ShaderInterface& interface,
+                                       Diagnostics& diagnostics) {
+    auto spirv = CompileToSpirv(path, stage, Target::Vulkan, files, diagnostics);
+    if (spirv) {
+        interface = ReflectShader(*spirv, stage, files, diagnostics);
+    }
+    return diagnostics.HasErrors() ? std::nullopt : spirv;
+}
+
 bool MatchVertexShader(std::filesystem::path const& path, CompilationOptions const& options,
-                       SourceText const& fragmentSource, CompiledShader& fragment, Diagnostics& diagnostics) {
-    auto loaded = LoadSource(path, options.includeDirectories, diagnostics);
-    if (!loaded) {
+                       SourceFiles const& fragmentFiles, CompiledShader& fragment, Diagnostics& diagnostics) {
+    SourceFiles files(options.includeDirectories);
+    ShaderInterface vertex;
+    if (!CompileAndReflect(path, ShaderStage::Vertex, files, vertex, diagnostics)) {
         return false;
     }
-    auto const vertex = CompileToSpirv(MakeVulkanText(loaded->source), ShaderStage::Vertex, diagnostics);
-    if (!vertex) {
-        return false;
-    }
-    fragment.files.insert(fragment.files.end(), loaded->files.begin(), loaded->files.end());
-    return MatchStages(vertex->interface.outputs, path, fragment.interface.inputs, fragmentSource,
-                       diagnostics);
+    auto const paths = files.Paths();
+    fragment.files.insert(fragment.files.end(), paths.begin(), paths.end());
+    return MatchStages(vertex.outputs, path, fragment.interface.inputs, fragmentFiles, diagnostics);
+}
+
+bool IsValid(Spirv const& words, std::string const& name, Diagnostics& diagnostics) {
+    spvtools::SpirvTools tools(SPV_ENV_VULKAN_1_0);
+    tools.SetMessageConsumer(
+        [&](spv_message_level_t, char const*, spv_position_t const&, char const* message) {
+            diagnostics.Error({name, 1}, std::string("generated SPIR-V is invalid: ") + message);
+        });
+    return tools.Validate(words);
 }
 
 } // namespace
 
-std::optional<CompiledShader> CompileShader(CompilationOptions const& options, Diagnostics& diagnostics) {
+std::optional<CompiledShader> CompileShader(CompilationOptions const& options, Diagnostics& diagnostics) try {
     GlslangProcess const process;
-    auto loaded = LoadSource(options.source, options.includeDirectories, diagnostics);
-    if (!loaded) {
-        return std::nullopt;
-    }
-    auto spirv = CompileToSpirv(MakeVulkanText(loaded->source), options.stage, diagnostics);
-    if (!spirv) {
-        return std::nullopt;
-    }
-    auto const openGLText = MakeOpenGLText(loaded->source, options.stage);
-    if (!CheckOpenGLText(openGLText, options.stage, diagnostics)) {
-        return std::nullopt;
-    }
-
+    SourceFiles files(options.includeDirectories);
+    auto const name = options.source.string();
     CompiledShader result;
-    result.openGL = WriteShaderContainer(options.stage, spirv->interface, AsBytes(openGLText.text));
-    result.vulkan = WriteShaderContainer(options.stage, spirv->interface, AsBytes(spirv->words));
-    result.interface = std::move(spirv->interface);
-    result.files = std::move(loaded->files);
+    auto const vulkan =
+        CompileAndReflect(options.source, options.stage, files, result.interface, diagnostics);
+    auto const openGL =
+        vulkan ? CompileToSpirv(options.source, options.stage, Target::OpenGL, files, diagnostics)
+               : std::nullopt;
+    if (!openGL) {
+        return std::nullopt;
+    }
+    auto const separated = SeparateSamplers(*vulkan);
+    auto const text = MakeOpenGLText(*openGL, options.stage);
+    if (!IsValid(separated, name, diagnostics) || !CheckOpenGLText(text, name, options.stage, diagnostics)) {
+        return std::nullopt;
+    }
+    result.openGL = WriteShaderContainer(options.stage, result.interface, AsBytes(text));
+    result.vulkan = WriteShaderContainer(options.stage, result.interface, AsBytes(separated));
+    result.files = files.Paths();
     for (auto const& path : options.vertexShaders) {
-        if (!MatchVertexShader(path, options, loaded->source, result, diagnostics)) {
+        if (!MatchVertexShader(path, options, files, result, diagnostics)) {
             return std::nullopt;
         }
     }
     return result;
+} catch (std::exception const& error) { // SPIRV-Cross's way of saying no
+    diagnostics.Error({options.source.string(), 1}, error.what());
+    return std::nullopt;
 }
 
 } // namespace zarvex::zx3D::ShaderCompiler

@@ -1,21 +1,24 @@
-// Turns glslang's reflection into bgfx's terms.
+// Turns SPIRV-Cross's reflection into bgfx's terms.
 #include "ShaderReflection.h"
 
+#include "GlslCompilation.h"
 #include "SpirvBinding.h"
-#include "Tokenizer.h"
 #include "VertexAttribute.h"
-#include "VulkanText.h"
 
-#include <glslang/Include/Types.h>
-#include <glslang/Public/ShaderLang.h>
+#include <spirv_cross.hpp>
 
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <string_view>
+#include <utility>
 
 namespace zarvex::zx3D::ShaderCompiler {
 
 namespace {
+
+using spirv_cross::Resource;
+using spirv_cross::SPIRType;
 
 constexpr std::uint16_t kRegisterSize = 16;
 constexpr std::uint16_t kStorageImageDescriptor = 3;
@@ -36,61 +39,85 @@ bool IsBound(UniformEntry const& entry) {
     return entry.type == UniformType::Sampler || entry.type == UniformType::End;
 }
 
-std::string WithoutArraySuffix(std::string const& name) {
-    return name.substr(0, name.find('['));
-}
-
-TextureDimension DimensionOf(glslang::TSampler const& type) {
-    switch (type.dim) {
-    case glslang::Esd1D:
-        return type.arrayed ? TextureDimension::None : TextureDimension::Dimension1D;
-    case glslang::Esd2D:
-        return type.arrayed ? TextureDimension::Dimension2DArray : TextureDimension::Dimension2D;
-    case glslang::EsdCube:
-        return type.arrayed ? TextureDimension::DimensionCubeArray : TextureDimension::DimensionCube;
-    case glslang::Esd3D:
+TextureDimension DimensionOf(SPIRType::ImageType const& image) {
+    switch (image.dim) {
+    case spv::Dim1D:
+        return image.arrayed ? TextureDimension::None : TextureDimension::Dimension1D;
+    case spv::Dim2D:
+        return image.arrayed ? TextureDimension::Dimension2DArray : TextureDimension::Dimension2D;
+    case spv::DimCube:
+        return image.arrayed ? TextureDimension::DimensionCubeArray : TextureDimension::DimensionCube;
+    case spv::Dim3D:
         return TextureDimension::Dimension3D;
     default:
         return TextureDimension::None;
     }
 }
 
-TextureComponent ComponentOf(glslang::TSampler const& type) {
-    if (type.shadow) {
-        return TextureComponent::Depth;
+/// The type of a loose uniform and how many vec4 registers one of it takes; none when it is of another type.
+UniformEntry EntryOfType(SPIRType const& type) {
+    UniformEntry entry;
+    if (type.basetype == SPIRType::Float && type.columns == 1 && type.vecsize == 4) {
+        entry.type = UniformType::Vec4;
+        entry.registerCount = 1;
+    } else if (type.basetype == SPIRType::Float && type.columns == 3 && type.vecsize == 3) {
+        entry.type = UniformType::Mat3;
+        entry.registerCount = 3;
+    } else if (type.basetype == SPIRType::Float && type.columns == 4 && type.vecsize == 4) {
+        entry.type = UniformType::Mat4;
+        entry.registerCount = 4;
     }
-    switch (type.type) {
-    case glslang::EbtInt:
-        return TextureComponent::Int;
-    case glslang::EbtUint:
-        return TextureComponent::Uint;
-    default:
-        return TextureComponent::Float;
-    }
+    return entry;
 }
 
-std::string InterpolationOf(glslang::TQualifier const& qualifier) {
-    return qualifier.flat ? "flat" : qualifier.nopersp ? "noperspective" : "smooth";
+/// The name of a scalar, vector or matrix type in GLSL, with the number of elements of an array.
+std::string TypeName(SPIRType const& type) {
+    struct {
+        SPIRType::BaseType base;
+        char const* scalar;
+        char const* prefix;
+    } static constexpr kNames[] = {{SPIRType::Float, "float", ""},
+                                   {SPIRType::Double, "double", "d"},
+                                   {SPIRType::Int, "int", "i"},
+                                   {SPIRType::UInt, "uint", "u"}};
+    auto const found =
+        std::ranges::find(kNames, type.basetype, &std::ranges::range_value_t<decltype(kNames)>::base);
+    std::string name = "struct";
+    if (found != std::end(kNames)) {
+        auto const size = std::to_string(type.vecsize);
+        name = type.columns > 1   ? found->prefix + ("mat" + std::to_string(type.columns)) + "x" + size
+               : type.vecsize > 1 ? found->prefix + ("vec" + size)
+                                  : found->scalar;
+    }
+    for (auto const size : type.array) {
+        name += "[" + std::to_string(size) + "]";
+    }
+    return name;
 }
 
 class Reflector {
 public:
-    Reflector(glslang::TProgram& program, ShaderStage stage, SourceText const& source,
+    Reflector(std::vector<std::uint32_t> const& spirv, ShaderStage stage, SourceFiles const& files,
               Diagnostics& diagnostics)
-        : m_program(program),
+        : m_compiler(spirv),
           m_stage(stage),
-          m_source(source),
-          m_diagnostics(diagnostics),
-          m_tokens(Tokenize(source.text)) {}
+          m_files(files),
+          m_diagnostics(diagnostics) {}
 
     ShaderInterface Run() {
-        m_program.buildReflection(EShReflectionIntermediateIO | EShReflectionSeparateBuffers |
-                                  EShReflectionAllBlockVariables | EShReflectionAllIOVariables);
-        ReflectUniformBlocks();
-        ReflectUniforms();
-        ReflectBuffers();
+        auto const used = m_compiler.get_shader_resources(m_compiler.get_active_interface_variables());
+        ForEach(used.uniform_buffers, &Reflector::ReflectUniformBlock);
+        ForEach(used.sampled_images, &Reflector::ReflectTexture);
+        ForEach(used.separate_images, &Reflector::RejectTexture);
+        ForEach(used.separate_samplers, &Reflector::RejectTexture);
+        ForEach(used.storage_images, &Reflector::ReflectImage);
+        ForEach(used.storage_buffers, &Reflector::ReflectBuffer);
         KeepBlockUpToDate();
-        ReflectStageVariables();
+
+        // The stages have to agree on unused variables, too.
+        auto const declared = m_compiler.get_shader_resources();
+        m_interface.inputs = StageVariables(declared.stage_inputs);
+        m_interface.outputs = StageVariables(declared.stage_outputs);
         if (m_stage == ShaderStage::Vertex) {
             CheckVertexAttributes();
         }
@@ -98,153 +125,115 @@ public:
     }
 
 private:
+    template<typename Resources>
+    void ForEach(Resources const& resources, void (Reflector::*reflect)(Resource const&)) {
+        for (auto const& resource : resources) {
+            (this->*reflect)(resource);
+        }
+    }
+
     void Error(std::string const& name, std::string const& message) {
-        auto const declared = std::ranges::find(m_tokens, name, &Token::text);
-        auto const offset = declared == m_tokens.end() ? 0 : declared->offset;
-        m_diagnostics.Error(m_source.LocationOfOffset(offset), "'" + name + "' : " + message);
+        m_diagnostics.Error(m_files.FindDeclaration(name), "'" + name + "' : " + message);
     }
 
-    void ReflectUniformBlocks() {
-        for (int index = 0; index < m_program.getNumUniformBlocks(); ++index) {
-            auto const& block = m_program.getUniformBlock(index);
-            if (block.name != kUniformBlockName) {
-                Error(block.name, "uniform blocks are not supported; declare loose uniforms");
-            } else if (block.size > std::numeric_limits<std::uint16_t>::max() - 2 * kRegisterSize) {
-                Error(block.name, "the uniforms take more than 64 KiB");
-            } else {
-                auto const registers = (block.size + kRegisterSize - 1) / kRegisterSize;
-                m_interface.uniformBlockSize = static_cast<std::uint16_t>(registers * kRegisterSize);
-                m_blockIndex = index;
-            }
-        }
-    }
-
-    void ReflectUniforms() {
-        for (int index = 0; index < m_program.getNumUniformVariables(); ++index) {
-            auto const& uniform = m_program.getUniform(index);
-            if (uniform.getType()->getBasicType() == glslang::EbtSampler) {
-                ReflectOpaqueUniform(uniform);
-            } else if (uniform.index == m_blockIndex) {
-                ReflectLooseUniform(uniform);
-            }
-        }
-    }
-
-    void ReflectLooseUniform(glslang::TObjectReflection const& uniform) {
-        auto const name = WithoutArraySuffix(uniform.name);
-        if (auto const dot = name.find('.'); dot != std::string::npos) {
-            Error(name.substr(0, dot), "a uniform of a structure type is not supported");
+    void ReflectUniformBlock(Resource const& block) {
+        if (block.name != kUniformBlockName) {
+            Error(block.name, "uniform blocks are not supported; declare loose uniforms");
             return;
         }
-        auto const& type = *uniform.getType();
+        auto const& type = m_compiler.get_type(block.base_type_id);
+        auto const registers =
+            (m_compiler.get_declared_struct_size(type) + kRegisterSize - 1) / kRegisterSize;
+        if (registers > std::numeric_limits<std::uint16_t>::max() / kRegisterSize - 1) {
+            m_diagnostics.Error(m_files.FindDeclaration(m_compiler.get_member_name(block.base_type_id, 0)),
+                                "the uniforms take more than 64 KiB");
+            return;
+        }
+        m_interface.uniformBlockSize = static_cast<std::uint16_t>(registers * kRegisterSize);
+        for (std::uint32_t index = 0; index < type.member_types.size(); ++index) {
+            ReflectLooseUniform(block, type, index);
+        }
+    }
+
+    void ReflectLooseUniform(Resource const& block, SPIRType const& blockType, std::uint32_t index) {
+        auto const name = m_compiler.get_member_name(block.base_type_id, index);
+        auto const& type = m_compiler.get_type(blockType.member_types[index]);
         auto entry = EntryOfType(type);
-        if (!entry) {
-            Error(name, "a uniform of type " + TypeName(type) +
-                            " is not supported; use vec4, mat3 or mat4, or an array of vec4");
+        auto const size = type.array.empty() ? 1 : type.array[0];
+        if (entry.registerCount == 0 || type.array.size() > 1 ||
+            size > std::numeric_limits<std::uint8_t>::max() ||
+            (size > 1 && entry.type != UniformType::Vec4)) {
+            Error(name, "a uniform has to be a vec4, mat3 or mat4, or an array of at most 255 vec4");
             return;
         }
-        if (uniform.size > std::numeric_limits<std::uint8_t>::max() ||
-            (uniform.size > 1 && entry->type != UniformType::Vec4)) {
-            Error(name, "only arrays of at most 255 vec4 are supported");
-            return;
-        }
-        entry->name = name;
-        entry->arraySize = static_cast<std::uint8_t>(std::max(uniform.size, 1));
-        entry->registerIndex = static_cast<std::uint16_t>(uniform.offset);
-        entry->registerCount = static_cast<std::uint16_t>(entry->registerCount * entry->arraySize);
-        Add(std::move(*entry));
+        entry.name = name;
+        entry.arraySize = static_cast<std::uint8_t>(size);
+        entry.registerIndex =
+            static_cast<std::uint16_t>(m_compiler.type_struct_member_offset(blockType, index));
+        entry.registerCount = static_cast<std::uint16_t>(entry.registerCount * size);
+        Add(std::move(entry));
     }
 
-    static std::optional<UniformEntry> EntryOfType(glslang::TType const& type) {
+    void ReflectTexture(Resource const& texture) {
+        auto const& type = m_compiler.get_type(texture.type_id);
+        auto entry = EntryOfImage(type);
+        if (entry.dimension == TextureDimension::None || entry.dimension == TextureDimension::Dimension1D ||
+            type.image.ms || !type.array.empty()) {
+            RejectTexture(texture);
+            return;
+        }
+        entry.type = UniformType::Sampler;
+        entry.isShadow = type.image.depth;
+        if (entry.isShadow) {
+            entry.component = TextureComponent::Depth;
+        }
+        AddBound(std::move(entry), texture);
+    }
+
+    void RejectTexture(Resource const& texture) {
+        Error(texture.name,
+              "a texture has to be a sampler2D, sampler2DArray, sampler3D or samplerCube, and no array");
+    }
+
+    void ReflectImage(Resource const& image) {
+        auto const& type = m_compiler.get_type(image.type_id);
+        auto entry = EntryOfImage(type);
+        if (entry.dimension == TextureDimension::None || type.image.ms || !type.array.empty()) {
+            Error(image.name,
+                  "an image has to be an image2D, image2DArray, image3D or imageCube, and no array");
+            return;
+        }
+        entry.isReadOnly = m_compiler.has_decoration(image.id, spv::DecorationNonWritable);
+        AddUnordered(std::move(entry), image, kStorageImageDescriptor);
+    }
+
+    void ReflectBuffer(Resource const& buffer) {
         UniformEntry entry;
-        if (type.getBasicType() != glslang::EbtFloat) {
-            return std::nullopt;
-        }
-        if (!type.isMatrix() && type.getVectorSize() == 4) {
-            entry.type = UniformType::Vec4;
-            entry.registerCount = 1;
-        } else if (type.getMatrixCols() == 3 && type.getMatrixRows() == 3) {
-            entry.type = UniformType::Mat3;
-            entry.registerCount = 3;
-        } else if (type.getMatrixCols() == 4 && type.getMatrixRows() == 4) {
-            entry.type = UniformType::Mat4;
-            entry.registerCount = 4;
-        } else {
-            return std::nullopt;
-        }
+        entry.isReadOnly = m_compiler.get_buffer_block_flags(buffer.id).get(spv::DecorationNonWritable);
+        AddUnordered(std::move(entry), buffer, kStorageBufferDescriptor);
+    }
+
+    UniformEntry EntryOfImage(SPIRType const& type) const {
+        UniformEntry entry;
+        auto const sampled = m_compiler.get_type(type.image.type).basetype;
+        entry.component = sampled == SPIRType::Int    ? TextureComponent::Int
+                          : sampled == SPIRType::UInt ? TextureComponent::Uint
+                                                      : TextureComponent::Float;
+        entry.dimension = DimensionOf(type.image);
         return entry;
     }
 
-    void ReflectOpaqueUniform(glslang::TObjectReflection const& uniform) {
-        auto const name = WithoutArraySuffix(uniform.name);
-        auto const& type = uniform.getType()->getSampler();
-        if (type.isPureSampler()) {
-            CheckSeparateSampler(name);
-        } else if (uniform.getType()->isArray() || uniform.size > 1) {
-            Error(name, "arrays of samplers or images are not supported");
-        } else if (type.isImage()) {
-            ReflectImage(name, uniform);
-        } else if (type.isCombined() || DimensionOf(type) == TextureDimension::None) {
-            Error(name, "a uniform of type " + std::string(type.getString()) +
-                            " is not supported; use sampler2D, sampler2DArray, sampler3D or samplerCube");
-        } else {
-            ReflectTexture(name, uniform);
-        }
-    }
-
-    /// A sampler of its own has no texture that bgfx could bind it with.
-    void CheckSeparateSampler(std::string const& name) {
-        auto const suffix = SeparateSamplerName("");
-        if (!name.ends_with(suffix)) {
-            Error(name, "a sampler without a texture is not supported; use sampler2D and the like");
-        }
-    }
-
-    void ReflectTexture(std::string const& name, glslang::TObjectReflection const& uniform) {
-        auto const& type = uniform.getType()->getSampler();
-        UniformEntry entry;
-        entry.name = name;
-        entry.type = UniformType::Sampler;
-        entry.isShadow = type.shadow;
-        entry.component = ComponentOf(type);
-        entry.dimension = DimensionOf(type);
-        AddBound(std::move(entry), uniform.getBinding());
-    }
-
-    void ReflectImage(std::string const& name, glslang::TObjectReflection const& uniform) {
-        auto const& type = uniform.getType()->getSampler();
-        UniformEntry entry;
-        entry.name = name;
+    /// Storage, which a shader may read and write in any order.
+    void AddUnordered(UniformEntry entry, Resource const& resource, std::uint16_t descriptor) {
         entry.type = UniformType::End;
-        entry.isReadOnly = uniform.getType()->getQualifier().isReadOnly();
         entry.arraySize = 0;
-        entry.registerCount = kStorageImageDescriptor;
-        entry.component = ComponentOf(type);
-        entry.dimension = DimensionOf(type);
-        AddBound(std::move(entry), uniform.getBinding());
+        entry.registerCount = descriptor;
+        AddBound(std::move(entry), resource);
     }
 
-    void ReflectBuffers() {
-        for (int index = 0; index < m_program.getNumBufferBlocks(); ++index) {
-            auto const& buffer = m_program.getBufferBlock(index);
-            UniformEntry entry;
-            entry.name = WithoutArraySuffix(buffer.name);
-            entry.type = UniformType::End;
-            entry.isReadOnly = AreMembersReadOnly(*buffer.getType());
-            entry.arraySize = 0;
-            entry.registerCount = kStorageBufferDescriptor;
-            AddBound(std::move(entry), buffer.getBinding());
-        }
-    }
-
-    static bool AreMembersReadOnly(glslang::TType const& block) {
-        return block.getQualifier().isReadOnly() ||
-               std::ranges::all_of(*block.getStruct(), [](glslang::TTypeLoc const& member) {
-                   return member.type->getQualifier().isReadOnly();
-               });
-    }
-
-    void AddBound(UniformEntry entry, int binding) {
+    void AddBound(UniformEntry entry, Resource const& resource) {
+        entry.name = resource.name;
+        auto const binding = m_compiler.get_decoration(resource.id, spv::DecorationBinding);
         if (binding < kResourceBindingShift || binding >= kResourceBindingShift + kStageCount) {
             Error(entry.name, "needs layout(binding = 0) to layout(binding = 15)");
             return;
@@ -285,36 +274,26 @@ private:
             static_cast<std::uint16_t>(m_interface.uniformBlockSize + kRegisterSize);
     }
 
-    void ReflectStageVariables() {
-        for (int index = 0; index < m_program.getNumPipeInputs(); ++index) {
-            AddStageVariable(m_interface.inputs, m_program.getPipeInput(index));
-        }
-        for (int index = 0; index < m_program.getNumPipeOutputs(); ++index) {
-            AddStageVariable(m_interface.outputs, m_program.getPipeOutput(index));
-        }
-        std::ranges::sort(m_interface.inputs, {}, &StageVariable::location);
-        std::ranges::sort(m_interface.outputs, {}, &StageVariable::location);
-    }
-
-    void AddStageVariable(std::vector<StageVariable>& variables, glslang::TObjectReflection const& variable) {
-        auto const& type = *variable.getType();
-        auto const name = WithoutArraySuffix(variable.name);
-        if (type.isBuiltIn() || name.starts_with("gl_")) {
-            return;
-        }
-        if (type.getBasicType() == glslang::EbtBlock) {
-            // gl_Position and its siblings are a block, too.
-            if (!std::string_view(type.getTypeName().c_str()).starts_with("gl_")) {
-                Error(type.getTypeName().c_str(), "blocks between stages are not supported");
+    template<typename Resources>
+    std::vector<StageVariable> StageVariables(Resources const& resources) {
+        std::vector<StageVariable> variables;
+        for (Resource const& resource : resources) {
+            if (m_compiler.has_decoration(resource.base_type_id, spv::DecorationBlock)) {
+                Error(resource.name, "blocks between stages are not supported");
+                continue;
             }
-            return;
+            auto const has = [&](spv::Decoration decoration) {
+                return m_compiler.has_decoration(resource.id, decoration);
+            };
+            variables.push_back(
+                {resource.name, TypeName(m_compiler.get_type(resource.type_id)),
+                 has(spv::DecorationFlat)            ? "flat"
+                 : has(spv::DecorationNoPerspective) ? "noperspective"
+                                                     : "smooth",
+                 static_cast<int>(m_compiler.get_decoration(resource.id, spv::DecorationLocation))});
         }
-        auto typeName = TypeName(type);
-        if (type.isArray()) {
-            typeName += "[" + std::to_string(type.getCumulativeArraySize()) + "]";
-        }
-        variables.push_back({name, typeName, InterpolationOf(type.getQualifier()),
-                             static_cast<int>(type.getQualifier().layoutLocation)});
+        std::ranges::sort(variables, {}, &StageVariable::location);
+        return variables;
     }
 
     void CheckVertexAttributes() {
@@ -326,31 +305,18 @@ private:
         }
     }
 
-    /// The name of a scalar, vector or matrix type in GLSL; array sizes are left out.
-    static std::string TypeName(glslang::TType const& type) {
-        auto const scalar = std::string(type.getBasicTypeString().c_str());
-        auto const prefix = type.getBasicType() == glslang::EbtFloat ? "" : scalar.substr(0, 1);
-        if (type.isMatrix()) {
-            return prefix + "mat" + std::to_string(type.getMatrixCols()) + "x" +
-                   std::to_string(type.getMatrixRows());
-        }
-        return type.getVectorSize() > 1 ? prefix + "vec" + std::to_string(type.getVectorSize()) : scalar;
-    }
-
-    glslang::TProgram& m_program;
+    spirv_cross::Compiler m_compiler;
     ShaderStage m_stage;
-    SourceText const& m_source;
+    SourceFiles const& m_files;
     Diagnostics& m_diagnostics;
-    std::vector<Token> m_tokens;
     ShaderInterface m_interface;
-    int m_blockIndex = -1;
 };
 
 } // namespace
 
-ShaderInterface ReflectShader(glslang::TProgram& program, ShaderStage stage, SourceText const& source,
-                              Diagnostics& diagnostics) {
-    return Reflector(program, stage, source, diagnostics).Run();
+ShaderInterface ReflectShader(std::vector<std::uint32_t> const& spirv, ShaderStage stage,
+                              SourceFiles const& files, Diagnostics& diagnostics) {
+    return Reflector(spirv, stage, files, diagnostics).Run();
 }
 
 } // namespace zarvex::zx3D::ShaderCompiler

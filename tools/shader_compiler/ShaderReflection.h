@@ -4,20 +4,16 @@
 #include "Diagnostic.h"
 #include "ShaderInterface.h"
 #include "ShaderStage.h"
-#include "SourceText.h"
+#include "SourceFiles.h"
 
-namespace glslang {
-class TProgram;
-}
+#include <cstdint>
+#include <vector>
 
 namespace zarvex::zx3D::ShaderCompiler {
 
-/// The name of the block that gathers the loose uniforms.
-inline constexpr char const* kUniformBlockName = "zx3D_Uniforms";
-
-/// Reflects a linked program of one stage whose bindings are assigned. Adds an error, at the variable's line,
-/// for each uniform, sampler, buffer or vertex attribute of a kind that bgfx does not know.
-ShaderInterface ReflectShader(glslang::TProgram& program, ShaderStage stage, SourceText const& source,
-                              Diagnostics& diagnostics);
+/// Reflects SPIR-V for Vulkan with its combined samplers. Adds an error, at the variable's line, for each
+/// uniform, sampler, buffer or vertex attribute of a kind that bgfx does not know.
+ShaderInterface ReflectShader(std::vector<std::uint32_t> const& spirv, ShaderStage stage,
+                              SourceFiles const& files, Diagnostics& diagnostics);
 
 } // namespace zarvex::zx3D::ShaderCompiler

@@ -9,8 +9,8 @@ namespace zarvex::zx3D::ShaderCompiler {
 
 /// Textures, buffers and images of bgfx stage n are at binding n + 2, after the two uniform blocks.
 inline constexpr std::uint16_t kResourceBindingShift = 2;
-/// The sampler of a texture is 16 bindings after it.
-inline constexpr std::uint16_t kSamplerBindingShift = 18;
+/// The sampler of a texture is this many bindings after it.
+inline constexpr std::uint16_t kSamplerBindingOffset = 16;
 /// bgfx has this many texture, buffer and image stages.
 inline constexpr int kStageCount = 16;
 

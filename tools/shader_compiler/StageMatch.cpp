@@ -1,8 +1,6 @@
 // Finds the variables in which two stages differ.
 #include "StageMatch.h"
 
-#include "Tokenizer.h"
-
 #include <algorithm>
 
 namespace zarvex::zx3D::ShaderCompiler {
@@ -18,29 +16,23 @@ bool Contains(std::vector<StageVariable> const& variables, StageVariable const& 
     return std::ranges::find(variables, variable) != variables.end();
 }
 
-SourceLocation FindDeclaration(SourceText const& source, std::string const& name) {
-    auto const tokens = Tokenize(source.text);
-    auto const found = std::ranges::find(tokens, name, &Token::text);
-    return source.LocationOfOffset(found == tokens.end() ? 0 : found->offset);
-}
-
 } // namespace
 
 bool MatchStages(std::vector<StageVariable> const& vertexOutputs, std::filesystem::path const& vertexShader,
-                 std::vector<StageVariable> const& fragmentInputs, SourceText const& fragmentSource,
+                 std::vector<StageVariable> const& fragmentInputs, SourceFiles const& fragmentFiles,
                  Diagnostics& diagnostics) {
     auto const vertexName = vertexShader.filename().string();
     bool matches = true;
     for (auto const& input : fragmentInputs) {
         if (!Contains(vertexOutputs, input)) {
-            diagnostics.Error(FindDeclaration(fragmentSource, input.name),
+            diagnostics.Error(fragmentFiles.FindDeclaration(input.name),
                               "input " + Describe(input) + " is no output of " + vertexName);
             matches = false;
         }
     }
     for (auto const& output : vertexOutputs) {
         if (!Contains(fragmentInputs, output)) {
-            diagnostics.Error(FindDeclaration(fragmentSource, output.name),
+            diagnostics.Error(fragmentFiles.FindDeclaration(output.name),
                               "output " + Describe(output) + " of " + vertexName + " is no input here");
             matches = false;
         }

@@ -1,4 +1,4 @@
-# Every shader of zx3D, and which of them make programs together: the arguments of zx3d_embed_shaders.
+# Every shader of zx3D, and which of them make programs together: the arguments of zx3dqt_add_shaders.
 set(ZX3D_SHADER_SOURCES
   cs_point_sprite.comp
   cs_rectangle_sprite.comp

@@ -2,21 +2,20 @@
 #pragma once
 
 #include <zx3D/ContextListener.h>
+#include <zx3D/EmbeddedShader.h>
 #include <zx3D/Owned.h>
 #include <zx3D/zx3DExport.h>
 
 #include <bgfx/bgfx.h>
 
-#include <functional>
 #include <map>
 #include <optional>
-#include <string>
 #include <string_view>
 
 namespace zarvex::zx3D {
 
-/// Hands out programs made of the shaders that are built into the library, in the form that the running
-/// renderer takes.
+/// Hands out programs made of the shaders that are built into the library, by name, and of those that are
+/// built into the application, in the form that the running renderer takes.
 ///
 /// Lifetime: programs are created on first request, kept for the life of the context and owned by the
 /// factory; do not destroy them. Thread: the one that calls bgfx's API, with the context initialised.
@@ -38,16 +37,32 @@ public:
     /// invalid handle: there is nothing to dispatch, and nothing is wrong with the shader.
     std::optional<bgfx::ProgramHandle> CreateProgram(std::string_view computeShaderName);
 
+    /// A graphics program of shaders that `zx3dqt_add_shaders` embedded in the application. The same two
+    /// shaders give the same program. They must live until the context is shut down.
+    std::optional<bgfx::ProgramHandle> CreateProgram(EmbeddedShader const& vertexShader,
+                                                     EmbeddedShader const& fragmentShader);
+
+    /// A compute program of such a shader; the invalid handle on a renderer without compute shaders, as
+    /// above.
+    std::optional<bgfx::ProgramHandle> CreateProgram(EmbeddedShader const& computeShader);
+
 private:
     ProgramFactory() = default;
     ~ProgramFactory() = default;
 
     void OnContextStopping() override { m_programs.clear(); }
 
-    template<typename Create>
-    std::optional<bgfx::ProgramHandle> FindOrCreate(std::string key, Create create);
+    /// A vertex and a fragment shader, or a compute shader and none; in the order of their names.
+    struct Shaders {
+        EmbeddedShader const* first;
+        EmbeddedShader const* second;
 
-    std::map<std::string, Owned<bgfx::ProgramHandle>, std::less<>> m_programs;
+        bool operator<(Shaders const& other) const;
+    };
+
+    std::optional<bgfx::ProgramHandle> FindOrCreate(Shaders shaders);
+
+    std::map<Shaders, Owned<bgfx::ProgramHandle>> m_programs;
 };
 
 } // namespace zarvex::zx3D

@@ -6,6 +6,7 @@
 #include <zx3D/ContextListener.h>
 #include <zx3D/ContextOptions.h>
 #include <zx3D/DataSpan.h>
+#include <zx3D/EmbeddedShader.h>
 #include <zx3D/FrameBuffer.h>
 #include <zx3D/FrameListener.h>
 #include <zx3D/Line.h>

@@ -2,9 +2,12 @@
 #include <zx3D/ProgramFactory.h>
 
 #include "../message/Say.h"
-#include "EmbeddedShaders.h"
+
+#include <zx3D_objects_shaders.h>
 
 #include <span>
+#include <tuple>
+#include <utility>
 
 namespace zarvex::zx3D {
 
@@ -13,6 +16,16 @@ namespace {
 void Report(std::string_view shader, char const* what, char const* detail = "") {
     Say(MessageLevel::Warning, "program.not-created", "shader \"%.*s\" %s%s", static_cast<int>(shader.size()),
         shader.data(), what, detail);
+}
+
+/// The library's own shader of that name; null, with a message, when there is none.
+EmbeddedShader const* FindShader(std::string_view name) {
+    for (EmbeddedShader const* const shader : zx3D_objects_shaders::kAll) {
+        if (shader->name == name)
+            return shader;
+    }
+    Report(name, "does not exist");
+    return nullptr;
 }
 
 /// The shader's binary for the running renderer. The renderer that draws nothing takes any.
@@ -42,19 +55,14 @@ char const* NameOf(Stage stage) {
     }
 }
 
-Owned<bgfx::ShaderHandle> CreateShader(std::string_view name, Stage stage) {
-    EmbeddedShader const* const shader = FindEmbeddedShader(name);
-    if (shader == nullptr) {
-        Report(name, "does not exist");
-        return {};
-    }
-    std::span<std::uint8_t const> const binary = SelectBinary(*shader);
+Owned<bgfx::ShaderHandle> CreateShader(EmbeddedShader const& shader, Stage stage) {
+    std::span<std::uint8_t const> const binary = SelectBinary(shader);
     if (binary.empty()) {
-        Report(name, "is not available for the running renderer");
+        Report(shader.name, "is not available for the running renderer");
         return {};
     }
     if (binary.front() != static_cast<std::uint8_t>(stage)) { // bgfx would only check in debug builds
-        Report(name, "is of another stage than ", NameOf(stage));
+        Report(shader.name, "is of another stage than ", NameOf(stage));
         return {};
     }
     // Embedded data outlives bgfx, so a reference will do.
@@ -66,16 +74,16 @@ void GiveAway(Owned<bgfx::ShaderHandle>& shader) {
     static_cast<void>(shader.Release());
 }
 
-Owned<bgfx::ProgramHandle> CreateGraphicsProgram(std::string_view vertexShaderName,
-                                                 std::string_view fragmentShaderName) {
-    auto vertex = CreateShader(vertexShaderName, Stage::Vertex);
-    auto fragment = CreateShader(fragmentShaderName, Stage::Fragment);
+Owned<bgfx::ProgramHandle> CreateGraphicsProgram(EmbeddedShader const& vertexShader,
+                                                 EmbeddedShader const& fragmentShader) {
+    auto vertex = CreateShader(vertexShader, Stage::Vertex);
+    auto fragment = CreateShader(fragmentShader, Stage::Fragment);
     if (!vertex || !fragment)
         return {};
     constexpr bool ownsShaders = true;
     Owned program(bgfx::createProgram(vertex.Get(), fragment.Get(), ownsShaders));
     if (!program) {
-        Report(fragmentShaderName, "does not fit its vertex shader");
+        Report(fragmentShader.name, "does not fit its vertex shader");
         return {};
     }
     GiveAway(vertex);
@@ -83,14 +91,14 @@ Owned<bgfx::ProgramHandle> CreateGraphicsProgram(std::string_view vertexShaderNa
     return program;
 }
 
-Owned<bgfx::ProgramHandle> CreateComputeProgram(std::string_view name) {
-    auto compute = CreateShader(name, Stage::Compute);
+Owned<bgfx::ProgramHandle> CreateComputeProgram(EmbeddedShader const& shader) {
+    auto compute = CreateShader(shader, Stage::Compute);
     if (!compute)
         return {};
     constexpr bool ownsShaders = true;
     Owned program(bgfx::createProgram(compute.Get(), ownsShaders));
     if (!program) {
-        Report(name, "does not make a program");
+        Report(shader.name, "does not make a program");
         return {};
     }
     GiveAway(compute);
@@ -111,28 +119,45 @@ ProgramFactory& ProgramFactory::Get() {
 
 std::optional<bgfx::ProgramHandle> ProgramFactory::CreateProgram(std::string_view vertexShaderName,
                                                                  std::string_view fragmentShaderName) {
-    // No shader name contains a line feed.
-    std::string key = std::string(vertexShaderName) + '\n' + std::string(fragmentShaderName);
-    return FindOrCreate(std::move(key),
-                        [&] { return CreateGraphicsProgram(vertexShaderName, fragmentShaderName); });
+    EmbeddedShader const* const vertex = FindShader(vertexShaderName);
+    EmbeddedShader const* const fragment = FindShader(fragmentShaderName);
+    if (vertex == nullptr || fragment == nullptr)
+        return std::nullopt;
+    return CreateProgram(*vertex, *fragment);
 }
 
 std::optional<bgfx::ProgramHandle> ProgramFactory::CreateProgram(std::string_view computeShaderName) {
-    bool const hasCompute = (bgfx::getCaps()->supported & BGFX_CAPS_COMPUTE) != 0;
-    if (!hasCompute && FindEmbeddedShader(computeShaderName) != nullptr)
-        return bgfx::ProgramHandle(BGFX_INVALID_HANDLE);
-    return FindOrCreate(std::string(computeShaderName),
-                        [&] { return CreateComputeProgram(computeShaderName); });
+    EmbeddedShader const* const compute = FindShader(computeShaderName);
+    return compute != nullptr ? CreateProgram(*compute) : std::nullopt;
 }
 
-template<typename Create>
-std::optional<bgfx::ProgramHandle> ProgramFactory::FindOrCreate(std::string key, Create create) {
-    if (auto const found = m_programs.find(key); found != m_programs.end())
+std::optional<bgfx::ProgramHandle> ProgramFactory::CreateProgram(EmbeddedShader const& vertexShader,
+                                                                 EmbeddedShader const& fragmentShader) {
+    return FindOrCreate({&vertexShader, &fragmentShader});
+}
+
+std::optional<bgfx::ProgramHandle> ProgramFactory::CreateProgram(EmbeddedShader const& computeShader) {
+    if ((bgfx::getCaps()->supported & BGFX_CAPS_COMPUTE) == 0)
+        return bgfx::ProgramHandle(BGFX_INVALID_HANDLE);
+    return FindOrCreate({&computeShader, nullptr});
+}
+
+bool ProgramFactory::Shaders::operator<(Shaders const& other) const {
+    auto const key = [](Shaders const& shaders) {
+        auto const secondName = shaders.second != nullptr ? shaders.second->name : std::string_view();
+        return std::tuple(shaders.first->name, secondName, shaders.first, shaders.second);
+    };
+    return key(*this) < key(other);
+}
+
+std::optional<bgfx::ProgramHandle> ProgramFactory::FindOrCreate(Shaders shaders) {
+    if (auto const found = m_programs.find(shaders); found != m_programs.end())
         return found->second.Get();
-    Owned<bgfx::ProgramHandle> program = create();
+    auto const [first, second] = shaders;
+    Owned program = second != nullptr ? CreateGraphicsProgram(*first, *second) : CreateComputeProgram(*first);
     if (!program)
         return std::nullopt;
-    return m_programs.emplace(std::move(key), std::move(program)).first->second.Get();
+    return m_programs.emplace(shaders, std::move(program)).first->second.Get();
 }
 
 } // namespace zarvex::zx3D

@@ -1,8 +1,8 @@
-# Builds embedding_project four times: with a right shader, a wrong one, the right one again, and a changed included
+# Builds shader_project four times: with a right shader, a wrong one, the right one again, and a changed included
 # file. The build must succeed, stop with a message at the shader's line, recover, and compile the shader again.
 set(shader "${build_dir}/probe.vert")
 set(included "${build_dir}/probe.glsl")
-set(generated "${build_dir}/build/shaders/probe.cpp")
+set(generated "${build_dir}/build/shaders/embedding/probe.cpp")
 set(right "#include \"probe.glsl\"\nvoid main() { gl_Position = Place(); }\n")
 set(wrong "#include \"probe.glsl\"\nvoid main() { gl_Position = Nowhere(); }\n")
 
