@@ -11,6 +11,9 @@
 
 namespace zarvex::zx3DQt {
 
+class FrameRequest;
+class PaintTurn;
+
 /// A QWidget that embeds a `BGFXWindow`: the fastest way onto the screen, since nothing is copied. Derive
 /// from it and draw in `paintEvent`:
 ///
@@ -30,6 +33,10 @@ namespace zarvex::zx3DQt {
 /// size; the viewport is what was painted last, which may be a part of it. When the size changes, the window
 /// is uncovered, or the widget gets another native window (docking, reparenting), it asks for a frame by
 /// itself.
+///
+/// Paints: while a frame is in flight (`zx3D::Context::IsFrameInFlight`), what `update()` or the window
+/// system asks for is put off until it is finished, so that presenting does not wait for it; any number of
+/// requests is one paint. `repaint`, `grab`, `render` and `RenderPixmap` paint at once.
 ///
 /// Input: mouse, key and wheel events over the embedded window arrive at the widget's own handlers, in widget
 /// coordinates; a right click asks for a context menu, too. The keyboard focus is the widget's: a click takes
@@ -70,8 +77,9 @@ public:
     /// size; present nothing there. Blocks until bgfx has drawn it.
     ///
     /// Null, and nothing happened, where bgfx cannot blit or read back, and, with a warning, when the size is
-    /// out of range. Afterwards the widget is as before, and asks for a frame, since the surface on the
-    /// screen was given up meanwhile.
+    /// out of range. Transparent, with a warning, when the GPU or the memory refuses what it takes.
+    /// Afterwards the widget is as before, and asks for one frame, since the surface on the screen was given
+    /// up meanwhile.
     QPixmap RenderPixmap(int width, int height);
 
     /// Qt's handlers. An override calls the one it overrides.
@@ -116,12 +124,18 @@ private:
     void PostContextMenu(QMouseEvent const& press);
     void BindNewSurface();
     void UpdateTarget(QPaintEvent const& event);
-    void LogHandler(char const* eventClass, QEvent const* event) const;
+    void PaintNow();
+    bool IsPutOff();
+    bool IsAheadOfWindow() const;
     void LogFilter(char const* prefix, QObject const* watched, QEvent const* event) const;
 
     std::unique_ptr<BGFXWindow> m_window;
     std::unique_ptr<QWidget> m_container;
     bool m_surfaceLost = false; ///< the window's first surface is gone
+    std::unique_ptr<FrameRequest> m_frameRequest;
+    std::unique_ptr<PaintTurn> m_turn;
+    bool m_paintsAtOnce = false; ///< `repaint` is under way, or the turn came
+    QSize m_followedSize;        ///< the container's when its window was resized last
 };
 
 } // namespace zarvex::zx3DQt

@@ -4,8 +4,11 @@
 #include <zx3DQt/BGFXRenderer.h>
 #include <zx3DQt/zx3DQtExport.h>
 
+#include <zx3D/Context.h>
 #include <zx3D/ContextListener.h>
 #include <zx3D/FrameBuffer.h>
+#include <zx3D/Message.h>
+#include <zx3D/Owned.h>
 
 #include <bgfx/bgfx.h>
 
@@ -42,6 +45,14 @@ namespace zarvex::zx3DQt {
 /// of the widget, or a part of it when Qt asks for that, for example beneath another widget. Such a part is
 /// painted with what the viewport shows, and all of the widget again right after it.
 ///
+/// The frame buffer gets the widget's size whenever that, the pixel ratio or the library's run changes. A
+/// size that is requested for it in between, say twice that for smoother edges, lasts until then: draw into
+/// all of the frame buffer, and `Flush` scales it to the widget. A widget with a side beyond the GPU's
+/// largest texture shows its palette's background, with a warning.
+///
+/// Widgets over it: the widget has an empty QVBoxLayout from the start, `layout()`; add them there, or make
+/// them children with a geometry of your own. For another kind of layout, delete that one first.
+///
 /// Lifetime: create it after `Init`; ends the process with a fatal message where bgfx cannot blit or read
 /// back. It may be destroyed after `Shutdown`. Thread: the GUI thread.
 class ZX3DQT_EXPORT BGFXOffscreenWidget : public QWidget, private zx3D::ContextListener {
@@ -74,15 +85,16 @@ public:
     /// Physical pixels; holds until the next resize or paint event.
     void SetViewport(QRect const& viewport) { m_viewport = viewport; }
 
-    /// Submits the recorded frame, waits for it and paints its picture on the widget. Call it in
-    /// `paintEvent`; at another time it paints nothing.
+    /// Submits the recorded frame, waits for it and paints its picture on the widget: the viewport's part of
+    /// it, or all of it when the frame buffer has a size that was requested for it. Call it in `paintEvent`;
+    /// at another time it paints nothing.
     void Flush();
 
     /// A picture of the scene, `width` × `height` pixels, of any size that the GPU's textures can have,
     /// upright, alpha included. Calls `paintEvent(nullptr)` once, with frame buffer and viewport of that
-    /// size. Blocks until bgfx has drawn it. Null, and nothing happened, after `Shutdown` and, with a
-    /// warning, when the size is out of range. Afterwards frame buffer and viewport are those of the whole
-    /// widget.
+    /// size. Blocks until bgfx has drawn it. Null, and nothing happened, after `Shutdown`, also once the
+    /// widget heard of it, and, with a warning, when the size is out of range or the GPU or the memory
+    /// refuses what it takes. Afterwards frame buffer and viewport are those of the whole widget.
     QPixmap RenderPixmap(int width, int height);
     /// The same.
     QPixmap RenderPixmap(QSize size) { return RenderPixmap(size.width(), size.height()); }
@@ -95,7 +107,8 @@ protected:
     ~BGFXOffscreenWidget() override;
 
     /// Submits the recorded frame, waits for it and returns the viewport's part of its picture, upright.
-    /// Empty while the frame buffer or the texture to read from does not exist.
+    /// Empty while the frame buffer or the texture to read from does not exist, and, with a warning, when
+    /// there is no memory for it.
     std::optional<QImage> GrabFrameBuffer();
 
     /// Physical pixels per device-independent pixel on the widget's screen, at least 1.
@@ -114,20 +127,27 @@ private:
 
     void InitializeFrameBufferOnce();
     void InitializeRenderingWidget(QWidget* parent, Qt::WindowFlags flags);
+    bool IsReady() const;
     void UpdateFrameBufferSize();
     void UpdateBlitTargetTextureSize();
-    void DestroyBlitTarget();
+    void ReplaceReadBackTexture(QRect const& area);
     void RenewFrameBuffer();
     void RefreshFrameBuffer();
     QRect AreaToDraw(QRect const& painted);
-    void LogHandler(char const* eventClass, QEvent const* event) const;
+    void PaintBackgroundWhereNothingIsDrawn();
+    bool HasRequestedSize() const;
+    std::optional<QImage> ReadFrameBuffer();
 
     BGFXRenderer m_renderer{nullptr};
     zx3D::FrameBuffer m_frameBuffer;
     QRect m_viewport;
-    bgfx::TextureHandle m_blitTarget = BGFX_INVALID_HANDLE;
+    zx3D::Owned<bgfx::TextureHandle> m_readBackTexture;
     bool m_initialized = false;
-    QSize m_blitTargetSize;      ///< pixels
+    QSize m_readBackSize; ///< of that texture, pixels
+    QSize m_followedSize; ///< of the widget, physical pixels, when the frame buffer was given it
+    zx3D::ContextRun m_followedIn;
+    zx3D::ContextRun m_stoppedIn; ///< the run whose end the widget heard of
+    zx3D::OncePerCause m_tooLarge;
     bool m_drawsAllNext = false; ///< the next paint draws all of the widget, since this one drew a part
 };
 

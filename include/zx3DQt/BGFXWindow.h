@@ -13,14 +13,24 @@
 #include <QWheelEvent>
 #include <QWindow>
 
+#include <memory>
+
 namespace zarvex::zx3DQt {
+
+class HeldEvents;
 
 /// A QWindow that owns a renderer, a frame buffer on its native surface, and a viewport.
 ///
 /// The frame buffer is created with the platform surface (colour BGRA8, depth D16), follows the window's size
 /// times its device pixel ratio, and is destroyed before the surface goes. The window draws nothing by
-/// itself: the application starts, records and presents frames, for example in a slot of a timer or in an
-/// override of `exposeEvent`. Input is republished as signals, whose arguments live until the signal returns.
+/// itself: the application starts, records and presents frames, in an override of `exposeEvent` or, for
+/// animation, of `event` for `QEvent::UpdateRequest`, which `requestUpdate` asks for. Input is republished as
+/// signals, whose arguments live until the signal returns.
+///
+/// While a frame is in flight (`zx3D::Context::IsFrameInFlight`), expose, paint and update events do not
+/// reach the window: one of each kind comes from the event loop when the frame is finished, so that
+/// presenting does not wait for it. What draws at another time, in a timer's slot or in `resizeEvent`, may
+/// wait.
 ///
 /// Closing the window destroys its surface, and a surface that comes later is not taken: to show the window
 /// again, hide it instead of closing it.
@@ -52,7 +62,9 @@ public:
     QRect const& GetViewport() const { return m_viewport; }
     /// @}
 
-    /// Replaces the frame buffer by a copy. The old one is not destroyed.
+    /// Replaces the frame buffer by a copy. The old one is not destroyed. When the window's surface goes,
+    /// what is the frame buffer then is destroyed; one of another window is shown there again by that
+    /// window's next frame.
     void SetFrameBuffer(zx3D::FrameBuffer const& frameBuffer) { m_frameBuffer = frameBuffer; }
     /// Physical pixels; holds until the window is resized or exposed.
     void SetViewport(QRect viewport) { m_viewport = viewport; }
@@ -89,13 +101,16 @@ public slots:
 private:
     void InitializeFrameBufferOnce();
     void UpdateFrameBufferSize();
-    void LogHandler(char const* eventClass, QEvent const* event) const;
+    void LeaveOwnSurface();
     void LogGeometry(char const* prefix) const;
 
     BGFXRenderer m_renderer;
     zx3D::FrameBuffer m_frameBuffer;
     QRect m_viewport;
     bool m_initialized = false;
+    std::unique_ptr<HeldEvents> m_heldEvents; ///< null inside of a widget, which puts its paints off itself
+
+    friend class BGFXNativeWidget;
 };
 
 } // namespace zarvex::zx3DQt

@@ -28,7 +28,8 @@ ZX3DQT_EXPORT bool Init(bool verticalSync, std::unique_ptr<bgfx::CallbackI> call
 
 /// Stops the context, then frees the hidden widget and last the callback. On the GUI thread, after the render
 /// targets are destroyed and before the QApplication goes; targets and renderers that are left can still be
-/// destroyed later. Harmless without `Init`.
+/// destroyed later. Harmless without `Init`, and when a `zx3D::ContextListener` calls it while it is under
+/// way.
 ZX3DQT_EXPORT void Shutdown();
 
 /// Lets view 0 clear the hidden back buffer (colour, and depth to 1) in the next frame, so that the frame

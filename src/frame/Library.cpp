@@ -27,6 +27,35 @@ struct LibraryState {
 
 constinit std::mutex lifecycleMutex;
 
+/// Locks the mutex for its scope, unless the thread holds it already: whoever is told of the context's end
+/// may call back.
+class LifecycleLock {
+public:
+    LifecycleLock() {
+        if (isHeld)
+            return;
+        m_lock = std::unique_lock(lifecycleMutex);
+        isHeld = true;
+    }
+
+    ~LifecycleLock() {
+        if (IsOutermost())
+            isHeld = false;
+    }
+
+    LifecycleLock(LifecycleLock const&) = delete;
+    LifecycleLock& operator=(LifecycleLock const&) = delete;
+
+    bool IsOutermost() const { return m_lock.owns_lock(); }
+
+private:
+    static thread_local bool isHeld;
+
+    std::unique_lock<std::mutex> m_lock;
+};
+
+constinit thread_local bool LifecycleLock::isHeld = false;
+
 LibraryState& GetState() {
     // Never destroyed: an application that ends without `Shutdown` leaves bgfx's render thread running, which
     // may call the callback to the last moment.
@@ -57,7 +86,7 @@ zx3D::ContextOptions CreateContextOptions(LibraryState const& state, bool vertic
 } // namespace
 
 bool Init(bool verticalSync, std::unique_ptr<bgfx::CallbackI> callback) {
-    std::lock_guard const lock(lifecycleMutex);
+    LifecycleLock const lock;
     LibraryState& state = GetState();
     if (state.backBufferWidget)
         return true;
@@ -67,7 +96,9 @@ bool Init(bool verticalSync, std::unique_ptr<bgfx::CallbackI> callback) {
 }
 
 void Shutdown() {
-    std::lock_guard const lock(lifecycleMutex);
+    LifecycleLock const lock;
+    if (!lock.IsOutermost())
+        return; // it is under way
     // bgfx uses the window and the callback until it has stopped.
     zx3D::Context::Shutdown();
     GetState().backBufferWidget.reset();
@@ -76,7 +107,7 @@ void Shutdown() {
 
 void ClearBackBufferWidget(QColor const& color) {
     constexpr bgfx::ViewId view = 0;
-    std::lock_guard const lock(lifecycleMutex);
+    LifecycleLock const lock;
     if (!zx3D::Context::IsInitialized())
         return;
     bgfx::setViewFrameBuffer(view, BGFX_INVALID_HANDLE);

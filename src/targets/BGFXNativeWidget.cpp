@@ -1,34 +1,40 @@
 // The embedded window, how the widget follows it, and pictures of it.
 #include <zx3DQt/BGFXNativeWidget.h>
 
-#include "../frame/Logging.h"
+#include <zx3D/Owned.h>
+
 #include "Capture.h"
-#include "PixelRatio.h"
+#include "FollowSize.h"
+#include "FrameRequest.h"
+#include "HeldEvents.h"
+#include "PaintTurn.h"
 #include "SurfaceFormats.h"
+#include "TargetLog.h"
 
 #include <QApplication>
+#include <QBackingStore>
 #include <QContextMenuEvent>
 #include <QPlatformSurfaceEvent>
 #include <QScopeGuard>
+#include <QScopedValueRollback>
 #include <QVBoxLayout>
 
 namespace zarvex::zx3DQt {
 
 namespace {
 
-void const* AddressOf(BGFXNativeWidget const* widget) {
-    return widget;
-}
-
-QSize SizeOf(zx3D::FrameBuffer const& frameBuffer) {
-    return {frameBuffer.GetWidth(), frameBuffer.GetHeight()};
-}
+constexpr char kClassName[] = "BGFXNativeWidget";
 
 } // namespace
 
 BGFXNativeWidget::BGFXNativeWidget(QWidget* parent, Qt::WindowFlags flags) : QWidget(parent, flags) {
-    LogDebug("Creating BGFXNativeWidget [this: ", AddressOf(this), "]");
+    LogDebug("Creating BGFXNativeWidget [this: ", static_cast<void const*>(this), "]");
     setObjectName("BGFXNativeWidget");
+    m_turn = std::make_unique<PaintTurn>([this] { PaintNow(); });
+    m_frameRequest = std::make_unique<FrameRequest>([this] {
+        if (!m_turn->IsPutOff())
+            PaintNow();
+    });
     InitializeRenderingWidget(parent, flags);
     BGFXNativeWidget::ConnectRenderTargetWindowSignals();
 }
@@ -45,6 +51,7 @@ void BGFXNativeWidget::InitializeRenderingWidget(QWidget* parent, Qt::WindowFlag
     setFocusPolicy(Qt::StrongFocus);
 
     m_window = std::make_unique<BGFXWindow>(nullptr);
+    m_window->m_heldEvents.reset();
     m_container.reset(QWidget::createWindowContainer(
         m_window.get(), parent, flags | Qt::FramelessWindowHint | Qt::CustomizeWindowHint));
     {
@@ -103,8 +110,10 @@ bool BGFXNativeWidget::eventFilter(QObject* watched, QEvent* event) {
     UpdateTarget(static_cast<QPaintEvent const&>(*event));
     // The window's own event says that it was uncovered. That the size changed now means that what this paint
     // pass has drawn is of the old one.
-    if (watched == m_window.get() || SizeOf(GetFrameBuffer()) != sizeBefore)
-        update();
+    if (SizeOf(GetFrameBuffer()) != sizeBefore)
+        m_frameRequest->Ask(FrameReason::Resized);
+    else if (watched == m_window.get())
+        m_frameRequest->Ask(FrameReason::Uncovered);
     return QWidget::eventFilter(watched, event);
 }
 
@@ -126,7 +135,8 @@ void BGFXNativeWidget::FollowWindow(QEvent const& event) {
         }
         break;
     case QEvent::Resize:
-        update();
+        m_followedSize = m_container->size();
+        m_frameRequest->Ask(FrameReason::Resized);
         break;
     default:
         break;
@@ -166,13 +176,43 @@ void BGFXNativeWidget::UpdateTarget(QPaintEvent const& event) {
 }
 
 bool BGFXNativeWidget::event(QEvent* event) {
-    LogHandler("QEvent", event);
+    LogHandler(kClassName, *this, "QEvent", event);
     if (event->type() == QEvent::CursorChange)
         m_window->setCursor(cursor());
+    if (event->type() == QEvent::Paint) {
+        if (IsPutOff())
+            return true;
+        m_frameRequest->OnPaint();
+    }
+    bool const isRepaint = event->type() == QEvent::UpdateRequest && WasSent(*event);
+    QScopedValueRollback const atOnce(m_paintsAtOnce, m_paintsAtOnce || isRepaint);
     bool const isHandled = QWidget::event(event);
     if (event->type() == QEvent::UpdateRequest)
         FinishUpdate();
     return isHandled;
+}
+
+void BGFXNativeWidget::PaintNow() {
+    QScopedValueRollback const atOnce(m_paintsAtOnce, true);
+    repaint();
+}
+
+bool BGFXNativeWidget::IsPutOff() {
+    // `grab` and `render` paint into a device of the caller's.
+    QPaintDevice* const device = redirected(nullptr);
+    QBackingStore* const store = window()->backingStore();
+    bool const isForScreen = device == nullptr || (store != nullptr && device == store->paintDevice());
+    if (m_paintsAtOnce || !isForScreen)
+        return false;
+    return IsAheadOfWindow() || m_turn->IsPutOff();
+}
+
+bool BGFXNativeWidget::IsAheadOfWindow() const {
+    // The embedded window has its new size when the window system says so, and the widget then asks for a
+    // frame: one before would be of the old size. Unless the window system has answered already, with another
+    // size.
+    QSize const size = m_container->size();
+    return m_window->isExposed() && m_window->size() != size && m_followedSize != size;
 }
 
 void BGFXNativeWidget::FinishUpdate() {
@@ -187,7 +227,7 @@ void BGFXNativeWidget::FinishUpdate() {
 }
 
 void BGFXNativeWidget::paintEvent(QPaintEvent* event) {
-    LogHandler("QPaintEvent", event);
+    LogHandler(kClassName, *this, "QPaintEvent", event);
     // Whatever part Qt asks for, the frame that is drawn now replaces all of the window.
     if (event != nullptr)
         SetViewport(QRect(QPoint(0, 0), SizeOf(GetFrameBuffer())));
@@ -195,19 +235,19 @@ void BGFXNativeWidget::paintEvent(QPaintEvent* event) {
 }
 
 void BGFXNativeWidget::resizeEvent(QResizeEvent* event) {
-    LogHandler("QResizeEvent", event);
+    LogHandler(kClassName, *this, "QResizeEvent", event);
     QWidget::resizeEvent(event);
     UpdateFrameBufferEvent update(event);
     emit updateFrameBufferEvent(&update);
 }
 
 void BGFXNativeWidget::showEvent(QShowEvent* event) {
-    LogHandler("QShowEvent", event);
+    LogHandler(kClassName, *this, "QShowEvent", event);
     QWidget::showEvent(event);
 }
 
 void BGFXNativeWidget::hideEvent(QHideEvent* event) {
-    LogHandler("QFocusEvent", event);
+    LogHandler(kClassName, *this, "QFocusEvent", event);
     if (QWidget* const topLevel = QApplication::topLevelWidgets().value(0))
         topLevel->repaint();
     QWidget::hideEvent(event);
@@ -235,36 +275,35 @@ QPixmap BGFXNativeWidget::RenderPixmap(int width, int height) {
 
     zx3D::FrameBuffer target(nullptr, kOffscreenColorFormat, kDepthFormat);
     GetFrameBuffer().Destroy();
-    target.RequestResize(static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height));
+    RequestResize(target, size);
     SetFrameBuffer(target);
     GetFrameBuffer().SubmitOnDemand();
     SetViewport(QRect(QPoint(0, 0), size));
-    bgfx::TextureHandle const readBackTexture = Capture::CreateReadBackTexture(size);
+    zx3D::Owned<bgfx::TextureHandle> readBackTexture(Capture::CreateReadBackTexture(size));
     auto const restore = qScopeGuard([&] { // also when the application's paintEvent throws
-        if (bgfx::isValid(readBackTexture))
-            bgfx::destroy(readBackTexture);
+        readBackTexture.Reset();
         target.Destroy();
         SetFrameBuffer(savedFrameBuffer);
         SetViewport(savedViewport);
-        update();
+        m_frameRequest->Ask(FrameReason::SurfaceGivenUp);
     });
 
     paintEvent(nullptr);
     bgfx::TextureHandle const source = Capture::ColorTextureOf(GetFrameBuffer());
-    if (!bgfx::isValid(source) || !bgfx::isValid(readBackTexture))
-        return QPixmap(size);
-    return QPixmap::fromImage(Capture::Read(source, readBackTexture, size));
-}
-
-void BGFXNativeWidget::LogHandler(char const* eventClass, QEvent const* event) const {
-    if (!LibraryLog().isDebugEnabled())
-        return;
-    LogDebug("BGFXNativeWidget", "::", eventClass, "[this:", AddressOf(this), "]",
-             "[objectName:", objectName(), "]", "[event: ", event, "]");
+    if (bgfx::isValid(source) && readBackTexture) {
+        QImage const picture = Capture::Read(source, readBackTexture.Get(), size);
+        if (!picture.isNull())
+            return QPixmap::fromImage(picture);
+    }
+    Capture::WarnNotTaken(size);
+    QPixmap empty(size);
+    empty.fill(Qt::transparent);
+    return empty;
 }
 
 void BGFXNativeWidget::LogFilter(char const* prefix, QObject const* watched, QEvent const* event) const {
-    LogDebug(prefix, AddressOf(this), "]", "[receiver: ", watched, "]", "[event: ", event, "]");
+    LogDebug(prefix, static_cast<void const*>(this), "]", "[receiver: ", watched, "]", "[event: ", event,
+             "]");
 }
 
 } // namespace zarvex::zx3DQt

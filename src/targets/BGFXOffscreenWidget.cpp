@@ -4,10 +4,10 @@
 #include <zx3D/Context.h>
 #include <zx3DQt/Library.h>
 
-#include "../frame/Logging.h"
 #include "Capture.h"
-#include "PixelRatio.h"
+#include "FollowSize.h"
 #include "SurfaceFormats.h"
+#include "TargetLog.h"
 
 #include <QApplication>
 #include <QPaintEvent>
@@ -21,29 +21,33 @@ namespace zarvex::zx3DQt {
 
 namespace {
 
-void const* AddressOf(BGFXOffscreenWidget const* widget) {
-    return widget;
-}
+constexpr char kClassName[] = "BGFXOffscreenWidget";
 
 } // namespace
 
 BGFXOffscreenWidget::BGFXOffscreenWidget(QWidget* parent, Qt::WindowFlags flags)
     : QWidget(parent, flags),
       m_frameBuffer(nullptr, kWindowColorFormat, kDepthFormat) {
-    LogDebug("Creating BGFXOffscreenWidget [this: ", AddressOf(this), "]");
+    LogDebug("Creating BGFXOffscreenWidget [this: ", static_cast<void const*>(this), "]");
     setObjectName("BGFXOffscreenWidget");
     InitializeFrameBufferOnce();
     InitializeRenderingWidget(parent, flags);
 }
 
 BGFXOffscreenWidget::~BGFXOffscreenWidget() {
-    LogDebug("Destroying BGFXOffscreenWidget [this: ", AddressOf(this), "]");
+    LogDebug("Destroying BGFXOffscreenWidget [this: ", static_cast<void const*>(this), "]");
     m_frameBuffer.Destroy();
-    DestroyBlitTarget();
+    m_readBackTexture.Reset();
 }
 
 void BGFXOffscreenWidget::OnContextStopping() {
-    DestroyBlitTarget();
+    m_readBackTexture.Reset();
+    m_stoppedIn = zx3D::ContextRun::Current();
+}
+
+bool BGFXOffscreenWidget::IsReady() const {
+    // What is created after the notice would be left behind in bgfx.
+    return zx3D::Context::IsInitialized() && !m_stoppedIn.IsCurrent();
 }
 
 void BGFXOffscreenWidget::InitializeFrameBufferOnce() {
@@ -65,43 +69,32 @@ void BGFXOffscreenWidget::InitializeRenderingWidget(QWidget*, Qt::WindowFlags) {
 }
 
 void BGFXOffscreenWidget::UpdateFrameBufferSize() {
-    auto const* const widget = static_cast<QWidget const*>(this);
-    std::uint16_t const handle = m_frameBuffer.GetHandle().idx;
-    if (!zx3D::Context::IsInitialized()) {
-        LogDebug("Skipping early framebuffer update (not initialized yet) [this:", widget, "]",
-                 "[handle: ", handle, "]");
+    if (!FollowSize(static_cast<QWidget const&>(*this), IsReady(), m_frameBuffer, m_viewport))
         return;
-    }
-    if (width() == 0 || height() == 0)
-        LogDebug("Collapsing framebuffer [this:", widget, "]", "[handle: ", handle, "]");
-    LogDebug("Updating framebuffer [this:", widget, "]", "[handle: ", handle, "]");
-    m_viewport = QRect(QPoint(0, 0), ToPhysical(size(), devicePixelRatio()));
-    m_frameBuffer.RequestResize(static_cast<std::uint16_t>(m_viewport.width()),
-                                static_cast<std::uint16_t>(m_viewport.height()));
+    m_followedSize = m_viewport.size();
+    m_followedIn = zx3D::ContextRun::Current();
     if (m_frameBuffer.IsSized() && m_frameBuffer.GetWidth() != 0 && m_frameBuffer.GetHeight() != 0)
         UpdateBlitTargetTextureSize();
 }
 
 void BGFXOffscreenWidget::UpdateBlitTargetTextureSize() {
+    ReplaceReadBackTexture(m_viewport);
+}
+
+void BGFXOffscreenWidget::ReplaceReadBackTexture(QRect const& area) {
+    std::uint16_t const outdated = m_readBackTexture.Get().idx;
     LogDebug("Resizing offscreen blit target texture [this:", static_cast<QWidget const*>(this), "]",
-             "[handle: ", m_blitTarget.idx, "]");
-    LogDebug("Creating offscreen blit target texture [viewPort: ", m_viewport, "]");
-    bgfx::TextureHandle const created = Capture::CreateReadBackTexture(m_viewport.size());
-    LogDebug("Updated offscreen blit target texture [handle: ", created.idx, "]");
-    if (!bgfx::isValid(created)) {
+             "[handle: ", outdated, "]");
+    LogDebug("Creating offscreen blit target texture [viewPort: ", area, "]");
+    zx3D::Owned<bgfx::TextureHandle> created(Capture::CreateReadBackTexture(area.size()));
+    LogDebug("Updated offscreen blit target texture [handle: ", created.Get().idx, "]");
+    if (!created) {
         LogDebug("Updated offscreen blit target texture is invalid");
         return;
     }
-    LogDebug("Destroying outdated offscreen blit target texture [handle: ", m_blitTarget.idx, "]");
-    DestroyBlitTarget();
-    m_blitTarget = created;
-    m_blitTargetSize = m_viewport.size();
-}
-
-void BGFXOffscreenWidget::DestroyBlitTarget() {
-    if (bgfx::isValid(m_blitTarget))
-        bgfx::destroy(m_blitTarget);
-    m_blitTarget = BGFX_INVALID_HANDLE;
+    LogDebug("Destroying outdated offscreen blit target texture [handle: ", outdated, "]");
+    m_readBackTexture = std::move(created);
+    m_readBackSize = area.size();
 }
 
 void BGFXOffscreenWidget::RenewFrameBuffer() {
@@ -110,20 +103,45 @@ void BGFXOffscreenWidget::RenewFrameBuffer() {
 }
 
 void BGFXOffscreenWidget::paintEvent(QPaintEvent* event) {
-    LogHandler("QPaintEvent", event);
+    LogHandler(kClassName, *this, "QPaintEvent", event);
     if (event != nullptr) {
         RefreshFrameBuffer();
         m_viewport = ToPhysical(AreaToDraw(event->region().boundingRect()), devicePixelRatio());
+        PaintBackgroundWhereNothingIsDrawn();
     }
     QWidget::paintEvent(event);
 }
 
 void BGFXOffscreenWidget::RefreshFrameBuffer() {
     // No resize event tells that the widget is on a screen of another pixel ratio, or in a new context.
-    QSize const size(m_frameBuffer.GetWidth(), m_frameBuffer.GetHeight());
-    bool const isRightSize = size == ToPhysical(QWidget::size(), devicePixelRatio());
-    if (m_frameBuffer.IsSized() && !(isRightSize && bgfx::isValid(m_blitTarget)))
+    bool const isFollowed =
+        m_followedSize == ToPhysical(size(), devicePixelRatio()) && m_followedIn.IsCurrent();
+    if (m_frameBuffer.IsSized() && !(isFollowed && (m_readBackTexture || HasRequestedSize())))
         UpdateFrameBufferSize();
+}
+
+bool BGFXOffscreenWidget::HasRequestedSize() const {
+    return m_followedSize.isValid() && SizeOf(m_frameBuffer) != SizeFor(m_followedSize);
+}
+
+void BGFXOffscreenWidget::PaintBackgroundWhereNothingIsDrawn() {
+    QSize const size = ToPhysical(QWidget::size(), devicePixelRatio());
+    bool const isReady = IsReady();
+    bool const isTooLarge = isReady && !HasRequestedSize() && !size.isEmpty() && !Capture::IsInRange(size);
+    if (isTooLarge)
+        m_tooLarge.Raise([size] {
+            LogWarning("offscreen-widget.too-large", [size] {
+                return QString("a widget of %1 x %2 pixels is beyond this GPU's textures: it shows its "
+                               "background")
+                    .arg(size.width())
+                    .arg(size.height());
+            });
+        });
+    else
+        m_tooLarge.Clear();
+    if ((isReady && !isTooLarge) || !testAttribute(Qt::WA_WState_InPaintEvent))
+        return;
+    QPainter(this).fillRect(rect(), palette().brush(backgroundRole()));
 }
 
 QRect BGFXOffscreenWidget::AreaToDraw(QRect const& painted) {
@@ -140,19 +158,19 @@ QRect BGFXOffscreenWidget::AreaToDraw(QRect const& painted) {
 }
 
 void BGFXOffscreenWidget::resizeEvent(QResizeEvent* event) {
-    LogHandler("QResizeEvent", event);
+    LogHandler(kClassName, *this, "QResizeEvent", event);
     if (event != nullptr)
         UpdateFrameBufferSize();
     QWidget::resizeEvent(event);
 }
 
 void BGFXOffscreenWidget::showEvent(QShowEvent* event) {
-    LogHandler("QShowEvent", event);
+    LogHandler(kClassName, *this, "QShowEvent", event);
     QWidget::showEvent(event);
 }
 
 void BGFXOffscreenWidget::hideEvent(QHideEvent* event) {
-    LogHandler("QFocusEvent", event);
+    LogHandler(kClassName, *this, "QFocusEvent", event);
     if (QWidget* const topLevel = QApplication::topLevelWidgets().value(0))
         topLevel->repaint();
     QWidget::hideEvent(event);
@@ -162,29 +180,42 @@ double BGFXOffscreenWidget::GetPixelRatio() const {
     return PixelRatioOf(*this);
 }
 
-std::optional<QImage> BGFXOffscreenWidget::GrabFrameBuffer() {
+std::optional<QImage> BGFXOffscreenWidget::ReadFrameBuffer() {
     bgfx::TextureHandle const source = Capture::ColorTextureOf(m_frameBuffer);
-    if (!bgfx::isValid(source) || !bgfx::isValid(m_blitTarget))
+    if (!bgfx::isValid(source))
+        return std::nullopt;
+    if (HasRequestedSize() && m_readBackSize != SizeOf(m_frameBuffer))
+        ReplaceReadBackTexture(QRect(QPoint(0, 0), SizeOf(m_frameBuffer)));
+    if (!m_readBackTexture)
         return std::nullopt;
     // Keeps every frame of the wait busy.
     auto const clearBackBuffer = [] { ClearBackBufferWidget(QColor(Qt::red)); };
-    QImage const all = Capture::Read(source, m_blitTarget, m_blitTargetSize, clearBackBuffer);
-    return m_viewport == all.rect() ? all : all.copy(m_viewport);
+    QImage picture = Capture::Read(source, m_readBackTexture.Get(), m_readBackSize, clearBackBuffer);
+    return picture.isNull() ? std::nullopt : std::optional(std::move(picture));
+}
+
+std::optional<QImage> BGFXOffscreenWidget::GrabFrameBuffer() {
+    std::optional<QImage> picture = ReadFrameBuffer();
+    if (picture && m_viewport != picture->rect())
+        picture = picture->copy(m_viewport);
+    return picture;
 }
 
 void BGFXOffscreenWidget::Flush() {
-    std::optional<QImage> const image = GrabFrameBuffer();
-    if (!image || !testAttribute(Qt::WA_WState_InPaintEvent))
+    bool const isScaled = HasRequestedSize();
+    std::optional<QImage> const picture = isScaled ? ReadFrameBuffer() : GrabFrameBuffer();
+    if (!picture || !testAttribute(Qt::WA_WState_InPaintEvent))
         return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing, false);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, isScaled);
     painter.fillRect(rect(), QColor(Qt::black));
-    painter.drawPixmap(rect(), QPixmap::fromImage(image->convertToFormat(QImage::Format_RGB32)));
+    painter.drawPixmap(rect(), QPixmap::fromImage(picture->convertToFormat(QImage::Format_RGB32)));
 }
 
 QPixmap BGFXOffscreenWidget::RenderPixmap(int width, int height) {
     QSize const size(width, height);
-    if (!Capture::IsSupported() || !Capture::IsPossible(size))
+    if (!Capture::IsSupported() || !IsReady() || !Capture::IsPossible(size))
         return {};
     QRect const savedViewport = m_viewport;
     auto const restore = qScopeGuard([&] { // also when the application's paintEvent throws
@@ -195,19 +226,15 @@ QPixmap BGFXOffscreenWidget::RenderPixmap(int width, int height) {
     });
 
     RenewFrameBuffer();
-    m_frameBuffer.RequestResize(static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height));
+    RequestResize(m_frameBuffer, size);
     m_frameBuffer.SubmitOnDemand();
     m_viewport = QRect(QPoint(0, 0), size);
     UpdateBlitTargetTextureSize();
     paintEvent(nullptr);
-    return QPixmap::fromImage(GrabFrameBuffer().value_or(QImage()));
-}
-
-void BGFXOffscreenWidget::LogHandler(char const* eventClass, QEvent const* event) const {
-    if (!LibraryLog().isDebugEnabled())
-        return;
-    LogDebug("BGFXOffscreenWidget", "::", eventClass, "[this:", AddressOf(this), "]",
-             "[objectName:", objectName(), "]", "[event: ", event, "]");
+    std::optional<QImage> const picture = GrabFrameBuffer();
+    if (!picture)
+        Capture::WarnNotTaken(size);
+    return QPixmap::fromImage(picture.value_or(QImage()));
 }
 
 } // namespace zarvex::zx3DQt

@@ -1,9 +1,10 @@
 // The window's surface, size and input.
 #include <zx3DQt/BGFXWindow.h>
 
-#include "../frame/Logging.h"
-#include "PixelRatio.h"
+#include "FollowSize.h"
+#include "HeldEvents.h"
 #include "SurfaceFormats.h"
+#include "TargetLog.h"
 
 #include <QPlatformSurfaceEvent>
 
@@ -11,9 +12,7 @@ namespace zarvex::zx3DQt {
 
 namespace {
 
-void const* AddressOf(BGFXWindow const* window) {
-    return window;
-}
+constexpr char kClassName[] = "BGFXWindow";
 
 } // namespace
 
@@ -21,18 +20,25 @@ BGFXWindow::BGFXWindow(QWindow* parent)
     : QWindow(parent),
       m_renderer(nullptr),
       m_frameBuffer(nullptr, kWindowColorFormat, kDepthFormat) {
-    LogDebug("Creating BGFXWindow [this: ", AddressOf(this), "]");
+    LogDebug("Creating BGFXWindow [this: ", static_cast<void const*>(this), "]");
     setObjectName("BGFXWindow");
+    m_heldEvents = std::make_unique<HeldEvents>(*this);
 }
 
 BGFXWindow::~BGFXWindow() {
-    LogDebug("Destroying BGFXWindow [this: ", AddressOf(this), "]");
+    LogDebug("Destroying BGFXWindow [this: ", static_cast<void const*>(this), "]");
     // QWindow's destructor destroys the native window, too late for event() to hear of it.
-    m_frameBuffer.LeaveWindow();
+    LeaveOwnSurface();
+}
+
+void BGFXWindow::LeaveOwnSurface() {
+    // The frame buffer may be one of another window, which goes on showing it.
+    if (handle() != nullptr && m_frameBuffer.GetNativeWindow() == reinterpret_cast<void*>(winId()))
+        m_frameBuffer.LeaveWindow();
 }
 
 bool BGFXWindow::event(QEvent* event) {
-    LogHandler("QEvent", event);
+    LogHandler(kClassName, *this, "QEvent", event);
     switch (event->type()) {
     case QEvent::MouseButtonPress:
         emit mouseClickedEvent(static_cast<QMouseEvent*>(event));
@@ -57,7 +63,7 @@ bool BGFXWindow::event(QEvent* event) {
         case QPlatformSurfaceEvent::SurfaceAboutToBeDestroyed:
             m_frameBuffer.Destroy();
             // A frame that is drawn before the window is gone must not attach to it again.
-            m_frameBuffer.LeaveWindow();
+            LeaveOwnSurface();
             break;
         }
         break;
@@ -68,14 +74,14 @@ bool BGFXWindow::event(QEvent* event) {
 }
 
 void BGFXWindow::exposeEvent(QExposeEvent* event) {
-    LogHandler("QExposeEvent", event);
+    LogHandler(kClassName, *this, "QExposeEvent", event);
     LogGeometry("BGFXWindow ");
     QWindow::exposeEvent(event);
     UpdateFrameBufferSize();
 }
 
 void BGFXWindow::resizeEvent(QResizeEvent* event) {
-    LogHandler("QResizeEvent", event);
+    LogHandler(kClassName, *this, "QResizeEvent", event);
     QWindow::resizeEvent(event);
     LogGeometry("Resizing BGFXWindow ");
     UpdateFrameBufferSize();
@@ -87,12 +93,12 @@ bool BGFXWindow::nativeEvent(QByteArray const& eventType, void* message, qintptr
 }
 
 void BGFXWindow::updateFrameBufferEvent(UpdateFrameBufferEvent* event) {
-    LogHandler("UpdateFrameBufferEvent", event);
+    LogHandler(kClassName, *this, "UpdateFrameBufferEvent", event);
     UpdateFrameBufferSize();
 }
 
 void BGFXWindow::updateViewPortEvent(UpdateViewportEvent* event) {
-    LogHandler("UpdateViewportEvent", event);
+    LogHandler(kClassName, *this, "UpdateViewportEvent", event);
     m_viewport = ToPhysical(event->maybeRegion().value().boundingRect(), devicePixelRatio());
 }
 
@@ -109,26 +115,7 @@ void BGFXWindow::InitializeFrameBufferOnce() {
 }
 
 void BGFXWindow::UpdateFrameBufferSize() {
-    auto const* const window = static_cast<QWindow const*>(this);
-    std::uint16_t const handle = m_frameBuffer.GetHandle().idx;
-    if (!m_initialized) {
-        LogDebug("Skipping early framebuffer update (not initialized yet) [this:", window, "]",
-                 "[handle: ", handle, "]");
-        return;
-    }
-    if (size().width() == 0 || size().height() == 0)
-        LogDebug("Collapsing framebuffer [this:", window, "]", "[handle: ", handle, "]");
-    LogDebug("Updating framebuffer [this:", window, "]", "[handle: ", handle, "]");
-    m_viewport = QRect(QPoint(0, 0), ToPhysical(size(), devicePixelRatio()));
-    m_frameBuffer.RequestResize(static_cast<std::uint16_t>(m_viewport.width()),
-                                static_cast<std::uint16_t>(m_viewport.height()));
-}
-
-void BGFXWindow::LogHandler(char const* eventClass, QEvent const* event) const {
-    if (!LibraryLog().isDebugEnabled())
-        return;
-    LogDebug("BGFXWindow", "::", eventClass, "[this:", AddressOf(this), "]", "[objectName:", objectName(),
-             "]", "[event: ", event, "]");
+    FollowSize(static_cast<QWindow const&>(*this), m_initialized, m_frameBuffer, m_viewport);
 }
 
 void BGFXWindow::LogGeometry(char const* prefix) const {

@@ -24,10 +24,6 @@ int LargestSide() {
     return static_cast<int>(std::min(bgfx::getCaps()->limits.maxTextureSize, ofBgfx));
 }
 
-bool IsInRange(QSize size) {
-    return !size.isEmpty() && std::max(size.width(), size.height()) <= LargestSide();
-}
-
 } // namespace
 
 bool IsSupported() {
@@ -36,11 +32,17 @@ bool IsSupported() {
            (caps->supported & kNeededCaps) == kNeededCaps;
 }
 
+bool IsInRange(QSize size) {
+    return !size.isEmpty() && std::max(size.width(), size.height()) <= LargestSide();
+}
+
 bool IsPossible(QSize size) {
     if (IsInRange(size))
         return true;
-    LoggerOf(LibraryLog()).warning() << "A picture of" << size.width() << "x" << size.height()
-                                     << "pixels cannot be rendered: each side must be 1 to" << LargestSide();
+    if (LibraryLog().isWarningEnabled())
+        LoggerOf(LibraryLog()).warning()
+            << "A picture of" << size.width() << "x" << size.height()
+            << "pixels cannot be rendered: each side must be 1 to" << LargestSide();
     return false;
 }
 
@@ -62,6 +64,14 @@ bgfx::TextureHandle CreateReadBackTexture(QSize size) {
 QImage Read(bgfx::TextureHandle source, bgfx::TextureHandle readBackTexture, QSize size,
             std::function<void()> const& beforeEachFrame) {
     QImage image(size, QImage::Format_RGBA8888);
+    if (image.isNull()) {
+        LogWarning("capture.no-memory", [size] {
+            return QString("there is no memory for a picture of %1 x %2 pixels")
+                .arg(size.width())
+                .arg(size.height());
+        });
+        return image;
+    }
     bgfx::blit(kBlitView, readBackTexture, 0, 0, source, 0, 0);
     std::uint32_t const readyFrame = bgfx::readTexture(readBackTexture, image.bits(), 0);
     if (readyFrame != 0) {
@@ -73,6 +83,12 @@ QImage Read(bgfx::TextureHandle source, bgfx::TextureHandle readBackTexture, QSi
     if (bgfx::getCaps()->originBottomLeft)
         image.mirror();
     return image;
+}
+
+void WarnNotTaken(QSize size) {
+    LogWarning("capture.not-taken", [size] {
+        return QString("a picture of %1 x %2 pixels could not be taken").arg(size.width()).arg(size.height());
+    });
 }
 
 } // namespace zarvex::zx3DQt::Capture

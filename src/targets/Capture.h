@@ -15,7 +15,10 @@ namespace zarvex::zx3DQt::Capture {
 /// Whether the GPU can copy between textures and let the application read them.
 bool IsSupported();
 
-/// Whether a picture can have this size, pixels: warns when it cannot.
+/// Whether a picture can have this size, pixels.
+bool IsInRange(QSize size);
+
+/// The same, with a warning when it cannot.
 bool IsPossible(QSize size);
 
 /// The colours of an unattached frame buffer; invalid while it has no bgfx object.
@@ -25,9 +28,13 @@ bgfx::TextureHandle ColorTextureOf(zx3D::FrameBuffer const& frameBuffer);
 bgfx::TextureHandle CreateReadBackTexture(QSize size);
 
 /// Copies a texture to a read-back texture and reads all of that, `size` pixels. Top row first on every
-/// backend. Submits frames, `beforeEachFrame` first, until the image is there.
+/// backend. Submits frames, `beforeEachFrame` first, until the image is there. Null, with a warning, and
+/// without a frame, when there is no memory for it.
 QImage Read(
     bgfx::TextureHandle source, bgfx::TextureHandle readBackTexture, QSize size,
     std::function<void()> const& beforeEachFrame = [] {});
+
+/// The warning that a picture of this size, which was asked for, could not be taken.
+void WarnNotTaken(QSize size);
 
 } // namespace zarvex::zx3DQt::Capture

@@ -8,6 +8,7 @@
 #include <Picture.h>
 #include <PrivateMember.h>
 #include <TopLevels.h>
+#include <Warnings.h>
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -132,6 +133,15 @@ protected:
 
     static QSize SizeOf(zx3D::FrameBuffer const& frameBuffer) {
         return {frameBuffer.GetWidth(), frameBuffer.GetHeight()};
+    }
+
+    static std::vector<std::string> Warnings(LogCapture const& log) {
+        std::vector<std::string> texts;
+        for (LogLine const& line : log.Lines()) {
+            if (line.level == QtWarningMsg)
+                texts.push_back(line.text);
+        }
+        return texts;
     }
 };
 
@@ -632,6 +642,23 @@ TEST_F(ShownNativeWidgetTest, APaintOfTheContainerThatFindsAnotherSizeAsksForAFr
     EXPECT_EQ(m_widget->paints, 1);
 }
 
+TEST_F(ShownNativeWidgetTest, AResizeIsOnePaint) {
+    for (int i = 1; i <= 30; ++i) {
+        m_widget->resize(100 + i, 90);
+        Settle();
+        EXPECT_EQ(m_widget->paints, i);
+    }
+}
+
+TEST_F(ShownNativeWidgetTest, AnUpdateIsOnePaint) {
+    for (int i = 1; i <= 5; ++i) {
+        m_widget->update();
+        m_widget->update();
+        Settle();
+        EXPECT_EQ(m_widget->paints, i);
+    }
+}
+
 TEST_F(ShownNativeWidgetTest, AResizeOfTheWindowAsksForAFrame) {
     Send(Window(), QResizeEvent(Window().size(), QSize()));
     Settle();
@@ -1004,6 +1031,7 @@ TEST_F(ShownNativeWidgetTest, AFrameBufferThatTheSceneExchangesIsReadAndKept) {
 }
 
 TEST_F(ShownNativeWidgetTest, WithoutATextureToReadThePictureHasItsSizeAndNothingIsRead) {
+    ExpectWarning("capture.not-taken");
     m_widget->draw = [this](QPaintEvent*) { m_widget->GetFrameBuffer().Destroy(); };
     EXPECT_EQ(m_widget->RenderPixmap(32, 16).size(), QSize(32, 16));
     EXPECT_EQ(recorder::CountCalls("getTexture"), 0u);
@@ -1012,6 +1040,7 @@ TEST_F(ShownNativeWidgetTest, WithoutATextureToReadThePictureHasItsSizeAndNothin
 }
 
 TEST_F(ShownNativeWidgetTest, WithoutATextureToReadBackFromNothingIsReadAndNothingLost) {
+    ExpectWarning("capture.not-taken");
     m_widget->draw = [](QPaintEvent*) {};
     TextureHog const hog(2); // enough for a frame buffer
     std::vector<std::string> const alive = recorder::Alive();
@@ -1019,6 +1048,19 @@ TEST_F(ShownNativeWidgetTest, WithoutATextureToReadBackFromNothingIsReadAndNothi
     EXPECT_EQ(recorder::CountCalls("createTexture2D"), 3u);
     EXPECT_EQ(recorder::CountCalls("blit"), 0u);
     EXPECT_EQ(recorder::Alive(), alive);
+}
+
+TEST_F(ShownNativeWidgetTest, APictureThatCannotBeTakenIsTransparentAndAWarning) {
+    m_widget->draw = [this](QPaintEvent*) { m_widget->GetFrameBuffer().Destroy(); };
+    LogCapture const log;
+    QImage const picture = m_widget->RenderPixmap(32, 16).toImage();
+    ASSERT_EQ(picture.size(), QSize(32, 16));
+    for (int y = 0; y < 16; ++y) {
+        for (int x = 0; x < 32; ++x)
+            ASSERT_EQ(picture.pixelColor(x, y), QColor(0, 0, 0, 0)) << x << ", " << y;
+    }
+    EXPECT_THAT(Warnings(log),
+                ElementsAre("a picture of 32 x 16 pixels could not be taken [capture.not-taken]"));
 }
 
 TEST_F(ShownNativeWidgetTest, AnExceptionFromTheSceneRestoresEverything) {

@@ -4,6 +4,8 @@
 
 #include <zx3DQt/Library.h>
 
+#include <zx3D/ContextListener.h>
+
 #include <Fixtures.h>
 
 #include <LogCapture.h>
@@ -507,15 +509,32 @@ TEST_F(BGFXOffscreenWidgetTest, PaintingWithoutAnEventLeavesTheViewport) {
     EXPECT_THAT(log.Texts(), ElementsAre(Handling("QPaintEvent", widget, nullptr)));
 }
 
-TEST_F(BGFXOffscreenWidgetTest, PaintingFindsAFrameBufferOfAnotherSizeAndCorrectsIt) {
+TEST_F(BGFXOffscreenWidgetTest, ASizeThatTheApplicationRequestsLastsUntilTheWidgetsChanges) {
     Widget widget;
     ResizeAndCreate(widget, 200, 100);
-    widget.GetFrameBuffer().RequestResize(100, 50);
-    QPaintEvent paint(QRect(10, 20, 30, 40));
+    widget.GetFrameBuffer().RequestResize(400, 200);
+    for (int i = 0; i < 3; ++i) {
+        QPaintEvent paint(QRect(10, 20, 30, 40));
+        widget.paintEvent(&paint);
+        EXPECT_EQ(SizeOf(widget.GetFrameBuffer()), QSize(400, 200));
+        EXPECT_EQ(widget.GetViewport(), QRect(10, 20, 30, 40));
+    }
+    EXPECT_THAT(recorder::Calls(), IsEmpty());
+    Resize(widget, 120, 90);
+    EXPECT_EQ(SizeOf(widget.GetFrameBuffer()), QSize(120, 90));
+}
+
+TEST_F(BGFXOffscreenWidgetTest, AFrameBufferOfTheApplicationsKeepsItsSize) {
+    Widget widget;
+    ResizeAndCreate(widget, 200, 100);
+    zx3D::FrameBuffer old = widget.GetFrameBuffer();
+    zx3D::FrameBuffer own(nullptr, bgfx::TextureFormat::RGBA8, bgfx::TextureFormat::D16);
+    own.RequestResize(64, 32);
+    widget.SetFrameBuffer(own);
+    QPaintEvent paint(widget.rect());
     widget.paintEvent(&paint);
-    EXPECT_EQ(SizeOf(widget.GetFrameBuffer()), QSize(200, 100));
-    EXPECT_EQ(recorder::CountCalls("createTexture2D"), 1u) << "the blit target";
-    EXPECT_EQ(widget.GetViewport(), QRect(10, 20, 30, 40));
+    EXPECT_EQ(SizeOf(own), QSize(64, 32));
+    old.Destroy();
 }
 
 TEST_F(BGFXOffscreenWidgetTest, PaintingBeforeTheFirstSizeMakesNoCall) {
@@ -770,6 +789,97 @@ TEST_F(BGFXOffscreenWidgetTest, FlushStretchesThePartOverTheWidgetWhereQtAskedFo
     }
 }
 
+TEST_F(BGFXOffscreenWidgetTest, FlushScalesAllOfAFrameBufferOfRequestedSizeToTheWidget) {
+    Widget widget;
+    ResizeAndCreate(widget, 40, 30);
+    Configure([](auto& settings) { // left half red, right half blue
+        settings.pixels = [](bgfx::TextureHandle, std::uint16_t width, std::uint16_t height) {
+            std::vector<std::byte> bytes;
+            for (int i = 0; i < width * height; ++i) {
+                bool const isLeft = i % width < width / 2;
+                for (int const channel : {isLeft ? 255 : 0, 0, isLeft ? 0 : 255, 255})
+                    bytes.push_back(std::byte(channel));
+            }
+            return bytes;
+        };
+    });
+    Painted(widget, widget.rect()); // with it comes the size that Qt has not told of yet
+    widget.GetFrameBuffer().RequestResize(80, 60);
+    widget.GetFrameBuffer().SubmitOnDemand();
+    widget.draw = [&](QPaintEvent*) { widget.Flush(); };
+    for (int i = 0; i < 2; ++i) {
+        QImage const image = Painted(widget, widget.rect());
+        for (int y = 0; y < 30; ++y) {
+            for (int x = 0; x < 40; ++x)
+                ASSERT_EQ(image.pixelColor(x, y), QColor(x < 20 ? Qt::red : Qt::blue)) << x << ", " << y;
+        }
+    }
+    EXPECT_THAT(Textures(), Contains(testing::EndsWith("(80 x 60 RGBA8)")).Times(2))
+        << "its own and the one to read";
+}
+
+TEST_F(BGFXOffscreenWidgetTest, WhereTheWidgetIsLargerThanATextureItsBackgroundShowsWithOneWarning) {
+    for (int const side : {20'000, 65'536, 70'000}) {
+        Widget widget;
+        QPalette palette;
+        palette.setColor(QPalette::Window, QColor(10, 200, 30));
+        widget.setPalette(palette);
+        Resize(widget, side, 3);
+        EXPECT_EQ(SizeOf(widget.GetFrameBuffer()), QSize(side > 65'535 ? 0 : side, 3)) << "nothing wraps";
+        widget.draw = [&](QPaintEvent*) {
+            if (widget.GetRenderer().StartFrame(widget.GetFrameBuffer()))
+                widget.Flush();
+        };
+        LogCapture const log;
+        for (int i = 0; i < 3; ++i) {
+            QImage const image = Painted(widget, QRect(0, 0, 50, 3));
+            EXPECT_EQ(image.pixelColor(0, 0), QColor(10, 200, 30)) << side;
+            EXPECT_EQ(image.pixelColor(49, 2), QColor(10, 200, 30)) << side;
+        }
+        std::string const start = Streamed("a widget of", side);
+        EXPECT_THAT(log.Texts(), Contains(StartsWith(start)).Times(1));
+    }
+}
+
+TEST_F(BGFXOffscreenWidgetTest, AfterShutdownTheBackgroundShows) {
+    Widget widget;
+    ResizeAndCreate(widget, 40, 30);
+    QPalette palette;
+    palette.setColor(QPalette::Window, QColor(10, 200, 30));
+    widget.setPalette(palette);
+    Shutdown();
+    EXPECT_EQ(Painted(widget, widget.rect()).pixelColor(39, 29), QColor(10, 200, 30));
+}
+
+namespace {
+
+/// Takes a picture when the context stops.
+class CaptureAtStop : public zx3D::ContextListener {
+public:
+    explicit CaptureAtStop(Widget& widget) : m_widget(widget) {}
+
+    std::optional<QPixmap> picture;
+
+private:
+    void OnContextStopping() override { picture = m_widget.RenderPixmap(8, 4); }
+
+    Widget& m_widget;
+};
+
+} // namespace
+
+TEST_F(BGFXOffscreenWidgetTest, APictureWhileTheLibraryStopsEndsAndLeavesNothingBehind) {
+    auto before = std::make_unique<std::optional<CaptureAtStop>>();
+    Widget widget;
+    ResizeAndCreate(widget, 20, 10);
+    before->emplace(widget);
+    CaptureAtStop after(widget);
+    Shutdown();
+    EXPECT_TRUE((*before)->picture.has_value());
+    EXPECT_TRUE(after.picture.has_value());
+    EXPECT_THAT(recorder::Leaks(), IsEmpty());
+}
+
 TEST_F(BGFXOffscreenWidgetTest, FlushPaintsBlackWhereTheViewportShowsNothing) {
     Widget widget;
     ResizeAndCreate(widget, 40, 30);
@@ -966,6 +1076,7 @@ TEST_F(BGFXOffscreenWidgetTest, APictureNeedsNoSizeOfTheWidget) {
 }
 
 TEST_F(BGFXOffscreenWidgetTest, WithoutATextureToDrawIntoThePictureIsNull) {
+    ExpectWarning("capture.not-taken");
     Widget widget;
     ResizeAndCreate(widget, 20, 10);
     widget.draw = [&](QPaintEvent*) { widget.GetFrameBuffer().Destroy(); };

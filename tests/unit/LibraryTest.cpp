@@ -2,6 +2,7 @@
 #include <zx3DQt/Library.h>
 
 #include <zx3D/Context.h>
+#include <zx3D/ContextListener.h>
 #include <zx3DQt/BGFXDefaultCallback.h>
 
 #include <Fixtures.h>
@@ -55,6 +56,37 @@ TEST_F(LibraryTest, InitStartsBgfxOnAHiddenWidgetOf64Pixels) {
     EXPECT_EQ(init.platformData.nwh, reinterpret_cast<void*>(widget->winId()));
     EXPECT_EQ(init.resolution.width, 64u);
     EXPECT_EQ(init.resolution.height, 64u);
+}
+
+namespace {
+
+/// Calls the library while it stops.
+class CallAtStop : public zx3D::ContextListener {
+public:
+    explicit CallAtStop(std::function<void()> call) : m_call(std::move(call)) {}
+
+private:
+    void OnContextStopping() override { m_call(); }
+
+    std::function<void()> m_call;
+};
+
+} // namespace
+
+TEST_F(LibraryTest, WhoeverIsToldOfTheStopMayCallTheLibrary) {
+    int calls = 0;
+    CallAtStop const listener([&calls] {
+        ClearBackBufferWidget(Qt::red);
+        EXPECT_TRUE(Init(false)) << "it still runs";
+        Shutdown();
+        ++calls;
+    });
+    ASSERT_TRUE(Init(false));
+    Shutdown();
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(GetBackBufferWidget(), nullptr);
+    EXPECT_EQ(recorder::CountCalls("touch"), 1u);
+    ASSERT_TRUE(Init(false));
 }
 
 TEST_F(LibraryTest, TheOptionsHoldTheFlagAndThreadModeZero) {

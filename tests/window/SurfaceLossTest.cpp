@@ -83,6 +83,22 @@ TEST_P(SurfaceLossTest, AClosedWindowDrawsToNowhere) {
         EXPECT_TRUE(window.PaintFrame());
 }
 
+TEST_P(SurfaceLossTest, AWindowThatWasGivenTheFrameBufferOfAnotherGoesAndTheOtherStays) {
+    CornerWindow other(Qt::darkGreen, 1);
+    ShowAndWait(other);
+    ExpectPicture(other);
+    for (bool const isClosedFirst : {true, false}) {
+        auto window = std::make_unique<CornerWindow>(Qt::darkMagenta);
+        ShowAndWait(*window);
+        ExpectPicture(*window);
+        window->SetFrameBuffer(other.GetFrameBuffer());
+        if (isClosedFirst)
+            window->close();
+        window.reset();
+        ExpectPicture(other);
+    }
+}
+
 TEST_P(SurfaceLossTest, TwoFrameBuffersOnOneWindowTakeTurns) {
     CornerWindow window(Qt::darkCyan);
     ShowAndWait(window);

@@ -50,6 +50,9 @@ public:
     std::uint16_t GetHeight() const;
     /// @}
 
+    /// The native window that it is attached to; null for an unattached one.
+    void* GetNativeWindow() const;
+
     /// True once a size was requested.
     bool IsSized() const;
 

@@ -21,6 +21,10 @@ std::uint16_t FrameBuffer::GetHeight() const {
     return m_surface->GetHeight();
 }
 
+void* FrameBuffer::GetNativeWindow() const {
+    return m_surface->GetNativeWindow();
+}
+
 bool FrameBuffer::IsSized() const {
     return m_surface->IsSized();
 }

@@ -24,6 +24,7 @@ public:
 
     std::uint16_t GetWidth() const { return m_requested.width; }
     std::uint16_t GetHeight() const { return m_requested.height; }
+    void* GetNativeWindow() const { return m_nativeWindow; }
     bool IsSized() const { return m_sized; }
     bgfx::FrameBufferHandle GetHandle() const { return m_handle.Get(); }
     bool HasObject() const { return static_cast<bool>(m_handle); }

@@ -1,0 +1,125 @@
+// How often widgets paint: once for each thing that asks for it. ZX3D_FULL_COUNTS=1 in the environment makes
+// it 500 resizes and 1,000 pictures.
+#include "CornerWidget.h"
+
+#include "render/SharedRun.h"
+
+#include <QElapsedTimer>
+#include <QVBoxLayout>
+
+#include <memory>
+
+namespace zarvex::testing {
+
+namespace {
+
+constexpr int kQuietMilliseconds = 60;
+
+int Count(int ordinary, int full) {
+    return qEnvironmentVariableIsSet("ZX3D_FULL_COUNTS") ? full : ordinary;
+}
+
+/// Runs the event loop until the widget has not painted for a while.
+void AwaitQuiet(CornerWidget const& widget) {
+    int paints = widget.CountPaints();
+    QElapsedTimer quiet;
+    quiet.start();
+    WaitUntil([&] {
+        if (widget.CountPaints() != paints)
+            quiet.start();
+        paints = widget.CountPaints();
+        return quiet.elapsed() > kQuietMilliseconds;
+    });
+}
+
+/// The widget by itself, or in a window with a layout.
+struct Place {
+    Place(CornerWidget& widget, bool isInside) {
+        QWidget& qWidget = widget.AsQWidget();
+        if (isInside) {
+            host = std::make_unique<QWidget>();
+            (new QVBoxLayout(host.get()))->addWidget(&qWidget);
+        }
+        topLevel = isInside ? host.get() : &qWidget;
+        topLevel->setGeometry(40, 60, 360, 280);
+        ShowAndWait(*topLevel);
+        ExpectShown(widget);
+        AwaitQuiet(widget);
+    }
+
+    ~Place() {
+        if (host)
+            host->layout()->itemAt(0)->widget()->setParent(nullptr);
+    }
+
+    std::unique_ptr<QWidget> host;
+    QWidget* topLevel = nullptr;
+};
+
+} // namespace
+
+using PaintCountTest = SharedRunTest;
+
+TEST_P(PaintCountTest, AResizeIsOnePaint) {
+    int const resizes = Count(30, 500);
+    ForEachKind([&](WidgetKind kind) {
+        for (bool const isInside : {false, true}) {
+            SCOPED_TRACE(isInside ? "in a window" : "by itself");
+            auto const widget = CornerWidget::Create(kind, Qt::darkCyan);
+            Place const place(*widget, isInside);
+            int const before = widget->CountPaints();
+            std::uint32_t const firstFrame = bgfx::frame();
+            for (int i = 0; i < resizes; ++i) {
+                int const paints = widget->CountPaints();
+                place.topLevel->resize(300 + i % 100 * 4, 250 + i % 37 * 8);
+                ASSERT_TRUE(WaitUntil([&] { return widget->CountPaints() > paints; }));
+                AwaitQuiet(*widget);
+            }
+            int const paints = widget->CountPaints() - before;
+            EXPECT_LE(paints, resizes + resizes / 50);
+            ExpectShown(*widget);
+            std::printf("%d resizes: %d paints, %u frames\n", resizes, paints,
+                        bgfx::frame() - firstFrame - 1);
+        }
+    });
+}
+
+TEST_P(PaintCountTest, AnUpdateIsOnePaint) {
+    ForEachKind([](WidgetKind kind) {
+        for (bool const isInside : {false, true}) {
+            SCOPED_TRACE(isInside ? "in a window" : "by itself");
+            auto const widget = CornerWidget::Create(kind, Qt::darkCyan);
+            Place const place(*widget, isInside);
+            int const before = widget->CountPaints();
+            for (int i = 0; i < 10; ++i) {
+                widget->AsQWidget().update();
+                widget->AsQWidget().update();
+                AwaitQuiet(*widget);
+            }
+            EXPECT_EQ(widget->CountPaints() - before, 10);
+        }
+    });
+}
+
+TEST_P(PaintCountTest, APictureIsOnePaintAndManyAskForOneFrameAfterwards) {
+    int const pictures = Count(30, 1000);
+    ForEachKind([&](WidgetKind kind) {
+        for (bool const isInside : {false, true}) {
+            SCOPED_TRACE(isInside ? "in a window" : "by itself");
+            auto const widget = CornerWidget::Create(kind, Qt::darkCyan);
+            Place const place(*widget, isInside);
+            int const before = widget->CountPaints();
+            for (int i = 0; i < pictures; ++i)
+                widget->Capture(64, 48);
+            EXPECT_EQ(widget->CountPaints() - before, pictures);
+            AwaitQuiet(*widget);
+            EXPECT_LE(widget->CountPaints() - before, pictures + 1);
+            std::printf("%d pictures: %d paints in all\n", pictures, widget->CountPaints() - before);
+            ExpectShown(*widget);
+        }
+    });
+}
+
+ZX3D_INSTANTIATE_BACKENDS(PaintCountTest);
+
+} // namespace zarvex::testing
