@@ -3,8 +3,8 @@
 #include "Scene.h"
 #include "WithoutCompute.h"
 
-#include <zx3D/BgfxVersion.h>
 #include <harness/Trouble.h>
+#include <zx3D/BgfxVersion.h>
 
 #include <array>
 

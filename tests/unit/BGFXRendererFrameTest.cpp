@@ -5,19 +5,14 @@
 #include <Fixtures.h>
 
 #include <LogCapture.h>
-<<<<<<< HEAD
-#include <PrivateMember.h>
 #include <Warnings.h>
-    == == ==
-    =
->>>>>>> bc4388e (Take drawing out of the renderer: one call record, one algorithm for two kinds of sprites)
 
 #include <any>
 #include <map>
 #include <memory>
 #include <optional>
 
-        using namespace zarvex;
+using namespace zarvex;
 using namespace zarvex::zx3DQt;
 using testing::Contains;
 using testing::ElementsAre;

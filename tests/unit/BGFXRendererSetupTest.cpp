@@ -9,17 +9,12 @@
 #include <Fixtures.h>
 
 #include <LogCapture.h>
-<<<<<<< HEAD
-#include <PrivateMember.h>
 #include <Warnings.h>
-    == == ==
-    =
->>>>>>> bc4388e (Take drawing out of the renderer: one call record, one algorithm for two kinds of sprites)
 
 #include <optional>
 #include <type_traits>
 
-        using namespace zarvex;
+using namespace zarvex;
 using namespace zarvex::zx3DQt;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
