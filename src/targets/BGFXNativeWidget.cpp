@@ -217,7 +217,7 @@ bool BGFXNativeWidget::IsAheadOfWindow() const {
 
 void BGFXNativeWidget::FinishUpdate() {
     // Qt paints a widget with WA_PaintOnScreen only if it is native.
-    if (internalWinId() == 0 && m_window->isExposed()) {
+    if (internalWinId() == 0 && isVisible() && m_window->isExposed()) {
         QPaintEvent paint(rect());
         QCoreApplication::sendEvent(this, &paint);
     }

@@ -65,7 +65,7 @@ QImage Read(bgfx::TextureHandle source, bgfx::TextureHandle readBackTexture, QSi
             std::function<void()> const& beforeEachFrame) {
     QImage image(size, QImage::Format_RGBA8888);
     if (image.isNull()) {
-        LogWarning("capture.no-memory", [size] {
+        LogWarning("picture.no-memory", [size] {
             return QString("there is no memory for a picture of %1 x %2 pixels")
                 .arg(size.width())
                 .arg(size.height());
@@ -86,7 +86,7 @@ QImage Read(bgfx::TextureHandle source, bgfx::TextureHandle readBackTexture, QSi
 }
 
 void WarnNotTaken(QSize size) {
-    LogWarning("capture.not-taken", [size] {
+    LogWarning("picture.not-taken", [size] {
         return QString("a picture of %1 x %2 pixels could not be taken").arg(size.width()).arg(size.height());
     });
 }

@@ -163,7 +163,7 @@ void SpriteExpansionTest::CheckVertices(FrameResource kind, std::vector<Vertex> 
         std::any_cast<std::shared_ptr<zx3DQt::DynamicBufferResource<Vertex>>>(resources.front());
     std::size_t const count = expected.size() * vectorsPerVertex;
     std::vector<QVector4D> const values =
-        ReadBack(resource->vertexBuffer, static_cast<std::uint32_t>(count), 1);
+        ReadBack(resource->vertexBuffer.Get(), static_cast<std::uint32_t>(count), 1);
     for (std::size_t i = 0; i < count; ++i) {
         Float4 actualVector, expectedVector;
         std::memcpy(&actualVector, &values[i], sizeof(Float4));

@@ -1031,7 +1031,7 @@ TEST_F(ShownNativeWidgetTest, AFrameBufferThatTheSceneExchangesIsReadAndKept) {
 }
 
 TEST_F(ShownNativeWidgetTest, WithoutATextureToReadThePictureHasItsSizeAndNothingIsRead) {
-    ExpectWarning("capture.not-taken");
+    ExpectWarning("picture.not-taken");
     m_widget->draw = [this](QPaintEvent*) { m_widget->GetFrameBuffer().Destroy(); };
     EXPECT_EQ(m_widget->RenderPixmap(32, 16).size(), QSize(32, 16));
     EXPECT_EQ(recorder::CountCalls("getTexture"), 0u);
@@ -1040,7 +1040,7 @@ TEST_F(ShownNativeWidgetTest, WithoutATextureToReadThePictureHasItsSizeAndNothin
 }
 
 TEST_F(ShownNativeWidgetTest, WithoutATextureToReadBackFromNothingIsReadAndNothingLost) {
-    ExpectWarning("capture.not-taken");
+    ExpectWarning("picture.not-taken");
     m_widget->draw = [](QPaintEvent*) {};
     TextureHog const hog(2); // enough for a frame buffer
     std::vector<std::string> const alive = recorder::Alive();
@@ -1060,7 +1060,7 @@ TEST_F(ShownNativeWidgetTest, APictureThatCannotBeTakenIsTransparentAndAWarning)
             ASSERT_EQ(picture.pixelColor(x, y), QColor(0, 0, 0, 0)) << x << ", " << y;
     }
     EXPECT_THAT(Warnings(log),
-                ElementsAre("a picture of 32 x 16 pixels could not be taken [capture.not-taken]"));
+                ElementsAre("a picture of 32 x 16 pixels could not be taken [picture.not-taken]"));
 }
 
 TEST_F(ShownNativeWidgetTest, AnExceptionFromTheSceneRestoresEverything) {

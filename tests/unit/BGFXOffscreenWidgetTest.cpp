@@ -1076,7 +1076,7 @@ TEST_F(BGFXOffscreenWidgetTest, APictureNeedsNoSizeOfTheWidget) {
 }
 
 TEST_F(BGFXOffscreenWidgetTest, WithoutATextureToDrawIntoThePictureIsNull) {
-    ExpectWarning("capture.not-taken");
+    ExpectWarning("picture.not-taken");
     Widget widget;
     ResizeAndCreate(widget, 20, 10);
     widget.draw = [&](QPaintEvent*) { widget.GetFrameBuffer().Destroy(); };

@@ -29,7 +29,8 @@ MeshPiece MakePiece(std::uint32_t material, std::size_t triangles) {
 }
 
 MeshContent MakeContent() {
-    MeshContent content{.zIsUp = true, .materials = {}, .pieces = {}};
+    MeshContent content;
+    content.zIsUp = true;
     content.materials.resize(2);
     content.materials[1].shininess = 77.0f;
     content.pieces = {MakePiece(0, 1), MakePiece(1, 5)}; // three indices: the next array begins at no word
@@ -153,9 +154,10 @@ TEST(MeshFileTest, PrimitivesThatAreNoneAreRefused) {
 TEST(MeshFileTest, PlacesAndMaterialsThatAreNoNumbersAreRefused) {
     for (float const value : {NAN, INFINITY, -INFINITY, 1e15f}) {
         EXPECT_FALSE(Opens([&](MeshContent&, MeshPiece& piece) { piece.vertices[7].position.y = value; }));
-        if (!std::isfinite(value))
+        if (!std::isfinite(value)) {
             EXPECT_FALSE(
                 Opens([&](MeshContent& content, MeshPiece&) { content.materials[1].shininess = value; }));
+        }
     }
     EXPECT_FALSE(Opens([](MeshContent& content, MeshPiece&) { content.materials.resize(10'001); }));
     EXPECT_FALSE(Opens([](MeshContent&, MeshPiece& piece) { piece.material = 2; }));
