@@ -262,6 +262,7 @@ TEST_F(DrawLinesTest, IndicesThatDoNotFitAreLeftOutAndLaterOnesDrawn) {
 }
 
 TEST_F(DrawLinesTest, AFullFrameDrawsNothingMoreAndTheNextOneDoes) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(2 * kBytesPerLine, 1000);
     m_renderer->DrawLines(m_view, NumberedLines(2));
     recorder::ClearCalls();

@@ -193,6 +193,7 @@ TEST_F(DrawPointsTest, PointsWhoseAlignmentDoesNotFitAreLeftOut) {
 }
 
 TEST_F(DrawPointsTest, AFullFrameDrawsNothingMoreAndTheNextOneDoes) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(83, 100);
     Fill(80);
     m_renderer->DrawPoints(m_view, m_points);
@@ -203,6 +204,7 @@ TEST_F(DrawPointsTest, AFullFrameDrawsNothingMoreAndTheNextOneDoes) {
 }
 
 TEST_F(DrawPointsTest, CountsBeyond32BitsFillWhatThereIs) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(140, 100);
     std::vector<Vertex> const points(5); // as many as bgfx has space for
     for (std::uint64_t const count :
@@ -215,6 +217,7 @@ TEST_F(DrawPointsTest, CountsBeyond32BitsFillWhatThereIs) {
 }
 
 TEST_F(DrawPointsTest, CountsWhoseBytesLeave32BitsBehindOthersFillWhatIsLeft) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(140, 100);
     m_renderer->DrawPoints(m_view, m_points);
     recorder::ClearCalls();

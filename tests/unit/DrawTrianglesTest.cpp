@@ -152,6 +152,7 @@ TEST_F(DrawTrianglesTest, IndicesThatDoNotFitAreLeftOutAndLaterOnesDrawn) {
 }
 
 TEST_F(DrawTrianglesTest, AFullFrameDrawsNothingMoreAndTheNextOneDoes) {
+    ExpectWarning("draw.no-transient-space");
     RestartWithTransientSpace(3 * sizeof(Vertex), 1000);
     m_renderer->DrawTriangles(m_view, m_vertices, m_indices);
     m_renderer->DrawTriangles(m_view, m_vertices, m_indices);
@@ -162,12 +163,14 @@ TEST_F(DrawTrianglesTest, AFullFrameDrawsNothingMoreAndTheNextOneDoes) {
 }
 
 TEST_F(DrawTrianglesTest, CountsBeyond32BitsAreNotCutOff) {
+    ExpectWarning("draw.no-transient-space");
     m_renderer->DrawTriangles(m_view, Vertices(m_vertices.data(), kBeyond32Bits), m_indices);
     m_renderer->DrawTriangles(m_view, m_vertices, Indices(m_indices.data(), kBeyond32Bits));
     EXPECT_THAT(recorder::Calls(), IsEmpty());
 }
 
 TEST_F(DrawTrianglesTest, CountsWhoseBytesLeave32BitsDrawNothing) {
+    ExpectWarning("draw.no-transient-space");
     // As many as make a number of bytes that wraps to a small one.
     constexpr std::uint64_t vertexCount = (std::uint64_t(1) << 32) / sizeof(Vertex) + 1;
     constexpr std::uint64_t indexCount = (std::uint64_t(1) << 31) + 1;
@@ -177,6 +180,7 @@ TEST_F(DrawTrianglesTest, CountsWhoseBytesLeave32BitsDrawNothing) {
 }
 
 TEST_F(DrawTrianglesTest, CountsWhoseBytesLeave32BitsBehindOthersDrawNothing) {
+    ExpectWarning("draw.no-transient-space");
     constexpr std::uint64_t vertexCount = (std::uint64_t(1) << 32) / sizeof(Vertex);
     constexpr std::uint64_t indexCount = (std::uint64_t(1) << 31) - 1;
     m_renderer->DrawTriangles(m_view, m_vertices, m_indices);
@@ -248,6 +252,7 @@ TEST_F(DrawLitTrianglesTest, WhatDoesNotFitIsLeftOutAndLaterOnesDrawn) {
 }
 
 TEST_F(DrawLitTrianglesTest, CountsBeyond32BitsAreNotCutOff) {
+    ExpectWarning("draw.no-transient-space");
     m_renderer->DrawTriangles(m_view, LitVertices(m_litVertices.data(), kBeyond32Bits), m_indices);
     EXPECT_THAT(recorder::Calls(), IsEmpty());
 }
