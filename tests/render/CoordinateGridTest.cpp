@@ -329,8 +329,8 @@ TEST_P(CoordinateGridTest, EverySpacingEndsAndTheNextFrameIsRight) {
     m_style.lineWidth = 1.0f;
     m_style.gridSpacing = {1e-4f, 100.0f}; // would be millions of lines, more than bgfx has space for
     DrawLines(PlanCamera(0.0, 0.0, 5.0));
-    for (std::string const& trouble : Trouble::Take())
-        EXPECT_NE(trouble.find("is cut short"), std::string::npos) << trouble;
+    EXPECT_FALSE(TakeWarnings("draw.no-transient-space").empty());
+    TakeWarnings("grid.cut-short"); // comes once in a process
     m_style.gridSpacing = {100.0f, 100.0f};
     m_style.gridMargins = {1000.0f, 1000.0f};
     CheckColumnsAndRows(PlanCamera(0.0, 0.0, 5.0), {12, 32, 52, 72, 92, 132, 152, 172, 192, 212},

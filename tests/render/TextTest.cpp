@@ -7,6 +7,8 @@
 #include <zx3D/Text.h>
 
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <vector>
 
 using namespace zarvex;
@@ -209,7 +211,9 @@ TEST_P(TextTest, AmongTextsTheGreaterDepthIsOnTop) {
     TextLabel const below{.text = "WWWW", .x = 7, .y = 20, .pixelSize = 40, .color = Qt::red, .depth = 1};
     TextLabel const above{.text = "MMMM", .x = 9, .y = 25, .pixelSize = 40, .color = Qt::green, .depth = 2};
     TextLabel top = below;
-    top.depth = -1; // the greatest there is
+    top.depth = std::numeric_limits<std::int32_t>::max();
+    TextLabel negative = below;
+    negative.depth = -1;
     auto const draw = [this](bgfx::ViewMode::Enum mode, TextLabel const& first, TextLabel const& second) {
         StartFrame();
         zx3DQt::BGFXViewContext view(0, kClear, mode);
@@ -230,7 +234,8 @@ TEST_P(TextTest, AmongTextsTheGreaterDepthIsOnTop) {
     };
     EXPECT_TRUE(Matches(draw(bgfx::ViewMode::Default, below, above), paint(below, above)));
     EXPECT_TRUE(Matches(draw(bgfx::ViewMode::Default, above, below), paint(below, above)));
-    EXPECT_TRUE(Matches(draw(bgfx::ViewMode::Default, top, above), paint(above, below)));
+    EXPECT_TRUE(Matches(draw(bgfx::ViewMode::Default, top, above), paint(above, top)));
+    EXPECT_TRUE(Matches(draw(bgfx::ViewMode::Default, above, negative), paint(negative, above)));
     EXPECT_TRUE(Matches(draw(bgfx::ViewMode::Sequential, above, below), paint(above, below)));
 }
 

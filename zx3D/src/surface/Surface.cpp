@@ -121,7 +121,7 @@ bool Surface::IsWithinLimits() {
         return true;
     m_notCreated.Raise([&] {
         Say(MessageLevel::Warning, "surface.too-large",
-            "a frame buffer of %u x %u pixels is beyond this GPU's (at most %u)", width, height, limit);
+            "a frame buffer of %u x %u pixels is beyond this GPU's limit of %u", width, height, limit);
     });
     return false;
 }
