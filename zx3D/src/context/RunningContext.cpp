@@ -5,6 +5,11 @@
 #include "../message/Say.h"
 
 #include <zx3D/BgfxVersion.h>
+#include <zx3D/Context.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <thread>
 
 namespace zarvex::zx3D {
 
@@ -22,6 +27,18 @@ bgfx::Init ToInit(ContextOptions const& options, bgfx::RendererType::Enum render
     init.limits.*kTransientVbSize<bgfx::Init::Limits> = options.transientVertexBufferSize;
     init.limits.*kTransientIbSize<bgfx::Init::Limits> = options.transientIndexBufferSize;
     return init;
+}
+
+/// For a process that exits without a shutdown: drivers tear their global state down then, which crashes a
+/// render thread that still draws. A frame that does not end, on a broken display, is not waited for long.
+void AwaitFrameAtExit() {
+    using namespace std::chrono_literals;
+    RunningContext const* const context = RunningContext::Get();
+    if (context == nullptr || !context->WasStartedOnThisThread())
+        return;
+    auto const end = std::chrono::steady_clock::now() + 2s;
+    while (context->IsFrameInFlight() && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(1ms);
 }
 
 } // namespace
@@ -99,8 +116,10 @@ bool RunningContext::StartBgfx(ContextOptions const& options, bgfx::RendererType
         Say(MessageLevel::Warning, "context.not-started", "bgfx does not start");
         return false;
     }
-    if (m_renderThread != nullptr)
+    if (m_renderThread != nullptr) {
         m_renderThread->AwaitFirstFrame();
+        std::atexit(AwaitFrameAtExit); // after what the driver of this run registers, hence called before it
+    }
     if (m_windows && bgfx::getRendererType() == bgfx::RendererType::OpenGL)
         m_windows->UseVisual(ChooseEglVisual(m_display.GetNativeDisplay()));
     // When every other renderer failed, bgfx falls back to the one that draws nothing.

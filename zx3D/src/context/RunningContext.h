@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <thread>
 
 namespace zarvex::zx3D {
 
@@ -42,6 +43,8 @@ public:
     /// True while the render thread has not executed the frame that was noted last.
     bool IsFrameInFlight() const;
 
+    bool WasStartedOnThisThread() const { return m_thread == std::this_thread::get_id(); }
+
 private:
     RunningContext() = default;
 
@@ -53,7 +56,8 @@ private:
     DisplayConnection m_display;
     std::unique_ptr<NativeWindows> m_windows;
     std::optional<FrameListener> m_frameListener; ///< shows windows that have their first picture
-    RenderThread* m_renderThread = nullptr;       ///< in multi-threaded mode
+    std::thread::id m_thread = std::this_thread::get_id();
+    RenderThread* m_renderThread = nullptr; ///< in multi-threaded mode
     bool m_bgfxRuns = false;
     std::optional<std::uint32_t> m_submitted; ///< newest frame of `SubmitFrame`
 };
