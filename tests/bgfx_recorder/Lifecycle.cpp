@@ -66,6 +66,13 @@ void Run(std::vector<Release> const& releases) {
     }
 }
 
+/// Until it has executed what was submitted, and says so by waiting again, or frames are held.
+void AwaitRenderThread() {
+    State& state = State::Get();
+    std::unique_lock lock(state.mutex);
+    state.turned.wait(lock, [&state] { return state.settings.holdsFrames || !state.IsRenderThreadBusy(); });
+}
+
 } // namespace
 
 } // namespace recorder
@@ -128,6 +135,7 @@ bool init(Init const& init) {
 }
 
 void shutdown() {
+    recorder::AwaitRenderThread();
     std::vector<recorder::Release> releases;
     {
         Recording call("shutdown", {});
@@ -161,9 +169,7 @@ uint32_t frame(bool capture) {
         releases = call.Records().CollectReleases(false);
     }
     recorder::Run(releases);
-    State& state = State::Get();
-    std::unique_lock lock(state.mutex);
-    state.turned.wait(lock, [&state] { return state.settings.holdsFrames || !state.IsRenderThreadBusy(); });
+    recorder::AwaitRenderThread();
     return number;
 }
 

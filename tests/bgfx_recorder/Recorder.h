@@ -41,7 +41,8 @@
 /// - `readTexture` fills the caller's memory no earlier than in the frame whose number it returned;
 /// - `renderFrame` on a thread other than the one that called `Reset` waits for the next `frame`, ends with
 ///   `shutdown` and leaves no trace. Where there is such a thread, `frame` returns when it has executed the
-///   frame and waits again, so that tests find the same state every time (`Settings::holdsFrames` ends that);
+///   frame and waits again, so that tests find the same state every time (`Settings::holdsFrames` ends that),
+///   and `shutdown` lets it execute what was submitted;
 /// - `submit` and `dispatch` take over what is bound and discard it as their flags say.
 ///
 /// How arguments read: handles as "kind#index" ("program#3", "frameBuffer#invalid"), uniforms in `setUniform`
