@@ -13,6 +13,7 @@ namespace zarvex::zx3DQt {
 
 class FrameRequest;
 class PaintTurn;
+enum class FrameReason;
 
 /// A QWidget that embeds a `BGFXWindow`: the fastest way onto the screen, since nothing is copied. Derive
 /// from it and draw in `paintEvent`:
@@ -124,6 +125,7 @@ private:
     void PostContextMenu(QMouseEvent const& press);
     void BindNewSurface();
     void UpdateTarget(QPaintEvent const& event);
+    void RequestFrame(FrameReason reason);
     void PaintNow();
     bool IsPutOff();
     bool IsAheadOfWindow() const;
@@ -135,7 +137,7 @@ private:
     std::unique_ptr<FrameRequest> m_frameRequest;
     std::unique_ptr<PaintTurn> m_turn;
     bool m_paintsAtOnce = false; ///< `repaint` is under way, or the turn came
-    QSize m_followedSize;        ///< the container's when its window was resized last
+    QSize m_reportedSize;        ///< the window's, as the window system told it last
 };
 
 } // namespace zarvex::zx3DQt

@@ -18,9 +18,13 @@
 #include <QSize>
 #include <QWidget>
 
+#include <memory>
 #include <optional>
 
 namespace zarvex::zx3DQt {
+
+class FrameRequest;
+enum class FrameReason;
 
 /// A QWidget that is an ordinary widget to Qt: other widgets may lie over it, it may be transparent to
 /// layouts, scroll areas and effects. bgfx draws into a frame buffer without a window, each frame is read
@@ -133,6 +137,7 @@ private:
     void ReplaceReadBackTexture(QRect const& area);
     void RenewFrameBuffer();
     void RefreshFrameBuffer();
+    void RequestFrame(FrameReason reason);
     QRect AreaToDraw(QRect const& painted);
     void PaintBackgroundWhereNothingIsDrawn();
     bool HasRequestedSize() const;
@@ -148,6 +153,7 @@ private:
     zx3D::ContextRun m_followedIn;
     zx3D::ContextRun m_stoppedIn; ///< the run whose end the widget heard of
     zx3D::OncePerCause m_tooLarge;
+    std::unique_ptr<FrameRequest> m_frameRequest;
     bool m_drawsAllNext = false; ///< the next paint draws all of the widget, since this one drew a part
 };
 

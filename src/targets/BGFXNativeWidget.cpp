@@ -111,9 +111,9 @@ bool BGFXNativeWidget::eventFilter(QObject* watched, QEvent* event) {
     // The window's own event says that it was uncovered. That the size changed now means that what this paint
     // pass has drawn is of the old one.
     if (SizeOf(GetFrameBuffer()) != sizeBefore)
-        m_frameRequest->Ask(FrameReason::Resized);
+        RequestFrame(FrameReason::Resized);
     else if (watched == m_window.get())
-        m_frameRequest->Ask(FrameReason::Uncovered);
+        RequestFrame(FrameReason::Uncovered);
     return QWidget::eventFilter(watched, event);
 }
 
@@ -135,8 +135,8 @@ void BGFXNativeWidget::FollowWindow(QEvent const& event) {
         }
         break;
     case QEvent::Resize:
-        m_followedSize = m_container->size();
-        m_frameRequest->Ask(FrameReason::Resized);
+        m_reportedSize = static_cast<QResizeEvent const&>(event).size();
+        RequestFrame(FrameReason::Resized);
         break;
     default:
         break;
@@ -192,6 +192,10 @@ bool BGFXNativeWidget::event(QEvent* event) {
     return isHandled;
 }
 
+void BGFXNativeWidget::RequestFrame(FrameReason reason) {
+    m_frameRequest->Ask(reason);
+}
+
 void BGFXNativeWidget::PaintNow() {
     QScopedValueRollback const atOnce(m_paintsAtOnce, true);
     repaint();
@@ -208,11 +212,9 @@ bool BGFXNativeWidget::IsPutOff() {
 }
 
 bool BGFXNativeWidget::IsAheadOfWindow() const {
-    // The embedded window has its new size when the window system says so, and the widget then asks for a
-    // frame: one before would be of the old size. Unless the window system has answered already, with another
-    // size.
-    QSize const size = m_container->size();
-    return m_window->isExposed() && m_window->size() != size && m_followedSize != size;
+    // Qt gives a window's new size at once. The window has it when the window system says so, and the widget
+    // then asks for a frame: one before would be of the old size.
+    return m_window->isExposed() && m_window->size() != m_reportedSize;
 }
 
 void BGFXNativeWidget::FinishUpdate() {
@@ -285,7 +287,7 @@ QPixmap BGFXNativeWidget::RenderPixmap(int width, int height) {
         target.Destroy();
         SetFrameBuffer(savedFrameBuffer);
         SetViewport(savedViewport);
-        m_frameRequest->Ask(FrameReason::SurfaceGivenUp);
+        RequestFrame(FrameReason::SurfaceGivenUp);
     });
 
     paintEvent(nullptr);

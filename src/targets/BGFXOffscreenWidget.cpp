@@ -6,6 +6,7 @@
 
 #include "Capture.h"
 #include "FollowSize.h"
+#include "FrameRequest.h"
 #include "SurfaceFormats.h"
 #include "TargetLog.h"
 
@@ -30,6 +31,7 @@ BGFXOffscreenWidget::BGFXOffscreenWidget(QWidget* parent, Qt::WindowFlags flags)
       m_frameBuffer(nullptr, kWindowColorFormat, kDepthFormat) {
     LogDebug("Creating BGFXOffscreenWidget [this: ", static_cast<void const*>(this), "]");
     setObjectName("BGFXOffscreenWidget");
+    m_frameRequest = std::make_unique<FrameRequest>([this] { update(); });
     InitializeFrameBufferOnce();
     InitializeRenderingWidget(parent, flags);
 }
@@ -105,6 +107,7 @@ void BGFXOffscreenWidget::RenewFrameBuffer() {
 void BGFXOffscreenWidget::paintEvent(QPaintEvent* event) {
     LogHandler(kClassName, *this, "QPaintEvent", event);
     if (event != nullptr) {
+        m_frameRequest->OnPaint();
         RefreshFrameBuffer();
         m_viewport = ToPhysical(AreaToDraw(event->region().boundingRect()), devicePixelRatio());
         PaintBackgroundWhereNothingIsDrawn();
@@ -144,6 +147,10 @@ void BGFXOffscreenWidget::PaintBackgroundWhereNothingIsDrawn() {
     QPainter(this).fillRect(rect(), palette().brush(backgroundRole()));
 }
 
+void BGFXOffscreenWidget::RequestFrame(FrameReason reason) {
+    m_frameRequest->Ask(reason);
+}
+
 QRect BGFXOffscreenWidget::AreaToDraw(QRect const& painted) {
     if (!testAttribute(Qt::WA_WState_InPaintEvent))
         return painted;
@@ -153,7 +160,7 @@ QRect BGFXOffscreenWidget::AreaToDraw(QRect const& painted) {
     if (wasPart || painted == rect())
         return rect();
     m_drawsAllNext = true;
-    update();
+    RequestFrame(FrameReason::PartDrawn);
     return painted;
 }
 

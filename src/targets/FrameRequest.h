@@ -15,6 +15,7 @@ enum class FrameReason {
     Resized,        ///< it has another size
     Uncovered,      ///< what was shown is lost
     SurfaceGivenUp, ///< likewise, since a picture was taken
+    PartDrawn,      ///< only a part of it was drawn, with what the whole shows
 };
 
 /// The frames that a widget asks for by itself. What was asked for, however often and why, is one paint,

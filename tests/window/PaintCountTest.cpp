@@ -92,8 +92,10 @@ TEST_P(PaintCountTest, AnUpdateIsOnePaint) {
             Place const place(*widget, isInside);
             int const before = widget->CountPaints();
             for (int i = 0; i < 10; ++i) {
+                int const paints = widget->CountPaints();
                 widget->AsQWidget().update();
                 widget->AsQWidget().update();
+                ASSERT_TRUE(WaitUntil([&] { return widget->CountPaints() > paints; }));
                 AwaitQuiet(*widget);
             }
             EXPECT_EQ(widget->CountPaints() - before, 10);
