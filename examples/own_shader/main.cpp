@@ -61,7 +61,7 @@ Ring MakeRing() {
             QVector3D const outwards(std::cos(kTurn * u), std::sin(kTurn * u), 0.0f);
             QVector3D const normal =
                 -std::cos(kTurn * v) * outwards + QVector3D(0.0f, 0.0f, std::sin(kTurn * v));
-            vertices.push_back({outwards + 0.42f * normal, normal, QVector2D(6.0f * u, 1.0f - v)});
+            vertices.push_back({outwards + 0.42f * normal, normal, QVector2D(6.0f * u, v)});
         }
     }
     for (int column = 0; column < columns; ++column) {
@@ -90,7 +90,7 @@ QImage PaintLabel() {
     font.setBold(true);
     painter.setFont(font);
     painter.setPen(QColor(250, 246, 236));
-    painter.drawText(QRect(0, 132, 512, 248), Qt::AlignCenter, "zx3DQt");
+    painter.drawText(QRect(0, 132, 512, 160), Qt::AlignCenter, "zx3DQt"); // the ring is seen from above
     for (int x = 32; x < 512; x += 64) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(QColor(214, 92, 60));
