@@ -22,8 +22,10 @@ namespace zarvex::zx3D {
 // From 132 on the sizes of the transient buffers are called maxima, in `bgfx::Init::Limits` as in
 // `bgfx::Caps::Limits`. Use: `limits.*kTransientVbSize<bgfx::Caps::Limits>`.
 #if BGFX_API_VERSION < 132
+/// The size of the transient vertex buffer, bytes.
 template<typename Limits>
 inline constexpr auto kTransientVbSize = &Limits::transientVbSize;
+/// The size of the transient index buffer, bytes.
 template<typename Limits>
 inline constexpr auto kTransientIbSize = &Limits::transientIbSize;
 #else

@@ -14,9 +14,9 @@ namespace zarvex::zx3D {
 /// Lifetime: constants, initialised before any code runs, with bytes that live as long as the library or
 /// program that they are in.
 struct EmbeddedShader {
-    std::string_view name; ///< the stem of the source file
-    std::span<std::uint8_t const> openGL;
-    std::span<std::uint8_t const> vulkan;
+    std::string_view name;                ///< the stem of the source file
+    std::span<std::uint8_t const> openGL; ///< for OpenGL
+    std::span<std::uint8_t const> vulkan; ///< for Vulkan
 };
 
 } // namespace zarvex::zx3D

@@ -24,9 +24,12 @@ namespace zarvex::zx3D {
 /// under way; there is none afterwards. Thread: any.
 class ZX3D_EXPORT FrameListener {
 public:
+    /// What is called with the number of the frame.
     using Function = std::function<void(std::uint32_t number)>;
 
+    /// Listens from now on.
     explicit FrameListener(Function onFrameFinished);
+    /// Listens no more.
     ~FrameListener();
 
     FrameListener(FrameListener const&) = delete;

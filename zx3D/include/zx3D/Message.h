@@ -17,7 +17,7 @@ enum class MessageLevel : std::uint8_t {
 
 /// One message. Plain; the texts live until the handler returns.
 struct Message {
-    MessageLevel level = MessageLevel::Info;
+    MessageLevel level = MessageLevel::Info; ///< how much it matters
     std::string_view name; ///< stable, for programs: subject and cause, such as "surface.too-large"
     std::string_view text; ///< for people, in one line, without a line end; UTF-8
 };

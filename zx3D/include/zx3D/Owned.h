@@ -33,10 +33,12 @@ public:
 
     ~Owned() { Reset(); }
 
+    /// Takes over what the other owns, which is empty afterwards.
     Owned(Owned&& other) noexcept : m_handle(other.m_handle), m_run(other.m_run) {
         other.m_handle = BGFX_INVALID_HANDLE;
     }
 
+    /// Destroys what it owned, and takes over.
     Owned& operator=(Owned&& other) noexcept {
         Owned taken(std::move(other));
         std::swap(m_handle, taken.m_handle);
