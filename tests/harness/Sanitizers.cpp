@@ -15,8 +15,10 @@ extern "C" [[gnu::visibility("default")]] int dlclose(void*) {
 /// it from there since 2.25. Up to GCC 13 and Clang 16 the sanitizer takes such memory for that of an older
 /// glibc where a page begins 16 bytes before it, and the leak check then reads through what is no pointer:
 /// "Tracer caught signal 11", in one run out of many.
+///
+/// More memory at once than a picture may need is refused as the system refuses it.
 extern "C" [[gnu::visibility("default")]] char const* __asan_default_options() {
-    return "intercept_tls_get_addr=0";
+    return "intercept_tls_get_addr=0:allocator_may_return_null=1:max_allocation_size_mb=8192";
 }
 
 /// Leaks of libraries, each with its reason.
@@ -31,9 +33,9 @@ extern "C" [[gnu::visibility("default")]] char const* __lsan_default_suppression
 #if defined(__SANITIZE_THREAD__)
 
 /// Qt, the drivers and other libraries are built without the sanitizer, which therefore does not see how they
-/// synchronise their threads: what they do is left out. bgfx is built with it.
+/// synchronise their threads: what they do is left out. bgfx is built with it. Memory as above.
 extern "C" [[gnu::visibility("default")]] char const* __tsan_default_options() {
-    return "ignore_noninstrumented_modules=1";
+    return "ignore_noninstrumented_modules=1:allocator_may_return_null=1:max_allocation_size_mb=8192";
 }
 
 /// Races of bgfx, each with its reason.

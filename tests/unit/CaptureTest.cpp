@@ -6,6 +6,9 @@
 #include <Fixtures.h>
 #include <LogCapture.h>
 #include <Picture.h>
+#include <Warnings.h>
+
+#include <sys/resource.h>
 
 #include <functional>
 #include <utility>
@@ -43,6 +46,25 @@ protected:
         bgfx::destroy(target);
         return image;
     }
+};
+
+/// While it lives, no more than 8 GiB can be had at once. The sanitizers' own options say so already, and
+/// under them the address space has other uses.
+class MemoryLimit {
+public:
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    MemoryLimit() {
+        getrlimit(RLIMIT_AS, &m_before);
+        rlimit const limited{8ull << 30, m_before.rlim_max};
+        setrlimit(RLIMIT_AS, &limited);
+    }
+    ~MemoryLimit() {
+        setrlimit(RLIMIT_AS, &m_before);
+    }
+
+private:
+    rlimit m_before{};
+#endif
 };
 
 } // namespace
@@ -167,6 +189,14 @@ TEST_F(CaptureTest, WithoutAFrameToWaitForNoneIsSubmitted) {
     EXPECT_EQ(waits, 0);
     EXPECT_EQ(recorder::CountCalls("frame"), 0u);
     bgfx::frame(); // answers into the image, which still exists
+}
+
+TEST_F(CaptureTest, WhereThereIsNoMemoryForThePictureItIsNullWithAWarning) {
+    SetMaxTextureSize(65535);
+    ExpectWarning("picture.no-memory");
+    [[maybe_unused]] MemoryLimit const limit;
+    EXPECT_TRUE(Read(QSize(65535, 65535)).isNull());
+    EXPECT_THAT(recorder::CallsNamed("readTexture"), IsEmpty());
 }
 
 TEST_F(CaptureTest, TheImageHasTheBytesThatWereRead) {

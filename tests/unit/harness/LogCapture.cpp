@@ -7,7 +7,6 @@ namespace {
 
 QMutex mutex;
 std::vector<LogLine> lines;
-QtMessageHandler previous = nullptr;
 
 void Keep(QtMsgType level, QMessageLogContext const& context, QString const& text) {
     QMutexLocker const locker(&mutex);
@@ -17,13 +16,12 @@ void Keep(QtMsgType level, QMessageLogContext const& context, QString const& tex
 
 } // namespace
 
-LogCapture::LogCapture() {
+LogCapture::LogCapture() : m_previous(qInstallMessageHandler(Keep)) {
     Clear();
-    previous = qInstallMessageHandler(Keep);
 }
 
 LogCapture::~LogCapture() {
-    qInstallMessageHandler(previous);
+    qInstallMessageHandler(m_previous);
 }
 
 std::vector<LogLine> LogCapture::Lines() const {

@@ -43,6 +43,9 @@ public:
     [[nodiscard]] std::vector<std::string> Texts() const { return Texts("zarvex.zx3dqt"); }
 
     void Clear();
+
+private:
+    QtMessageHandler m_previous;
 };
 
 /// The text that these pieces give when they are streamed one by one into a QDebug in its default mode.
