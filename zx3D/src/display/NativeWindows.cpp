@@ -127,10 +127,13 @@ void NativeWindows::ShowDrawn(std::uint32_t frame) {
 void NativeWindows::Show(Newcomer const& newcomer) {
     auto const [child, parent, firstFrame] = newcomer;
     auto const request = xcb_reparent_window_checked(m_connection.get(), child, parent, 0, 0);
-    if (!Succeeds(m_connection.get(), request))
-        return; // the parent died
+    if (!Succeeds(m_connection.get(), request)) {
+        DestroyRetired(parent); // which died, and they with it
+        return;
+    }
     PutBelowOthers(child, parent);
     xcb_map_window(m_connection.get(), child);
+    DestroyRetired(parent);
     // From now on: that the parent's contents are covered is no news, since a picture follows.
     constexpr std::uint32_t events = XCB_EVENT_MASK_EXPOSURE;
     auto const last =
@@ -151,9 +154,36 @@ void NativeWindows::DestroyChild(void* child) {
     xcb_flush(m_connection.get());
 }
 
+void NativeWindows::RetireChild(void* child) {
+    {
+        std::lock_guard const lock(m_mutex);
+        if (m_parentOfChild.contains(ToId(child))) {
+            m_retired.push_back(ToId(child));
+            return;
+        }
+    }
+    DestroyChild(child);
+}
+
+void NativeWindows::DestroyRetired(Window parent) {
+    std::erase_if(m_retired, [&](Window child) {
+        auto const entry = m_parentOfChild.find(child);
+        if (entry->second != parent)
+            return false;
+        m_parentOfChild.erase(entry);
+        xcb_destroy_window(m_connection.get(), child);
+        return true;
+    });
+}
+
 void NativeWindows::Forget(Window child) {
     std::lock_guard const lock(m_mutex);
-    std::erase_if(m_newcomers, [child](Newcomer const& newcomer) { return newcomer.child == child; });
+    std::erase_if(m_newcomers, [&](Newcomer const& newcomer) {
+        bool const isIt = newcomer.child == child;
+        if (isIt)
+            DestroyRetired(newcomer.parent);
+        return isIt;
+    });
     m_parentOfChild.erase(child);
 }
 

@@ -57,6 +57,10 @@ public:
 
     void DestroyChild(void* child);
 
+    /// Destroys a child once another one of its parent is shown, or goes unshown. The parent, which would be
+    /// exposed in between, is told of nothing, and what is on the screen stays there.
+    void RetireChild(void* child);
+
     /// True while a window that was a parent once has not been destroyed. Does not wait for the display
     /// server.
     bool IsAlive(void* parent);
@@ -80,6 +84,9 @@ private:
     bool CreateNowhere(int screenNumber);
     void Show(Newcomer const& newcomer);
 
+    /// With the mutex locked.
+    void DestroyRetired(Window parent);
+
     /// Neither waiting to be shown nor shown any more.
     void Forget(Window child);
     bool WatchParent(Window parent);
@@ -97,10 +104,11 @@ private:
     std::uint32_t m_visual = 0; ///< of children, with its depth and colour map; 0: their parent's
     std::uint8_t m_depth = 0;
     std::uint32_t m_colormap = 0;
-    std::mutex m_mutex; ///< guards the three below
+    std::mutex m_mutex; ///< guards the four below
     std::vector<Newcomer> m_newcomers;
     std::set<Window> m_aliveParents;
     std::map<Window, Window> m_parentOfChild;
+    std::vector<Window> m_retired; ///< of those
     std::thread m_eventThread;
 };
 

@@ -49,9 +49,11 @@ void Surface::SubmitOnDemand() {
     SurfaceRegistry::Get().FreeDeadOrphans();
     if (IsCollapsed() || IsUpToDate())
         return;
-    Destroy();
-    if (!IsWithinLimits())
+    if (!IsWithinLimits()) {
+        Destroy();
         return;
+    }
+    DestroyAnd(&NativeWindows::RetireChild);
     Create();
     if (!HasObject()) {
         // bgfx gives the handles of what was destroyed back with a frame only.
@@ -77,6 +79,10 @@ void Surface::BindToView(bgfx::ViewId view) const {
 }
 
 void Surface::Destroy() {
+    DestroyAnd(&NativeWindows::DestroyChild);
+}
+
+void Surface::DestroyAnd(void (NativeWindows::*letChildGo)(void*)) {
     if (!HasObject())
         return;
     bgfx::FrameBufferHandle const handle = GetHandle();
@@ -84,7 +90,7 @@ void Surface::Destroy() {
     if (IsAttached()) {
         FinishRecordedFrames(); // into it, what was recorded for it
         if (NativeWindows* const windows = GetNativeWindows())
-            windows->DestroyChild(m_child);
+            (windows->*letChildGo)(m_child);
     }
     SurfaceRegistry::Get().UnbindViews(handle);
 }

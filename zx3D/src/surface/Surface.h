@@ -11,6 +11,8 @@
 
 namespace zarvex::zx3D {
 
+class NativeWindows;
+
 /// One surface and the bgfx frame buffer that stands for it, while there is one.
 class Surface {
 public:
@@ -57,6 +59,7 @@ private:
     bool IsUpToDate() const;
     bool CanBeInSight() const { return !m_leftWindow && IsWindowAlive(); }
     bool IsWithinLimits();
+    void DestroyAnd(void (NativeWindows::*letChildGo)(void* child));
     void Create();
     Owned<bgfx::FrameBufferHandle> CreateOnWindow();
     Owned<bgfx::FrameBufferHandle> CreateOnTextures() const;
