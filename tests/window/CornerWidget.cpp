@@ -6,6 +6,7 @@
 #include <zx3DQt/BGFXNativeWidget.h>
 #include <zx3DQt/BGFXOffscreenWidget.h>
 
+#include <QElapsedTimer>
 #include <QScreen>
 #include <QWindow>
 
@@ -123,6 +124,19 @@ void ExpectShown(CornerWidget& widget) {
         return isShown();
     })) << difference;
     EXPECT_EQ(widget.GetFrameBufferSize(), PhysicalSize(widget.AsQWidget()));
+}
+
+void AwaitQuiet(CornerWidget const& widget) {
+    constexpr int quietMilliseconds = 60;
+    int paints = widget.CountPaints();
+    QElapsedTimer quiet;
+    quiet.start();
+    WaitUntil([&] {
+        if (widget.CountPaints() != paints)
+            quiet.start();
+        paints = widget.CountPaints();
+        return quiet.elapsed() > quietMilliseconds;
+    });
 }
 
 } // namespace zarvex::testing

@@ -63,4 +63,7 @@ QImage GrabFromScreen(QWidget const& widget);
 /// what is wrong, after a few seconds.
 void ExpectShown(CornerWidget& widget);
 
+/// Runs the event loop until the widget has not painted for a while.
+void AwaitQuiet(CornerWidget const& widget);
+
 } // namespace zarvex::testing

@@ -4,7 +4,6 @@
 
 #include "render/SharedRun.h"
 
-#include <QElapsedTimer>
 #include <QVBoxLayout>
 
 #include <memory>
@@ -13,23 +12,8 @@ namespace zarvex::testing {
 
 namespace {
 
-constexpr int kQuietMilliseconds = 60;
-
 int Count(int ordinary, int full) {
     return qEnvironmentVariableIsSet("ZX3D_FULL_COUNTS") ? full : ordinary;
-}
-
-/// Runs the event loop until the widget has not painted for a while.
-void AwaitQuiet(CornerWidget const& widget) {
-    int paints = widget.CountPaints();
-    QElapsedTimer quiet;
-    quiet.start();
-    WaitUntil([&] {
-        if (widget.CountPaints() != paints)
-            quiet.start();
-        paints = widget.CountPaints();
-        return quiet.elapsed() > kQuietMilliseconds;
-    });
 }
 
 /// The widget by itself, or in a window with a layout.
