@@ -29,7 +29,8 @@ protected:
 /// and without, and in formats of many programs.
 TEST_P(ModelsTest, OfManyFormatsAreDrawn) {
     for (char const* const path : {"OBJ/spider.obj",
-                                   "Collada/cube_UTF16LE.dae",
+                                   "Collada/cube_UTF8BOM.dae",
+                                   "ASE/ThreeCubesGreen_UTF16LE.ASE",
                                    "STL/Spider_ascii.stl",
                                    "STL/Spider_binary.stl",
                                    "PLY/float-color.ply",
