@@ -47,10 +47,11 @@ private:
             .add(bgfx::Attrib::Position, 3, bgfx::AttribType::Float)
             .add(bgfx::Attrib::TexCoord0, 2, bgfx::AttribType::Float)
             .end();
-        constexpr std::array<Corner, 4> corners{Corner{0.0f, 1.0f, 0.0f, 0.0f, 0.0f},
-                                                {1.0f, 1.0f, 0.0f, 1.0f, 0.0f},
-                                                {0.0f, -1.0f, 0.0f, 0.0f, 1.0f},
-                                                {1.0f, -1.0f, 0.0f, 1.0f, 1.0f}};
+        // The projection has y down, as the texture has.
+        constexpr std::array<Corner, 4> corners{Corner{0.0f, -1.0f, 0.0f, 0.0f, 0.0f},
+                                                {1.0f, -1.0f, 0.0f, 1.0f, 0.0f},
+                                                {0.0f, 1.0f, 0.0f, 0.0f, 1.0f},
+                                                {1.0f, 1.0f, 0.0f, 1.0f, 1.0f}};
         constexpr std::array<std::uint16_t, 6> indices{0, 1, 2, 1, 3, 2};
         constexpr std::array<std::uint32_t, 4> pixels{0xff0000ff, 0xff00ff00, 0xffff0000, 0xffffffff};
         constexpr float tint[] = {1.0f, 1.0f, 0.2f, 1.0f};
