@@ -13,6 +13,7 @@ namespace zarvex::zx3DQt {
 
 class FrameRequest;
 class PaintTurn;
+class ReportedSize;
 enum class FrameReason;
 
 /// A QWidget that embeds a `BGFXWindow`: the fastest way onto the screen, since nothing is copied. Derive
@@ -128,7 +129,7 @@ private:
     void RequestFrame(FrameReason reason);
     void PaintNow();
     bool IsPutOff();
-    bool IsAheadOfWindow() const;
+    bool IsAheadOfWindow();
     void LogFilter(char const* prefix, QObject const* watched, QEvent const* event) const;
 
     std::unique_ptr<BGFXWindow> m_window;
@@ -136,8 +137,10 @@ private:
     bool m_surfaceLost = false; ///< the window's first surface is gone
     std::unique_ptr<FrameRequest> m_frameRequest;
     std::unique_ptr<PaintTurn> m_turn;
-    bool m_paintsAtOnce = false; ///< `repaint` is under way, or the turn came
-    QSize m_reportedSize;        ///< the window's, as the window system told it last
+    bool m_paintsAtOnce = false;                  ///< `repaint` is under way, or the turn came
+    std::unique_ptr<ReportedSize> m_windowSize;   ///< the embedded window's
+    std::unique_ptr<ReportedSize> m_topLevelSize; ///< that of the window that all of this lies in
+    bool m_awaitsTopLevel = false;                ///< a paint was left out until the latter has its size
 };
 
 } // namespace zarvex::zx3DQt

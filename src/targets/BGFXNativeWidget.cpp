@@ -8,6 +8,7 @@
 #include "FrameRequest.h"
 #include "HeldEvents.h"
 #include "PaintTurn.h"
+#include "ReportedSize.h"
 #include "SurfaceFormats.h"
 #include "TargetLog.h"
 
@@ -32,8 +33,13 @@ BGFXNativeWidget::BGFXNativeWidget(QWidget* parent, Qt::WindowFlags flags) : QWi
     setObjectName("BGFXNativeWidget");
     m_turn = std::make_unique<PaintTurn>([this] { PaintNow(); });
     m_frameRequest = std::make_unique<FrameRequest>([this] {
-        if (!m_turn->IsPutOff())
+        if (!IsAheadOfWindow() && !m_turn->IsPutOff())
             PaintNow();
+    });
+    m_windowSize = std::make_unique<ReportedSize>([this] { RequestFrame(FrameReason::Resized); });
+    m_topLevelSize = std::make_unique<ReportedSize>([this] {
+        if (m_awaitsTopLevel)
+            RequestFrame(FrameReason::Uncovered);
     });
     InitializeRenderingWidget(parent, flags);
     BGFXNativeWidget::ConnectRenderTargetWindowSignals();
@@ -59,6 +65,7 @@ void BGFXNativeWidget::InitializeRenderingWidget(QWidget* parent, Qt::WindowFlag
         QSignalBlocker const containerBlocker(m_container.get());
         m_window->installEventFilter(this);
         m_container->installEventFilter(this);
+        m_windowSize->Follow(m_window.get());
     }
     // The keyboard focus belongs to the widget. A window that took it would keep Tab from leaving.
     m_window->setFlag(Qt::WindowDoesNotAcceptFocus);
@@ -134,10 +141,6 @@ void BGFXNativeWidget::FollowWindow(QEvent const& event) {
             break;
         }
         break;
-    case QEvent::Resize:
-        m_reportedSize = static_cast<QResizeEvent const&>(event).size();
-        RequestFrame(FrameReason::Resized);
-        break;
     default:
         break;
     }
@@ -211,10 +214,11 @@ bool BGFXNativeWidget::IsPutOff() {
     return IsAheadOfWindow() || m_turn->IsPutOff();
 }
 
-bool BGFXNativeWidget::IsAheadOfWindow() const {
-    // Qt gives a window's new size at once. The window has it when the window system says so, and the widget
-    // then asks for a frame: one before would be of the old size.
-    return m_window->isExposed() && m_window->size() != m_reportedSize;
+bool BGFXNativeWidget::IsAheadOfWindow() {
+    // A frame before the window has its size would be of the old one; what is drawn while the window around
+    // it has not grown yet is lost where it lies outside. When they have, the widget asks for a frame.
+    m_awaitsTopLevel = m_topLevelSize->IsAwaited();
+    return m_awaitsTopLevel || m_windowSize->IsAwaited();
 }
 
 void BGFXNativeWidget::FinishUpdate() {
@@ -246,6 +250,7 @@ void BGFXNativeWidget::resizeEvent(QResizeEvent* event) {
 void BGFXNativeWidget::showEvent(QShowEvent* event) {
     LogHandler(kClassName, *this, "QShowEvent", event);
     QWidget::showEvent(event);
+    m_topLevelSize->Follow(window()->windowHandle());
 }
 
 void BGFXNativeWidget::hideEvent(QHideEvent* event) {
@@ -276,7 +281,7 @@ QPixmap BGFXNativeWidget::RenderPixmap(int width, int height) {
     zx3D::FrameBuffer const savedFrameBuffer = GetFrameBuffer();
 
     zx3D::FrameBuffer target(nullptr, kOffscreenColorFormat, kDepthFormat);
-    GetFrameBuffer().Destroy();
+    GetFrameBuffer().DestroyKeepingPicture();
     RequestResize(target, size);
     SetFrameBuffer(target);
     GetFrameBuffer().SubmitOnDemand();

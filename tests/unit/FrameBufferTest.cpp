@@ -148,6 +148,19 @@ TEST_F(FrameBufferTest, DestroyOfAnAttachedOneWaitsUntilBgfxHasLetGo) {
     EXPECT_THAT(recorder::Alive(), IsEmpty());
 }
 
+TEST_F(FrameBufferTest, KeepingThePictureItMakesTheCallsOfDestroy) {
+    FrameBuffer frameBuffer = Sized(Attached());
+    recorder::ClearCalls();
+    frameBuffer.Destroy();
+    std::vector<std::string> const calls = recorder::CallNames();
+    frameBuffer.SubmitOnDemand();
+    recorder::ClearCalls();
+    frameBuffer.DestroyKeepingPicture();
+    EXPECT_FALSE(bgfx::isValid(frameBuffer.GetHandle()));
+    EXPECT_EQ(recorder::CallNames(), calls);
+    EXPECT_THAT(recorder::Alive(), IsEmpty());
+}
+
 TEST_F(FrameBufferTest, DestroyWithoutAnObjectMakesNoCall) {
     FrameBuffer frameBuffer = Attached();
     frameBuffer.RequestResize(640, 480);

@@ -14,6 +14,33 @@
 
 namespace zarvex::testing {
 
+namespace {
+
+/// Counts the times that a window is told of parts that have to be drawn.
+class ExposureCounter final : public QObject {
+public:
+    explicit ExposureCounter(QWindow& window) { window.installEventFilter(this); }
+
+    int GetCount() const { return m_count; }
+
+    bool eventFilter(QObject*, QEvent* event) override {
+        m_count += event->type() == QEvent::Expose || event->type() == QEvent::Paint;
+        return false;
+    }
+
+private:
+    int m_count = 0;
+};
+
+void LetTheDisplayServerAnswer() {
+    for (int i = 0; i < 20; ++i) {
+        QGuiApplication::sync();
+        HandlePendingEvents();
+    }
+}
+
+} // namespace
+
 using SurfaceLossTest = BackendTest;
 
 TEST_P(SurfaceLossTest, ClosingAWindowFreesItsSurfaceAtOnce) {
@@ -22,6 +49,24 @@ TEST_P(SurfaceLossTest, ClosingAWindowFreesItsSurfaceAtOnce) {
     ExpectPicture(window);
     window.destroy(); // what closing does
     EXPECT_FALSE(bgfx::isValid(window.GetFrameBuffer().GetHandle()));
+}
+
+TEST_P(SurfaceLossTest, TheLastPictureStaysWhereItIsKeptUntilTheNext) {
+    CornerWindow window(Qt::darkGreen);
+    ShowAndWait(window);
+    ExpectPicture(window);
+    ExposureCounter const exposures(window);
+    QImage const before = GrabFromScreen(window);
+    window.GetFrameBuffer().DestroyKeepingPicture();
+    LetTheDisplayServerAnswer();
+    EXPECT_EQ(GrabFromScreen(window), before);
+    EXPECT_EQ(exposures.GetCount(), 0);
+    ExpectPicture(window);
+    window.GetFrameBuffer().Destroy(); // and here it is told that it is uncovered
+    EXPECT_TRUE(WaitUntil([&] { return exposures.GetCount() > 0; }));
+    ExpectPicture(window);
+    window.GetFrameBuffer().DestroyKeepingPicture();
+    window.close(); // with it, what is kept
 }
 
 TEST_P(SurfaceLossTest, AWindowMadeAfterAnotherWasClosedShowsItsPicture) {

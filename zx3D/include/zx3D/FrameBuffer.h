@@ -86,6 +86,10 @@ public:
     /// render thread have let go of the native window, having submitted what was recorded so far.
     void Destroy();
 
+    /// As `Destroy`, but the native window goes on showing its last picture until the next one of a frame
+    /// buffer on it, or until it goes: for a time without the surface that nobody shall see.
+    void DestroyKeepingPicture();
+
 private:
     std::shared_ptr<Surface> m_surface;
 };

@@ -258,6 +258,7 @@ void NativeWindows::HandleEvents() {
                 return;
             std::lock_guard const lock(m_mutex);
             m_aliveParents.erase(window);
+            DestroyRetired(window);
             break;
         }
         default:

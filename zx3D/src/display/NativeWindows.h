@@ -57,8 +57,8 @@ public:
 
     void DestroyChild(void* child);
 
-    /// Destroys a child once another one of its parent is shown, or goes unshown. The parent, which would be
-    /// exposed in between, is told of nothing, and what is on the screen stays there.
+    /// Destroys a child once another one of its parent is shown, or goes unshown, or the parent dies. The
+    /// parent, which would be exposed in between, is told of nothing, and what is on the screen stays there.
     void RetireChild(void* child);
 
     /// True while a window that was a parent once has not been destroyed. Does not wait for the display

@@ -53,4 +53,8 @@ void FrameBuffer::Destroy() {
     m_surface->Destroy();
 }
 
+void FrameBuffer::DestroyKeepingPicture() {
+    m_surface->DestroyKeepingPicture();
+}
+
 } // namespace zarvex::zx3D

@@ -53,7 +53,7 @@ void Surface::SubmitOnDemand() {
         Destroy();
         return;
     }
-    DestroyAnd(&NativeWindows::RetireChild);
+    DestroyKeepingPicture();
     Create();
     if (!HasObject()) {
         // bgfx gives the handles of what was destroyed back with a frame only.
@@ -80,6 +80,10 @@ void Surface::BindToView(bgfx::ViewId view) const {
 
 void Surface::Destroy() {
     DestroyAnd(&NativeWindows::DestroyChild);
+}
+
+void Surface::DestroyKeepingPicture() {
+    DestroyAnd(&NativeWindows::RetireChild);
 }
 
 void Surface::DestroyAnd(void (NativeWindows::*letChildGo)(void*)) {

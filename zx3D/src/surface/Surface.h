@@ -35,6 +35,7 @@ public:
     void SubmitOnDemand();
     void BindToView(bgfx::ViewId view) const;
     void Destroy();
+    void DestroyKeepingPicture();
 
     /// Gives the bgfx object up without waiting for bgfx to let go of it. There must be one.
     void DestroyObject();
