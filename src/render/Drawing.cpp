@@ -36,8 +36,9 @@ constexpr char const* kVec4Uniforms[] = {"u_lineStipple",     "u_lineStyle", "u_
                                          "u_depthOffsetBias"};
 static_assert(std::size(kVec4Uniforms) == IndexOf(Uniform::FullscreenTexture));
 
-/// Uniforms of the programs' shaders that are not among the renderer's: of a material and eight lights.
-constexpr std::uint32_t kUniformsOfShaders = 5 + 8 * 4;
+/// Uniforms of the programs' shaders that are not among the renderer's, of a material and eight lights; and
+/// five that a program names and that exist already, for which the factory wants room, too.
+constexpr std::uint32_t kUniformsOfShaders = 5 + 8 * 4 + 5;
 
 /// Buffers that each frame leaves to the application and to bgfx itself.
 constexpr std::uint32_t kBuffersOfOthers = 16;
@@ -98,8 +99,8 @@ bool Drawing::HasUniforms() const {
     if (!std::all_of(m_uniforms.begin(), m_uniforms.end(),
                      [](bgfx::UniformHandle uniform) { return bgfx::isValid(uniform); }))
         return false;
-    // The programs' shaders name more, of materials and lights. bgfx's render thread crashes at a shader that
-    // it cannot give all of them. Programs are created once in a run of the context.
+    // The factory makes no program whose shaders' uniforms do not fit. Programs are created once in a run of
+    // the context.
     static zx3D::ContextRun programRun;
     if (programRun.IsCurrent())
         return true;

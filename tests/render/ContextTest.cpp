@@ -5,14 +5,20 @@
 #include <harness/LibraryRun.h>
 #include <harness/Trouble.h>
 #include <harness/TroubleCallback.h>
+#include <harness/WaitUntil.h>
 
 #include <zx3D/BgfxVersion.h>
 #include <zx3D/Context.h>
+#include <zx3D/FrameBuffer.h>
 
 #include <bx/bx.h>
 
 #include <QGuiApplication>
+#include <QImage>
+#include <QPixmap>
+#include <QScreen>
 #include <QWidget>
+#include <QWindow>
 
 using namespace zarvex;
 using namespace zarvex::testing;
@@ -68,6 +74,43 @@ protected:
         }
     }
 
+    /// In single-threaded mode only `SubmitFrame` notices that a window has been drawn into.
+    void ExpectAWindowToAppearAfterSubmitFrame() {
+        ASSERT_TRUE(zx3D::Context::Initialize(Options(ThreadMode::SingleThreaded)));
+        QWindow window;
+        window.resize(80, 60);
+        window.show();
+        ASSERT_TRUE(WaitUntil([&window] { return window.isExposed(); }));
+        zx3D::FrameBuffer frameBuffer(reinterpret_cast<void*>(window.winId()), bgfx::TextureFormat::BGRA8,
+                                      bgfx::TextureFormat::D16);
+        frameBuffer.RequestResize(80, 60);
+        frameBuffer.SubmitOnDemand();
+        auto const record = [&frameBuffer] {
+            frameBuffer.BindToView(0);
+            bgfx::setViewClear(0, BGFX_CLEAR_COLOR, 0xff00ffff);
+            bgfx::setViewRect(0, 0, 0, 80, 60);
+            bgfx::touch(0);
+        };
+        auto const isShown = [&window] {
+            QImage const image = window.screen()->grabWindow(window.winId()).toImage();
+            return image.pixelColor(40, 30) == QColor(0xff, 0x00, 0xff);
+        };
+        for (int i = 0; i < 5; ++i) {
+            record();
+            bgfx::frame();
+            HandlePendingEvents();
+            EXPECT_FALSE(isShown()) << i;
+        }
+        record();
+        zx3D::Context::SubmitFrame();
+        for (int i = 0; i < 3; ++i) { // from the next one on, whoever submits it
+            record();
+            bgfx::frame();
+            EXPECT_TRUE(WaitUntil(isShown)) << i;
+        }
+        frameBuffer.Destroy();
+    }
+
     QWidget m_widget;
     TroubleCallback m_callback;
 };
@@ -81,6 +124,10 @@ TEST_P(ContextTest, DrawsWithBgfxsRenderThread) {
 
 TEST_P(ContextTest, DrawsSingleThreaded) {
     ZX3D_EXPECT_IN_CHILD_PROCESS(ExpectRun(ThreadMode::SingleThreaded), "");
+}
+
+TEST_P(ContextTest, SingleThreadedAWindowAppearsAfterSubmitFrame) {
+    ZX3D_EXPECT_IN_CHILD_PROCESS(ExpectAWindowToAppearAfterSubmitFrame(), "");
 }
 
 TEST_P(ContextTest, ChangesBetweenThreadModes) {

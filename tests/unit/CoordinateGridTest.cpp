@@ -369,5 +369,5 @@ TEST_F(CoordinateGridTest, AMillionLinesAreNotCutShort) {
         vertices += std::stoul(call.arguments);
     EXPECT_EQ(vertices, 2'000'000u);
     for (LogLine const& line : log.Lines())
-        EXPECT_FALSE(line.text.ends_with("[grid.cut-short]"));
+        EXPECT_THAT(line.text, testing::Not(testing::HasSubstr("cut short")));
 }

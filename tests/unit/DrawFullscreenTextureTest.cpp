@@ -1,12 +1,17 @@
 // A texture over a whole view: the draw, and the triangle that is kept.
 #include <DrawFixture.h>
+#include <Warnings.h>
 
 #include <zx3DQt/Library.h>
 
 using namespace zarvex;
 using namespace zarvex::zx3DQt;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+using testing::StartsWith;
 
 namespace {
 
@@ -24,6 +29,35 @@ protected:
 
     /// The handle that the one call of a function returned.
     static std::string ResultOf(char const* name) { return recorder::CallsNamed(name).at(0).result; }
+
+    /// While `create` gives nothing more, nothing is drawn, nothing left behind, and the cause told of once.
+    template<typename Create>
+    void ExpectNothingDrawnWithout(Create create) {
+        using Buffer = decltype(create());
+        std::vector<Buffer> taken;
+        do
+            taken.push_back(create());
+        while (bgfx::isValid(taken.back()));
+        taken.pop_back();
+        std::vector<std::string> const alive = recorder::Alive();
+        recorder::ClearCalls();
+        for (int i = 0; i < 3; ++i)
+            m_renderer->DrawFullscreenTexture(9, m_texture);
+        EXPECT_THAT(recorder::Draws(), IsEmpty());
+        EXPECT_THAT(recorder::CallNames(), Not(Contains(StartsWith("set"))));
+        bgfx::frame();
+        EXPECT_EQ(recorder::Alive(), alive);
+        EXPECT_EQ(m_renderer->GetFrameStatistics().CountLeftOut(LeftOutReason::NoBuffer), 3u);
+        EXPECT_THAT(TakeWarnings("draw.no-buffer"), SizeIs(1));
+
+        bgfx::destroy(taken.back());
+        taken.pop_back();
+        bgfx::frame();
+        m_renderer->DrawFullscreenTexture(9, m_texture);
+        EXPECT_EQ(TheDraw().view, 9);
+        for (Buffer const buffer : taken)
+            bgfx::destroy(buffer);
+    }
 
     bgfx::TextureHandle m_texture = BGFX_INVALID_HANDLE;
 };
@@ -120,4 +154,13 @@ TEST_F(DrawFullscreenTextureTest, RenderersHaveTheirOwnTriangles) {
     m_renderer->DrawFullscreenTexture(9, m_texture);
     other.DrawFullscreenTexture(9, m_texture);
     EXPECT_EQ(recorder::CountCalls("createVertexBuffer"), 2u);
+}
+
+TEST_F(DrawFullscreenTextureTest, WithoutAVertexBufferNothingIsDrawnUntilThereIsOne) {
+    ExpectNothingDrawnWithout(
+        [] { return bgfx::createVertexBuffer(bgfx::alloc(28), zx3D::Vertex::Pos3fColorRGBA::Layout()); });
+}
+
+TEST_F(DrawFullscreenTextureTest, WithoutAnIndexBufferNothingIsDrawnUntilThereIsOne) {
+    ExpectNothingDrawnWithout([] { return bgfx::createIndexBuffer(bgfx::alloc(6)); });
 }

@@ -23,6 +23,7 @@ public:
     bool PaintFrame();
 
     QColor const& GetColor() const { return m_color; }
+    void SetColor(QColor const& color) { m_color = color; }
 
 private:
     QColor m_color;

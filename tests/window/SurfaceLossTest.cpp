@@ -140,6 +140,8 @@ TEST_P(SurfaceLossTest, AWindowThatWasGivenTheFrameBufferOfAnotherGoesAndTheOthe
         if (isClosedFirst)
             window->close();
         window.reset();
+        other.SetColor(isClosedFirst ? Qt::darkBlue
+                                     : Qt::darkRed); // it shows more than what it showed before
         ExpectPicture(other);
     }
 }

@@ -57,7 +57,8 @@ public:
     static bool IsInitialized();
 
     /// Calls `bgfx::frame` once and returns the frame's number. Whoever submits frames this way is known to
-    /// `IsFrameInFlight`; `bgfx::frame` itself remains usable beside it. bgfx must run.
+    /// `IsFrameInFlight`; `bgfx::frame` itself remains usable beside it, but in single-threaded mode a new
+    /// surface of a window shows what is drawn only from the frame after this call on. bgfx must run.
     static std::uint32_t SubmitFrame(bool capture = false);
 
     /// True from `SubmitFrame` until the render thread has executed that frame, when the next `bgfx::frame`

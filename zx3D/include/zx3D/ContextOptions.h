@@ -16,10 +16,11 @@ struct ContextOptions {
     /// Which thread executes the recorded frames.
     enum class ThreadMode : std::uint8_t {
         /// A render thread of zx3D's own, one for the life of the process; the recording thread runs one
-        /// frame ahead. On OpenGL this keeps
-        /// bgfx's GL contexts off the GUI thread, where Qt may have its own.
+        /// frame ahead. On OpenGL this keeps bgfx's GL contexts off the GUI thread, where Qt may have its
+        /// own.
         MultiThreaded = 0,
-        /// `bgfx::frame` executes the frame before it returns.
+        /// `bgfx::frame` executes the frame before it returns. Call it through `Context::SubmitFrame`: a
+        /// window shows nothing before the first frame after that.
         SingleThreaded = 1,
     };
 

@@ -3,6 +3,7 @@
 
 #include <zx3D/ContextListener.h>
 #include <zx3D/EmbeddedShader.h>
+#include <zx3D/Message.h>
 #include <zx3D/Owned.h>
 #include <zx3D/zx3DExport.h>
 
@@ -29,7 +30,7 @@ public:
     static ProgramFactory& Get();
 
     /// A graphics program. Empty when a shader of that name does not exist, does not exist for the running
-    /// renderer, or the two do not fit together.
+    /// renderer, or the two do not fit together; and while bgfx has fewer uniforms left than they name.
     std::optional<bgfx::ProgramHandle> CreateProgram(std::string_view vertexShaderName,
                                                      std::string_view fragmentShaderName);
 
@@ -50,7 +51,10 @@ private:
     ProgramFactory() = default;
     ~ProgramFactory() = default;
 
-    void OnContextStopping() override { m_programs.clear(); }
+    void OnContextStopping() override {
+        m_programs.clear();
+        m_noUniforms.Clear();
+    }
 
     /// A vertex and a fragment shader, or a compute shader and none; in the order of their names.
     struct Shaders {
@@ -63,6 +67,7 @@ private:
     std::optional<bgfx::ProgramHandle> FindOrCreate(Shaders shaders);
 
     std::map<Shaders, Owned<bgfx::ProgramHandle>> m_programs;
+    OncePerCause m_noUniforms;
 };
 
 } // namespace zarvex::zx3D

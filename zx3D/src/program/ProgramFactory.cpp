@@ -55,6 +55,13 @@ char const* NameOf(Stage stage) {
     }
 }
 
+/// How many uniforms a shader names: behind its magic and two hashes, in little endian.
+std::uint32_t CountUniforms(EmbeddedShader const& shader) {
+    constexpr std::size_t place = 12;
+    std::span<std::uint8_t const> const binary = SelectBinary(shader);
+    return binary.size() < place + 2 ? 0 : binary[place] + 256u * binary[place + 1];
+}
+
 Owned<bgfx::ShaderHandle> CreateShader(EmbeddedShader const& shader, Stage stage) {
     std::span<std::uint8_t const> const binary = SelectBinary(shader);
     if (binary.empty()) {
@@ -154,6 +161,13 @@ std::optional<bgfx::ProgramHandle> ProgramFactory::FindOrCreate(Shaders shaders)
     if (auto const found = m_programs.find(shaders); found != m_programs.end())
         return found->second.Get();
     auto const [first, second] = shaders;
+    // bgfx's render thread crashes at a shader that bgfx had no uniforms left for.
+    std::uint32_t const uniforms = CountUniforms(*first) + (second != nullptr ? CountUniforms(*second) : 0);
+    if (bgfx::getStats()->numUniforms + uniforms > bgfx::getCaps()->limits.maxUniforms) {
+        m_noUniforms.Raise([first] { Report(first->name, "needs more uniforms than bgfx has left"); });
+        return std::nullopt;
+    }
+    m_noUniforms.Clear();
     Owned program = second != nullptr ? CreateGraphicsProgram(*first, *second) : CreateComputeProgram(*first);
     if (!program)
         return std::nullopt;
