@@ -456,5 +456,5 @@ TEST_F(RecorderTest, ARenderThreadFollowsFramesAndEndsWithShutdown) {
     bgfx::shutdown();
     renderThread.join();
     EXPECT_TRUE(exited);
-    EXPECT_LE(frames, 1);
+    EXPECT_LE(frames, 2); // that of `init`, and this one, or fewer where the thread comes late
 }

@@ -38,10 +38,12 @@ void PrintSteps() {
     std::fprintf(stderr, "%s\n", steps.c_str());
 }
 
-/// All that was met, other than what the libraries say themselves, and what a debug build of bgfx says of
-/// values that are set twice before a draw, as a sequence may do.
+/// All that was met, other than what the libraries say themselves, what a debug build of bgfx says of values
+/// that are set twice before a draw, as a sequence may do, and what Qt says of a window whose state changes
+/// while the window manager is about to map it.
 std::vector<std::string> TakeFindings() {
     testing::Trouble::Take("was already set for this draw call");
+    testing::Trouble::Take("setNetWmStateOnUnmappedWindow() called on mapped window");
     std::vector<std::string> findings = testing::Trouble::Take();
     std::erase_if(findings,
                   [](std::string const& trouble) { return trouble.starts_with("zarvex.zx3dqt: "); });
