@@ -1,5 +1,6 @@
 // What is bound for the next draw, and the draws that take it over.
 #include "State.h"
+#include "Version.h"
 
 #include <algorithm>
 
@@ -151,7 +152,7 @@ using recorder::Recording;
 using recorder::Resource;
 using recorder::Running;
 
-void setMarker(char const* marker) {
+void setMarker(char const* marker RECORDER_NAME_LENGTH) {
     Recording call("setMarker", Arguments(marker));
 }
 

@@ -1,5 +1,6 @@
 // bgfx's start, stop and frames, its capabilities and its statistics.
 #include "State.h"
+#include "Version.h"
 
 #include <zx3D/BgfxVersion.h>
 
@@ -15,15 +16,6 @@ namespace {
 template<typename Record>
 void Clear(Record& record) {
     std::memset(static_cast<void*>(&record), 0, sizeof(record));
-}
-
-template<typename Resolution>
-void FillColorFormat(Resolution& resolution) {
-    if constexpr (requires { resolution.format; }) {
-        resolution.format = bgfx::TextureFormat::RGBA8;
-    } else {
-        resolution.formatColor = bgfx::TextureFormat::RGBA8;
-    }
 }
 
 using zarvex::zx3D::kTransientIbSize;
@@ -92,7 +84,7 @@ PlatformData::PlatformData() {
 
 Resolution::Resolution() {
     recorder::Clear(*this);
-    recorder::FillColorFormat(*this);
+    this->*recorder::kColorFormat = TextureFormat::RGBA8;
     width = 1280;
     height = 720;
     numBackBuffers = 2;
@@ -152,11 +144,11 @@ void shutdown() {
     recorder::Run(releases);
 }
 
-uint32_t frame(bool capture) {
+uint32_t frame(recorder::FrameFlags flags) {
     std::vector<recorder::Release> releases;
     uint32_t number = 0;
     {
-        Recording call("frame", Arguments(capture));
+        Recording call("frame", Arguments((flags & recorder::kCaptureFrame) != 0));
         if (!call.IsRunning()) {
             return call.Result(number);
         }

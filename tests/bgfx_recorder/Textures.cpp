@@ -1,5 +1,6 @@
 // Textures and frame buffers, reading back and blits.
 #include "State.h"
+#include "Version.h"
 
 #include <algorithm>
 
@@ -111,7 +112,8 @@ using recorder::Resource;
 using recorder::Running;
 
 TextureHandle createTexture2D(uint16_t width, uint16_t height, bool hasMips, uint16_t numLayers,
-                              TextureFormat::Enum format, uint64_t flags, Memory const* memory) {
+                              TextureFormat::Enum format, uint64_t flags,
+                              Memory const* memory RECORDER_NATIVE_TEXTURE) {
     Recording call("createTexture2D",
                    Arguments(width, height, hasMips, numLayers, format, Hexadecimal(flags)));
     if (!call.IsRunning()) {
@@ -144,7 +146,7 @@ void updateTexture2D(TextureHandle handle, uint16_t layer, uint8_t mip, uint16_t
     }
 }
 
-uint32_t readTexture(TextureHandle handle, void* data, uint8_t mip) {
+uint32_t readTexture(TextureHandle handle, void* data RECORDER_LAYER, uint8_t mip) {
     Recording call("readTexture", Arguments(handle, mip));
     if (!call.IsRunning()) {
         return call.Result(uint32_t(0));

@@ -1,5 +1,6 @@
 // View set-up: rectangle, clear, mode, frame buffer, transform and order.
 #include "State.h"
+#include "Version.h"
 
 namespace bgfx {
 
@@ -7,6 +8,7 @@ using recorder::Arguments;
 using recorder::CopyBytes;
 using recorder::Hexadecimal;
 using recorder::Recording;
+using recorder::ViewPosition;
 
 namespace {
 
@@ -14,15 +16,15 @@ constexpr std::size_t kMatrixBytes = 16 * sizeof(float);
 
 } // namespace
 
-void setViewName(ViewId view, char const* name) {
+void setViewName(ViewId view, char const* name RECORDER_NAME_LENGTH) {
     Recording call("setViewName", Arguments(view, name));
 }
 
-void setViewRect(ViewId view, uint16_t x, uint16_t y, uint16_t width, uint16_t height) {
+void setViewRect(ViewId view, ViewPosition x, ViewPosition y, uint16_t width, uint16_t height) {
     Recording call("setViewRect", Arguments(view, x, y, width, height));
 }
 
-void setViewRect(ViewId view, uint16_t x, uint16_t y, BackbufferRatio::Enum ratio) {
+void setViewRect(ViewId view, ViewPosition x, ViewPosition y, BackbufferRatio::Enum ratio) {
     Recording call("setViewRect", Arguments(view, x, y, ratio));
 }
 
