@@ -1,6 +1,7 @@
 // bgfx's render thread calls back and logs while the GUI thread logs too.
 #include "RenderTest.h"
 
+#include <harness/Sanitizers.h>
 #include <harness/Trouble.h>
 #include <harness/WaitUntil.h>
 
@@ -162,6 +163,7 @@ TEST_P(RenderThreadTest, CostsNothingBetweenRuns) {
 namespace {
 
 void ExitWhileAFrameIsDrawn(bgfx::RendererType::Enum backend) {
+    ExpectUntidyEnd();
     zx3D::Context::PreferRenderer(backend);
     static LastFrame const last; // hears of frames until the end
     ASSERT_TRUE(zx3DQt::Init(false));
