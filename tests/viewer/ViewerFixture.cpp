@@ -111,8 +111,8 @@ void ViewerTest::WaitForLoad() {
 
 void ViewerTest::WaitForFrame() {
     HandlePendingEvents();
-    // bgfx's render thread draws a frame while the next one is recorded.
-    for (int i = 0; i < 2; ++i) {
+    // bgfx's render thread draws a frame while the next one is recorded, and presents it before it draws that.
+    for (int i = 0; i < 3; ++i) {
         int const before = m_frames;
         GetView().update();
         ASSERT_TRUE(WaitUntil([&] { return m_frames > before; })) << "no frame is drawn";

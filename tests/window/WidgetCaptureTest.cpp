@@ -91,7 +91,7 @@ TEST_P(WidgetCaptureTest, WorksBeforeTheWidgetIsShownAndWhileItIsHidden) {
     });
 }
 
-TEST_P(WidgetCaptureTest, AThousandInARowLeaveMemoryAndHandlesWhereTheyWere) {
+TEST_P(WidgetCaptureTest, ManyInARowLeaveMemoryAndHandlesWhereTheyWere) {
     ForEachKind([](WidgetKind kind) {
         auto const widget = ShowWidget(kind);
         auto const capture = [&widget](int times) {
@@ -102,7 +102,7 @@ TEST_P(WidgetCaptureTest, AThousandInARowLeaveMemoryAndHandlesWhereTheyWere) {
         capture(100);
         auto const handlesBefore = CountHandles();
         long long const memoryBefore = ResidentMemory();
-        capture(1000);
+        capture(kFreedMemoryStays ? 200 : 1000); // without memory to look at, handles show as soon
         EXPECT_EQ(CountHandles(), handlesBefore);
         long long const growth = ResidentMemory() - memoryBefore;
         // OpenGL may hold one more of bgfx's transient vertex buffers than before, according to timing.
