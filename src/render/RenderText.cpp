@@ -30,14 +30,13 @@ using Utf8Text = QVarLengthArray<char, 512>;
 
 /// The bytes of `QString::toUtf8`.
 Utf8Text ToUtf8(QString const& text) {
-    if (!text.isValidUtf16()) { // of which the encoder makes something else
-        QByteArray const utf8 = text.toUtf8();
-        return Utf8Text(utf8.cbegin(), utf8.cend() + 1);
-    }
     QStringEncoder encode(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
     Utf8Text utf8(encode.requiredSpace(text.size()) + 1);
     *encode.appendToBuffer(utf8.data(), text) = '\0';
-    return utf8;
+    if (!encode.hasError())
+        return utf8;
+    QByteArray const otherwise = text.toUtf8(); // which replaces halves of surrogates by something else
+    return Utf8Text(otherwise.cbegin(), otherwise.cend() + 1);
 }
 
 } // namespace
