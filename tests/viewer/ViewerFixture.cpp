@@ -111,7 +111,7 @@ void ViewerTest::WaitForLoad() {
 
 void ViewerTest::WaitForFrame() {
     HandlePendingEvents();
-    // bgfx's render thread draws a frame while the next one is recorded, and presents it before it draws that.
+    // bgfx draws a frame while the next one is recorded, and presents it when it begins that one.
     for (int i = 0; i < 3; ++i) {
         int const before = m_frames;
         GetView().update();

@@ -60,9 +60,10 @@ TEST_P(OpenGLNeighborTest, BothDrawThreeHundredFramesWithoutAnError) {
             int const paints = widget->CountPaints();
             widget->AsQWidget().update();
             neighbor->update();
-            ASSERT_TRUE(
-                WaitUntil([&] { return neighbor->CountFrames() > frames && widget->CountPaints() > paints; }))
-                << "in frame " << i;
+            auto const haveDrawn = [&] {
+                return neighbor->CountFrames() > frames && widget->CountPaints() > paints;
+            };
+            ASSERT_TRUE(WaitUntil(haveDrawn)) << "in frame " << i;
         }
         EXPECT_EQ(neighbor->CountErrors(), 0);
         ExpectShown(*widget);
