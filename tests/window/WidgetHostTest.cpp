@@ -163,6 +163,26 @@ TEST_P(WidgetHostTest, MinimisedAndRestoredTwentyTimes) {
     });
 }
 
+TEST_P(WidgetHostTest, AskedForASizeWhileMaximisedItGoesOnPainting) {
+    ForEachKind([](WidgetKind kind) {
+        auto const widget = CornerWidget::Create(kind, Qt::darkYellow);
+        QWidget& window = widget->AsQWidget();
+        window.move(40, 60);
+        ShowAndWait(window);
+        ExpectShown(*widget);
+        window.showMaximized();
+        ASSERT_TRUE(WaitUntil([&] { return window.width() > 1000; }));
+        ExpectShown(*widget);
+        window.resize(300, 200); // which the window manager need not grant
+        ExpectShown(*widget);
+        int const paints = widget->CountPaints();
+        window.update();
+        EXPECT_TRUE(WaitUntil([&] { return widget->CountPaints() > paints; }));
+        window.showNormal();
+        ExpectShown(*widget);
+    });
+}
+
 TEST_P(WidgetHostTest, HiddenAndShown) {
     ForEachKind([](WidgetKind kind) {
         HostWindow window(QPoint(40, 60));
