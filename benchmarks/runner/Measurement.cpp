@@ -45,8 +45,23 @@ double TimeSettled(Action action) {
     return time;
 }
 
-/// Which of the two goes first changes from pair to pair: a burden that comes and goes with their rhythm
-/// would always meet the same one.
+/// Frames that are drawn in one way before it is the other's turn.
+constexpr std::size_t kRunLength = 10;
+/// Of those, the first, which are not timed: they find the caches full of the other's memory, which an
+/// application that draws all frames in one way never does.
+constexpr std::size_t kUntimedFrames = 2;
+
+template<typename Action>
+void TimeRun(Times& times, std::size_t frames, Action action) {
+    for (std::size_t i = 0; i < kRunLength && times.size() < frames; ++i) {
+        double const time = TimeSettled(action);
+        if (i >= kUntimedFrames)
+            times.push_back(time);
+    }
+}
+
+/// In short runs by turns, so that what burdens the machine for a while burdens both. Which of the two goes
+/// first changes each time: a burden that comes and goes with their rhythm would always meet the same one.
 template<typename First, typename Second>
 Pair Alternate(std::size_t frames, std::size_t warmUpFrames, First first, Second second) {
     for (std::size_t i = 0; i < warmUpFrames; ++i) {
@@ -54,13 +69,12 @@ Pair Alternate(std::size_t frames, std::size_t warmUpFrames, First first, Second
         TimeSettled(second);
     }
     Pair times;
-    for (std::size_t i = 0; i < frames; ++i) {
-        bool const swapped = i % 2 != 0;
+    for (bool swapped = false; times.first.size() < frames; swapped = !swapped) {
         if (swapped)
-            times.second.push_back(TimeSettled(second));
-        times.first.push_back(TimeSettled(first));
+            TimeRun(times.second, frames, second);
+        TimeRun(times.first, frames, first);
         if (!swapped)
-            times.second.push_back(TimeSettled(second));
+            TimeRun(times.second, frames, second);
     }
     return times;
 }

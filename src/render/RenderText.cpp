@@ -33,10 +33,11 @@ Utf8Text ToUtf8(QString const& text) {
     QStringEncoder encode(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
     Utf8Text utf8(encode.requiredSpace(text.size()) + 1);
     *encode.appendToBuffer(utf8.data(), text) = '\0';
-    if (!encode.hasError())
-        return utf8;
-    QByteArray const otherwise = text.toUtf8(); // which replaces halves of surrogates by something else
-    return Utf8Text(otherwise.cbegin(), otherwise.cend() + 1);
+    if (encode.hasError()) {
+        QByteArray const otherwise = text.toUtf8(); // which replaces halves of surrogates by something else
+        utf8 = Utf8Text(otherwise.cbegin(), otherwise.cend() + 1);
+    }
+    return utf8;
 }
 
 } // namespace

@@ -15,15 +15,24 @@ namespace zarvex::zx3D {
 ///
 /// bgfx handles are only meaningful in the run in which they were created. Whoever keeps a handle keeps the
 /// run beside it, and asks before using or destroying the handle whether that run still lasts.
-class ContextRun {
+class ZX3D_EXPORT ContextRun {
 public:
     /// The stretch that lasts now.
-    ZX3D_EXPORT static ContextRun Current();
+    static ContextRun Current() { return ContextRun(s_current); }
 
     /// True while this is still the state of the context: no shutdown or new start since it was taken.
-    bool IsCurrent() const { return m_number == Current().m_number; }
+    bool IsCurrent() const { return m_number == s_current; }
+
+    /// The stretch before the process's first `Context::Initialize`.
+    ContextRun() = default;
 
 private:
+    friend class Context; // begins and ends the stretches
+
+    explicit ContextRun(std::uint64_t number) : m_number(number) {}
+
+    static std::uint64_t s_current; ///< stretches so far; here, since every use of a handle asks for it
+
     std::uint64_t m_number = 0;
 };
 

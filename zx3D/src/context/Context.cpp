@@ -12,7 +12,6 @@ struct State {
     bgfx::RendererType::Enum preferredRenderer = bgfx::RendererType::Count;
     ContextOptions options;
     std::unique_ptr<RunningContext> running;
-    std::uint64_t run = 0; ///< starts and stops so far: odd while the context runs
 };
 
 State& GetState() {
@@ -27,11 +26,7 @@ RunningContext* RunningContext::Get() {
     return GetState().running.get();
 }
 
-ContextRun ContextRun::Current() {
-    ContextRun run;
-    run.m_number = GetState().run;
-    return run;
-}
+std::uint64_t ContextRun::s_current = 0;
 
 bool Context::Initialize(ContextOptions const& options) {
     State& state = GetState();
@@ -41,7 +36,7 @@ bool Context::Initialize(ContextOptions const& options) {
     state.running = RunningContext::Start(options, state.preferredRenderer);
     if (!state.running)
         return false;
-    ++state.run;
+    ++ContextRun::s_current;
     return true;
 }
 
@@ -50,7 +45,7 @@ void Context::Shutdown() {
     if (state.running) {
         NotifyContextStopping();
         state.running.reset();
-        ++state.run;
+        ++ContextRun::s_current;
     }
     state.options.callback = nullptr; // borrowed until now, also when the start failed
 }

@@ -88,6 +88,22 @@ std::int32_t LineShift(ShapedText const& text, std::uint32_t line, float horizon
     return static_cast<std::int32_t>(std::clamp<double>(shift, -kMaxTextExtent, kMaxTextExtent));
 }
 
+void WriteQuads(ShapedText const& text, std::span<TextQuad const> quads, TextAppearance const& appearance,
+                TextVertex* vertices) {
+    std::array<std::uint8_t, 4> const color = ToBytes(appearance.rgba);
+    auto const top = static_cast<float>(appearance.top);
+    while (!quads.empty()) {
+        std::uint32_t const line = quads.front().line;
+        auto const left = static_cast<float>(appearance.left + LineShift(text, line, appearance.horizontal));
+        std::size_t count = 0;
+        for (; count < quads.size() && quads[count].line == line; ++count) {
+            WriteQuad(quads[count], left, top, color, vertices);
+            vertices += kVerticesPerQuad;
+        }
+        quads = quads.subspan(count);
+    }
+}
+
 } // namespace
 
 bool TextRenderer::Start() {
@@ -99,8 +115,9 @@ bool TextRenderer::Start() {
         m_sampler = Owned(bgfx::createUniform("s_glyph_atlas", bgfx::UniformType::Sampler));
         m_indices = CreateIndices();
         m_layout = MakeLayout();
+        m_isReady = bgfx::isValid(m_program) && m_sampler && m_indices;
     }
-    return bgfx::isValid(m_program) && m_sampler && m_indices;
+    return m_isReady;
 }
 
 bool TextRenderer::Draw(ShapedText const& text, TextQuads const& quads, TextAppearance const& appearance,
@@ -126,19 +143,7 @@ bool TextRenderer::DrawQuads(ShapedText const& text, std::span<TextQuad const> q
         return false;
     bgfx::TransientVertexBuffer buffer;
     bgfx::allocTransientVertexBuffer(&buffer, vertexCount, m_layout);
-    auto* vertices = reinterpret_cast<TextVertex*>(buffer.data);
-    std::array<std::uint8_t, 4> const color = ToBytes(appearance.rgba);
-    std::uint32_t line = quads.front().line;
-    auto left = static_cast<float>(appearance.left + LineShift(text, line, appearance.horizontal));
-    auto const top = static_cast<float>(appearance.top);
-    for (TextQuad const& quad : quads) {
-        if (quad.line != line) {
-            line = quad.line;
-            left = static_cast<float>(appearance.left + LineShift(text, line, appearance.horizontal));
-        }
-        WriteQuad(quad, left, top, color, vertices);
-        vertices += kVerticesPerQuad;
-    }
+    WriteQuads(text, quads, appearance, reinterpret_cast<TextVertex*>(buffer.data));
     bgfx::setState(kState);
     bgfx::setTexture(0, m_sampler.Get(), page);
     bgfx::setVertexBuffer(0, &buffer);

@@ -39,6 +39,7 @@ private:
                    bgfx::TextureHandle page, bgfx::ViewId view, std::uint32_t depth) const;
 
     bool m_isTried = false;
+    bool m_isReady = false;
     bgfx::ProgramHandle m_program = BGFX_INVALID_HANDLE; // the program factory's
     Owned<bgfx::UniformHandle> m_sampler;
     Owned<bgfx::IndexBufferHandle> m_indices;
