@@ -26,6 +26,15 @@ namespace {
 
 constexpr char kClassName[] = "BGFXNativeWidget";
 
+/// Keeps requests to paint the container from Qt, which looks for the container's own paint engine where the
+/// widget is a window by itself, and warns that there is none. There is nothing to paint.
+class UpdateRequestFilter final : public QObject {
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject*, QEvent* event) override { return event->type() == QEvent::UpdateRequest; }
+};
+
 } // namespace
 
 BGFXNativeWidget::BGFXNativeWidget(QWidget* parent, Qt::WindowFlags flags) : QWidget(parent, flags) {
@@ -60,6 +69,7 @@ void BGFXNativeWidget::InitializeRenderingWidget(QWidget* parent, Qt::WindowFlag
     m_window->m_heldEvents.reset();
     m_container.reset(QWidget::createWindowContainer(
         m_window.get(), parent, flags | Qt::FramelessWindowHint | Qt::CustomizeWindowHint));
+    m_container->installEventFilter(new UpdateRequestFilter(m_container.get()));
     {
         QSignalBlocker const windowBlocker(m_window.get());
         QSignalBlocker const containerBlocker(m_container.get());

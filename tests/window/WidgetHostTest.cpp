@@ -163,6 +163,22 @@ TEST_P(WidgetHostTest, MinimisedAndRestoredTwentyTimes) {
     });
 }
 
+TEST_P(WidgetHostTest, AWindowOfItsOwnIsMinimisedRestoredAndResized) {
+    ForEachKind([](WidgetKind kind) {
+        auto const widget = CornerWidget::Create(kind, Qt::darkGreen);
+        QWidget& window = widget->AsQWidget();
+        window.setGeometry(40, 60, 360, 280);
+        ShowAndWait(window);
+        ExpectShown(*widget);
+        window.showMinimized();
+        ASSERT_TRUE(WaitUntil([&] { return !window.windowHandle()->isExposed(); }));
+        window.showNormal();
+        ExpectShown(*widget);
+        window.resize(400, 300);
+        ExpectShown(*widget);
+    });
+}
+
 TEST_P(WidgetHostTest, AskedForASizeWhileMaximisedItGoesOnPainting) {
     ForEachKind([](WidgetKind kind) {
         auto const widget = CornerWidget::Create(kind, Qt::darkYellow);
