@@ -3,6 +3,7 @@
 
 #include "harness/LibraryRun.h"
 
+#include <QElapsedTimer>
 #include <QRasterWindow>
 
 namespace zarvex::testing {
@@ -16,6 +17,24 @@ struct ExposureCounter : QObject {
         exposures += event->type() == QEvent::Expose ? 1 : 0;
         return false;
     }
+};
+
+/// A window that shows its picture, below one that the window manager does not know.
+struct CoveredWindow {
+    CoveredWindow() {
+        window.setPosition(100, 100);
+        ShowAndWait(window);
+        ExpectPicture(window);
+        cover.setFlags(Qt::BypassWindowManagerHint);
+        cover.setGeometry(window.geometry());
+        cover.show();
+        EXPECT_TRUE(WaitUntil([this] { return cover.isExposed(); }));
+        window.installEventFilter(&counter);
+    }
+
+    ExposureCounter counter;
+    CornerWindow window{Qt::darkGreen};
+    QRasterWindow cover;
 };
 
 } // namespace
@@ -60,20 +79,25 @@ TEST_P(ShowTest, ResizedWhileHiddenItAppearsAtTheNewSize) {
 }
 
 TEST_P(ShowTest, BeingUncoveredIsAnExposure) {
-    CornerWindow window(Qt::darkGreen);
-    window.setPosition(100, 100);
-    ShowAndWait(window);
-    ExpectPicture(window);
-    QRasterWindow cover;
-    cover.setFlags(Qt::BypassWindowManagerHint);
-    cover.setGeometry(window.geometry());
-    cover.show();
-    ASSERT_TRUE(WaitUntil([&cover] { return cover.isExposed(); }));
-    ExposureCounter counter;
-    window.installEventFilter(&counter);
-    cover.hide();
-    EXPECT_TRUE(WaitUntil([&counter] { return counter.exposures > 0; }));
-    ExpectPicture(window);
+    CoveredWindow covered;
+    covered.cover.hide();
+    EXPECT_TRUE(WaitUntil([&] { return covered.counter.exposures > 0; }));
+    ExpectPicture(covered.window);
+}
+
+TEST_P(ShowTest, BeingUncoveredIsNoNewsWhileAnotherPictureIsOnItsWay) {
+    CoveredWindow covered;
+    zx3D::FrameBuffer& frameBuffer = covered.window.GetFrameBuffer();
+    frameBuffer.DestroyKeepingPicture();
+    frameBuffer.SubmitOnDemand();
+    covered.cover.hide();
+    constexpr int milliseconds = 300;
+    QElapsedTimer timer;
+    timer.start();
+    WaitUntil([&] { return timer.elapsed() > milliseconds; });
+    EXPECT_EQ(covered.counter.exposures, 0);
+    covered.window.PaintFrame();
+    ExpectPicture(covered.window);
 }
 
 ZX3D_INSTANTIATE_BACKENDS(ShowTest);

@@ -6,6 +6,7 @@
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -141,6 +142,11 @@ void NativeWindows::Show(Newcomer const& newcomer) {
     Succeeds(m_connection.get(), last); // waits, since bgfx presents on another connection
 }
 
+bool NativeWindows::IsNewcomerIn(Window parent) const {
+    return std::ranges::any_of(m_newcomers,
+                               [&](Newcomer const& newcomer) { return newcomer.parent == parent; });
+}
+
 void NativeWindows::MoveOutOfSight(void* child) {
     Forget(ToId(child));
     auto const request = xcb_reparent_window_checked(m_connection.get(), ToId(child), m_nowhere, 0, 0);
@@ -274,7 +280,7 @@ void NativeWindows::ForwardExposure(void const* exposeEvent) {
     {
         std::lock_guard const lock(m_mutex);
         auto const child = m_parentOfChild.find(expose.window);
-        if (child == m_parentOfChild.end())
+        if (child == m_parentOfChild.end() || IsNewcomerIn(child->second))
             return;
         expose.window = child->second;
     }

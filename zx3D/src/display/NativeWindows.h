@@ -28,7 +28,7 @@ namespace zarvex::zx3D {
 /// a child of the application's may.
 ///
 /// To the application a child is invisible: input passes through it, and where it is exposed its parent is
-/// told.
+/// told, unless another child of the parent waits for its first picture, which will cover it.
 class NativeWindows {
 public:
     /// Connects to the display of the environment; null when there is none.
@@ -83,6 +83,9 @@ private:
 
     bool CreateNowhere(int screenNumber);
     void Show(Newcomer const& newcomer);
+
+    /// With the mutex locked.
+    bool IsNewcomerIn(Window parent) const;
 
     /// With the mutex locked.
     void DestroyRetired(Window parent);
