@@ -14,7 +14,6 @@ namespace zarvex::zx3DQt {
 class FrameRequest;
 class PaintTurn;
 class ReportedSize;
-enum class FrameReason;
 
 /// A QWidget that embeds a `BGFXWindow`: the fastest way onto the screen, since nothing is copied. Derive
 /// from it and draw in `paintEvent`:
@@ -126,10 +125,9 @@ private:
     void PostContextMenu(QMouseEvent const& press);
     void BindNewSurface();
     void UpdateTarget(QPaintEvent const& event);
-    void RequestFrame(FrameReason reason);
     void PaintNow();
-    bool IsPutOff();
-    bool IsAheadOfWindow();
+    bool PutOff();
+    bool IsAheadOfWindow() const;
     void LogFilter(char const* prefix, QObject const* watched, QEvent const* event) const;
 
     std::unique_ptr<BGFXWindow> m_window;
@@ -140,7 +138,6 @@ private:
     bool m_paintsAtOnce = false;                  ///< `repaint` is under way, or the turn came
     std::unique_ptr<ReportedSize> m_windowSize;   ///< the embedded window's
     std::unique_ptr<ReportedSize> m_topLevelSize; ///< that of the window that all of this lies in
-    bool m_awaitsTopLevel = false;                ///< a paint was left out until the latter has its size
 };
 
 } // namespace zarvex::zx3DQt

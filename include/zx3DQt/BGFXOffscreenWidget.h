@@ -24,7 +24,6 @@
 namespace zarvex::zx3DQt {
 
 class FrameRequest;
-enum class FrameReason;
 
 /// A QWidget that is an ordinary widget to Qt: other widgets may lie over it, it may be transparent to
 /// layouts, scroll areas and effects. bgfx draws into a frame buffer without a window, each frame is read
@@ -137,7 +136,6 @@ private:
     void ReplaceReadBackTexture(QRect const& area);
     void RenewFrameBuffer();
     void RefreshFrameBuffer();
-    void RequestFrame(FrameReason reason);
     QRect AreaToDraw(QRect const& painted);
     void PaintBackgroundWhereNothingIsDrawn();
     bool HasRequestedSize() const;

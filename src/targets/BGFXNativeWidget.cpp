@@ -42,14 +42,11 @@ BGFXNativeWidget::BGFXNativeWidget(QWidget* parent, Qt::WindowFlags flags) : QWi
     setObjectName("BGFXNativeWidget");
     m_turn = std::make_unique<PaintTurn>([this] { PaintNow(); });
     m_frameRequest = std::make_unique<FrameRequest>([this] {
-        if (!IsAheadOfWindow() && !m_turn->IsPutOff())
+        if (!IsAheadOfWindow() && !m_turn->PutOff())
             PaintNow();
     });
-    m_windowSize = std::make_unique<ReportedSize>([this] { RequestFrame(FrameReason::Resized); });
-    m_topLevelSize = std::make_unique<ReportedSize>([this] {
-        if (m_awaitsTopLevel)
-            RequestFrame(FrameReason::Uncovered);
-    });
+    m_windowSize = std::make_unique<ReportedSize>([this] { m_frameRequest->Ask(); });
+    m_topLevelSize = std::make_unique<ReportedSize>([this] { m_frameRequest->AskAgain(); });
     InitializeRenderingWidget(parent, flags);
     BGFXNativeWidget::ConnectRenderTargetWindowSignals();
 }
@@ -127,10 +124,8 @@ bool BGFXNativeWidget::eventFilter(QObject* watched, QEvent* event) {
     UpdateTarget(static_cast<QPaintEvent const&>(*event));
     // The window's own event says that it was uncovered. That the size changed now means that what this paint
     // pass has drawn is of the old one.
-    if (SizeOf(GetFrameBuffer()) != sizeBefore)
-        RequestFrame(FrameReason::Resized);
-    else if (watched == m_window.get())
-        RequestFrame(FrameReason::Uncovered);
+    if (SizeOf(GetFrameBuffer()) != sizeBefore || watched == m_window.get())
+        m_frameRequest->Ask();
     return QWidget::eventFilter(watched, event);
 }
 
@@ -193,7 +188,7 @@ bool BGFXNativeWidget::event(QEvent* event) {
     if (event->type() == QEvent::CursorChange)
         m_window->setCursor(cursor());
     if (event->type() == QEvent::Paint) {
-        if (IsPutOff())
+        if (PutOff())
             return true;
         m_frameRequest->OnPaint();
     }
@@ -205,30 +200,29 @@ bool BGFXNativeWidget::event(QEvent* event) {
     return isHandled;
 }
 
-void BGFXNativeWidget::RequestFrame(FrameReason reason) {
-    m_frameRequest->Ask(reason);
-}
-
 void BGFXNativeWidget::PaintNow() {
     QScopedValueRollback const atOnce(m_paintsAtOnce, true);
     repaint();
 }
 
-bool BGFXNativeWidget::IsPutOff() {
+bool BGFXNativeWidget::PutOff() {
     // `grab` and `render` paint into a device of the caller's.
     QPaintDevice* const device = redirected(nullptr);
     QBackingStore* const store = window()->backingStore();
     bool const isForScreen = device == nullptr || (store != nullptr && device == store->paintDevice());
     if (m_paintsAtOnce || !isForScreen)
         return false;
-    return IsAheadOfWindow() || m_turn->IsPutOff();
+    if (IsAheadOfWindow())
+        m_frameRequest->Ask();
+    // Qt paints a window that shrank at once, while what the embedded window tells of the same change is
+    // still to come: the paint that is asked for is for both.
+    return m_frameRequest->IsInQueue() || m_turn->PutOff();
 }
 
-bool BGFXNativeWidget::IsAheadOfWindow() {
+bool BGFXNativeWidget::IsAheadOfWindow() const {
     // A frame before the window has its size would be of the old one; what is drawn while the window around
     // it has not grown yet is lost where it lies outside. When they have, the widget asks for a frame.
-    m_awaitsTopLevel = m_topLevelSize->IsAwaited();
-    return m_awaitsTopLevel || m_windowSize->IsAwaited();
+    return m_topLevelSize->IsAwaited() || m_windowSize->IsAwaited();
 }
 
 void BGFXNativeWidget::FinishUpdate() {
@@ -302,7 +296,7 @@ QPixmap BGFXNativeWidget::RenderPixmap(int width, int height) {
         target.Destroy();
         SetFrameBuffer(savedFrameBuffer);
         SetViewport(savedViewport);
-        RequestFrame(FrameReason::SurfaceGivenUp);
+        m_frameRequest->Ask();
     });
 
     paintEvent(nullptr);

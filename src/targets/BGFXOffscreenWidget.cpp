@@ -147,10 +147,6 @@ void BGFXOffscreenWidget::PaintBackgroundWhereNothingIsDrawn() {
     QPainter(this).fillRect(rect(), palette().brush(backgroundRole()));
 }
 
-void BGFXOffscreenWidget::RequestFrame(FrameReason reason) {
-    m_frameRequest->Ask(reason);
-}
-
 QRect BGFXOffscreenWidget::AreaToDraw(QRect const& painted) {
     if (!testAttribute(Qt::WA_WState_InPaintEvent))
         return painted;
@@ -160,7 +156,7 @@ QRect BGFXOffscreenWidget::AreaToDraw(QRect const& painted) {
     if (wasPart || painted == rect())
         return rect();
     m_drawsAllNext = true;
-    RequestFrame(FrameReason::PartDrawn);
+    m_frameRequest->Ask();
     return painted;
 }
 

@@ -28,19 +28,23 @@ std::uintptr_t FindEndOfStack() {
 
 FrameRequest::FrameRequest(std::function<void()> paint) : m_paint(std::move(paint)) {}
 
-void FrameRequest::Ask(FrameReason reason) {
-    if (!m_reason)
-        m_reason = reason;
+void FrameRequest::Ask() {
+    m_isOpen = true;
     // Qt's own requests have the low priority.
     if (!std::exchange(m_isPosted, true))
         QCoreApplication::postEvent(this, new QEvent(QEvent::UpdateRequest), Qt::LowEventPriority - 1);
+}
+
+void FrameRequest::AskAgain() {
+    if (m_isOpen)
+        Ask();
 }
 
 bool FrameRequest::event(QEvent* event) {
     if (event->type() != QEvent::UpdateRequest)
         return QObject::event(event);
     m_isPosted = false;
-    if (std::exchange(m_reason, std::nullopt))
+    if (m_isOpen)
         m_paint();
     return true;
 }

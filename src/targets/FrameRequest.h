@@ -4,39 +4,36 @@
 #include <QObject>
 
 #include <functional>
-#include <optional>
 
 class QEvent;
 
 namespace zarvex::zx3DQt {
 
-/// Why a widget has to be painted, although the application did not ask for it.
-enum class FrameReason {
-    Resized,        ///< it has another size
-    Uncovered,      ///< what was shown is lost
-    SurfaceGivenUp, ///< likewise, since a picture was taken
-    PartDrawn,      ///< only a part of it was drawn, with what the whole shows
-};
-
 /// The frames that a widget asks for by itself. What was asked for, however often and why, is one paint,
-/// which comes from the event loop behind those that Qt has in its queue; one of those is it, too.
+/// which comes from the event loop behind those that Qt has in its queue. A paint before that is it, too.
 ///
 /// Thread: the GUI thread.
 class FrameRequest final : public QObject {
 public:
-    /// `paint` is called for a request that nothing else has met.
+    /// `paint` is called for a request that nothing else has met; it stays open until `OnPaint`.
     explicit FrameRequest(std::function<void()> paint);
 
-    void Ask(FrameReason reason);
+    void Ask();
+
+    /// Has `paint` called once more for a request that is still open.
+    void AskAgain();
 
     /// The widget is being painted: that is what was asked for.
-    void OnPaint() { m_reason.reset(); }
+    void OnPaint() { m_isOpen = false; }
+
+    /// A request is open, and `paint` will be called for it when all that is in the event queue is done.
+    bool IsInQueue() const { return m_isOpen && m_isPosted; }
 
     bool event(QEvent* event) override;
 
 private:
     std::function<void()> m_paint;
-    std::optional<FrameReason> m_reason; ///< of the first request since the last paint; empty: there is none
+    bool m_isOpen = false; ///< asked for, and not painted since
     bool m_isPosted = false;
 };
 

@@ -19,11 +19,11 @@ bool HeldEvents::eventFilter(QObject*, QEvent* event) {
     case QEvent::Expose:
         if (!m_window.isExposed())
             return m_exposed = m_painted = false;
-        return m_exposed = m_turn.IsPutOff();
+        return m_exposed = m_turn.PutOff();
     case QEvent::Paint: // held, it counts as accepted: Qt then sends no expose event in its place
-        return m_painted = m_turn.IsPutOff();
+        return m_painted = m_turn.PutOff();
     case QEvent::UpdateRequest:
-        return m_updateRequested = m_turn.IsPutOff();
+        return m_updateRequested = m_turn.PutOff();
     default:
         return false;
     }

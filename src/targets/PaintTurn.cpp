@@ -46,7 +46,7 @@ PaintTurn::~PaintTurn() {
     std::erase_if(GetQueue(), [this](auto const& waiting) { return waiting.first == this; });
 }
 
-bool PaintTurn::IsPutOff() {
+bool PaintTurn::PutOff() {
     // Nobody is served before those who wait, between the end of a frame and the notice of it.
     bool const isBehindOthers = !GetQueue().empty() && !isGivingTurns;
     if (!zx3D::Context::IsFrameInFlight() && !isBehindOthers)

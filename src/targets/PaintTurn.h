@@ -21,7 +21,7 @@ public:
 
     /// False when no frame is in flight: paint now. Otherwise true, and `paint` is called once, from the
     /// event loop, however often this was asked before.
-    bool IsPutOff();
+    bool PutOff();
 
 private:
     std::function<void()> m_paint;
