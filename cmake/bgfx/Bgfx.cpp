@@ -1,9 +1,13 @@
-// bgfx in one file, with its OpenGL renderer telling here when it takes a program into use.
+// bgfx in one file, with its OpenGL renderer telling here when it takes a program or a vertex array object into use.
 //
 // On OpenGL every window has a context of its own, and all share the programs. When one context sets a uniform to the
 // value that another has just set, Mesa takes it for unchanged, and the one goes on drawing with its value before. So
 // a program that another context has used meanwhile has its uniforms changed and changed back, once: that makes Mesa
 // hand all of them to the hardware again.
+//
+// Vertex array objects are a context's own. From API version 126 on bgfx keeps the name of one and makes a new one in
+// each context that it goes to, as if their names were the same in all. Mesa's are not: from the third window on the
+// name is one that the first context does not know. So here each context goes on with the one that it has bound.
 #include <unordered_map>
 
 #include "bgfx_p.h"
@@ -11,14 +15,25 @@
 #if BX_PLATFORM_LINUX && BGFX_CONFIG_RENDERER_OPENGL
 namespace bgfx::gl {
 void UseProgram(unsigned program);
+void GenVertexArrays(int count, unsigned* names);
+void BindVertexArray(unsigned name);
+void DeleteVertexArrays(int count, unsigned const* names);
 }
 #    define glUseProgram(program) UseProgram(program)
+#    if BGFX_API_VERSION >= 126
+#        define glGenVertexArrays(count, names) GenVertexArrays(count, names)
+#        define glBindVertexArray(name) BindVertexArray(name)
+#        define glDeleteVertexArrays(count, names) DeleteVertexArrays(count, names)
+#    endif
 #endif
 
 #include "amalgamated.cpp"
 
 #if BX_PLATFORM_LINUX && BGFX_CONFIG_RENDERER_OPENGL
 #    undef glUseProgram
+#    undef glGenVertexArrays
+#    undef glBindVertexArray
+#    undef glDeleteVertexArrays
 
 namespace bgfx::gl {
 
@@ -83,6 +98,35 @@ void UseProgram(GLuint program) {
         RefreshUniforms(program);
     }
 }
+
+#    if BGFX_API_VERSION >= 126
+/// The vertex array object that the current context has bound, 0 for none.
+static GLuint BoundVertexArray() {
+    GLint name = 0;
+    glGetIntegerv(GL_VERTEX_ARRAY_BINDING, &name);
+    return GLuint(name);
+}
+
+/// In place of glGenVertexArrays: bgfx asks only whether its name is 0.
+void GenVertexArrays(GLsizei, GLuint* names) {
+    *names = 1;
+}
+
+/// In place of glBindVertexArray. Nobody else draws in these contexts, so they keep theirs where bgfx binds none.
+void BindVertexArray(GLuint name) {
+    if (name == 0 || BoundVertexArray() != 0)
+        return;
+    GLuint own = 0;
+    glGenVertexArrays(1, &own);
+    glBindVertexArray(own);
+}
+
+/// In place of glDeleteVertexArrays, which unbinds as well.
+void DeleteVertexArrays(GLsizei, GLuint const*) {
+    GLuint const own = BoundVertexArray();
+    glDeleteVertexArrays(1, &own);
+}
+#    endif
 
 } // namespace bgfx::gl
 #endif

@@ -27,9 +27,10 @@ set(ReadsAVersionInAMacro
   "Configuring done" "bgfx: API version 129, from the package")
 set(TellsOfANewerVersion
   "Configuring done" "bgfx: API version 999 is newer than 155, the newest that was tried")
-set(RejectsAnUnknownOpenGLRenderer
-  "takes OpenGL programs into use in another way than cmake/bgfx/Bgfx.cpp knows"
+set(RejectsAnotherUseOfPrograms
+  "takes OpenGL programs or vertex array objects into use in another way than cmake/bgfx/Bgfx.cpp knows"
   "or an installed package with -Dbgfx_DIR=<folder>")
+set(RejectsAnotherUseOfVertexArrays ${RejectsAnotherUseOfPrograms})
 set(RejectsAWrongRoot
   "BGFX_ROOT is \"/nowhere\", which lacks bgfx/include/bgfx/bgfx.h, bgfx/include/bgfx/defines.h, bgfx/src/amalgamated.cpp"
   "It must be a folder with the sibling checkouts bgfx/, bx/ and bimg/")
