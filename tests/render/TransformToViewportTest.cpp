@@ -30,8 +30,10 @@ QPointF TransformToViewportTest::DrawnCenter(zx3DQt::BGFXViewContext const& view
     QImage const image = Present();
     QPointF sum;
     int count = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
+    // Around the view nothing is cleared, and anything may be there.
+    QRect const drawn = view.GetViewport();
+    for (int y = drawn.top(); y <= drawn.bottom(); ++y) {
+        for (int x = drawn.left(); x <= drawn.right(); ++x) {
             if (image.pixelColor(x, y) == Qt::white) {
                 sum += QPointF(x + 0.5, y + 0.5);
                 ++count;

@@ -20,7 +20,7 @@ protected:
 
     QString WriteProgram(QByteArray const& script) {
         QString const path = Write("importer", "#!/bin/sh\n" + script + "\n");
-        EXPECT_TRUE(QFile::setPermissions(path, QFile::ReadOwner | QFile::ExeOwner));
+        EXPECT_TRUE(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
         return path;
     }
 

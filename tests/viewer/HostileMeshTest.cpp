@@ -61,7 +61,7 @@ protected:
     /// Lets a script import instead; the name of the file that it leaves its mesh in is its second argument.
     void Answer(QByteArray const& script) {
         QString const path = Write("importer", "#!/bin/sh\n" + script + "\n");
-        EXPECT_TRUE(QFile::setPermissions(path, QFile::ReadOwner | QFile::ExeOwner));
+        EXPECT_TRUE(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
         m_window->GetLoader().SetImporter(path);
     }
 
