@@ -6,8 +6,8 @@
 // hand all of them to the hardware again.
 //
 // Vertex array objects are a context's own. From API version 126 on bgfx keeps the name of one and makes a new one in
-// each context that it goes to, as if their names were the same in all. Mesa's are not: from the third window on the
-// name is one that the first context does not know. So here each context goes on with the one that it has bound.
+// each context that it goes to, as if their names were the same in all. Mesa's are not: with several windows the
+// name is soon one that the current context does not know. So here each context goes on with the one that it has bound.
 #include <unordered_map>
 
 #include "bgfx_p.h"
