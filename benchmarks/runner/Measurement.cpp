@@ -129,8 +129,7 @@ double MedianRatio(Times const& numerators, Times const& denominators) {
 }
 
 Pair MeasureFrames(Workload& workload, std::size_t frames, std::size_t warmUpFrames) {
-    return Alternate(
-        frames, warmUpFrames, [&] { workload.RunLibrary(); }, [&] { workload.RunFloor(); });
+    return Alternate(frames, warmUpFrames, [&] { workload.RunLibrary(); }, [&] { workload.RunFloor(); });
 }
 
 Pair MeasureAgainstMemcpy(Workload& workload, std::size_t frames, std::size_t warmUpFrames) {

@@ -266,7 +266,7 @@ private:
 
 // A slider for one value of a body's material.
 void AddSlider(QFormLayout& layout, QString const& text, LitView& view, LitView::Body body,
-               int MaterialSettings::*value, int lowest, int highest) {
+               int MaterialSettings::* value, int lowest, int highest) {
     auto* const slider = new QSlider(Qt::Horizontal);
     slider->setRange(lowest, highest);
     slider->setValue(view.GetMaterial(body).*value);

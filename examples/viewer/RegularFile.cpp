@@ -30,7 +30,7 @@ std::unique_ptr<QFile> OpenRegularFile(std::filesystem::path const& path) {
     // By its name image readers tell formats that have no signature.
     auto file = std::make_unique<QFile>(QFile::decodeName(path.c_str()));
     bool const isOpen = file->open(descriptor, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
-    struct stat status {};
+    struct stat status{};
     if (!isOpen || fstat(descriptor, &status) != 0)
         throw FileError("It cannot be read");
     if (char const* const obstacle = FindObstacle(status.st_mode))

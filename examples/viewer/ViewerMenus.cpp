@@ -22,7 +22,7 @@ QAction* ViewerWindow::AddChoice(QActionGroup& group, QString const& text, QKeyS
 }
 
 QAction* ViewerWindow::AddSwitch(QMenu& menu, QString const& text, QKeySequence const& key,
-                                 bool Appearance::*part) {
+                                 bool Appearance::* part) {
     QAction* const action = menu.addAction(text);
     action->setCheckable(true);
     action->setChecked(m_scene.GetAppearance().*part);

@@ -52,7 +52,7 @@ private:
     template<typename Choose>
     QAction* AddChoice(QActionGroup& group, QString const& text, QKeySequence const& key, Choose choose);
     /// An entry that turns a part of the appearance on and off.
-    QAction* AddSwitch(QMenu& menu, QString const& text, QKeySequence const& key, bool Appearance::*part);
+    QAction* AddSwitch(QMenu& menu, QString const& text, QKeySequence const& key, bool Appearance::* part);
 
     // What the entries do.
     void AskForFile();

@@ -18,7 +18,7 @@ using Limits = bgfx::Caps::Limits;
 struct LimitEntry {
     char const* key;   ///< in JSON
     char const* label; ///< in text
-    std::uint32_t Limits::*value;
+    std::uint32_t Limits::* value;
 };
 
 constexpr LimitEntry kLimits[] = {

@@ -35,7 +35,7 @@ void Write(Recording& call, Resource& buffer, uint32_t start, Bytes const& bytes
 }
 
 template<typename Handle>
-Handle CreateFromMemory(Recording& call, Table<Handle> Running::*table, bgfx::Memory const* memory,
+Handle CreateFromMemory(Recording& call, Table<Handle> Running::* table, bgfx::Memory const* memory,
                         char const* user, uint16_t stride, uint16_t flags, std::string layout = {}) {
     if (!call.IsRunning()) {
         return call.Result(Handle BGFX_INVALID_HANDLE);
@@ -46,7 +46,7 @@ Handle CreateFromMemory(Recording& call, Table<Handle> Running::*table, bgfx::Me
 }
 
 template<typename Handle>
-Handle CreateEmpty(Recording& call, Table<Handle> Running::*table, uint32_t count, uint16_t stride,
+Handle CreateEmpty(Recording& call, Table<Handle> Running::* table, uint32_t count, uint16_t stride,
                    uint16_t flags, std::string layout = {}) {
     if (!call.IsRunning()) {
         return call.Result(Handle BGFX_INVALID_HANDLE);
@@ -57,7 +57,7 @@ Handle CreateEmpty(Recording& call, Table<Handle> Running::*table, uint32_t coun
 }
 
 template<typename Handle>
-void Update(Table<Handle> Running::*table, Handle handle, uint32_t start, bgfx::Memory const* memory) {
+void Update(Table<Handle> Running::* table, Handle handle, uint32_t start, bgfx::Memory const* memory) {
     Recording call("update", Arguments(handle, start, memory != nullptr ? memory->size : 0));
     if (!call.IsRunning()) {
         return;
@@ -70,7 +70,7 @@ void Update(Table<Handle> Running::*table, Handle handle, uint32_t start, bgfx::
 }
 
 template<typename Handle>
-void Destroy(Table<Handle> Running::*table, Handle handle) {
+void Destroy(Table<Handle> Running::* table, Handle handle) {
     Recording call("destroy", Arguments(handle));
     if (call.IsRunning() && call.Require(call.Now().*table, handle) != nullptr) {
         (call.Now().*table).Remove(handle);
@@ -78,7 +78,7 @@ void Destroy(Table<Handle> Running::*table, Handle handle) {
 }
 
 template<typename Handle>
-void SetName(Table<Handle> Running::*table, Handle handle, char const* name, int32_t length) {
+void SetName(Table<Handle> Running::* table, Handle handle, char const* name, int32_t length) {
     std::string const text = Name(name, length);
     Recording call("setName", Arguments(handle, text));
     if (!call.IsRunning()) {

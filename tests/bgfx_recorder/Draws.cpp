@@ -74,7 +74,7 @@ void SetIndices(Recording& call, Binding const& binding) {
 }
 
 template<typename Handle>
-void SetBuffer(Table<Handle> Running::*table, uint8_t stage, Handle handle, bgfx::Access::Enum access) {
+void SetBuffer(Table<Handle> Running::* table, uint8_t stage, Handle handle, bgfx::Access::Enum access) {
     Recording call("setBuffer", Arguments(stage, handle, access));
     if (!call.IsRunning()) {
         return;

@@ -10,7 +10,7 @@ namespace recorder {
 namespace {
 
 template<typename Member>
-auto Copy(Member State::*member) {
+auto Copy(Member State::* member) {
     State& state = State::Get();
     std::lock_guard const lock(state.mutex);
     return state.*member;

@@ -23,7 +23,7 @@ namespace recorder {
 [[nodiscard]] std::string Text(bgfx::VertexLayout const& layout);
 
 template<typename T>
-requires std::is_integral_v<T>
+    requires std::is_integral_v<T>
 [[nodiscard]] std::string Text(T value) {
     return std::to_string(value);
 }
@@ -53,7 +53,8 @@ template<>
 inline constexpr char const* kKindOf<bgfx::VertexLayoutHandle> = "vertexLayout";
 
 template<typename Handle>
-requires(kKindOf<Handle> != nullptr) [[nodiscard]] std::string Text(Handle handle) {
+    requires(kKindOf<Handle> != nullptr)
+[[nodiscard]] std::string Text(Handle handle) {
     std::string const index = bgfx::isValid(handle) ? std::to_string(handle.idx) : "invalid";
     return std::string(kKindOf<Handle>) + "#" + index;
 }

@@ -15,7 +15,7 @@ constexpr uint32_t IndexSize(bool index32) {
     return index32 ? 4 : 2;
 }
 
-uint32_t Available(TransientSpace Running::*space, uint32_t count, uint32_t stride) {
+uint32_t Available(TransientSpace Running::* space, uint32_t count, uint32_t stride) {
     State& state = State::Get();
     std::lock_guard const lock(state.mutex);
     return state.running != nullptr ? (state.running.get()->*space).Available(count, stride) : 0;

@@ -259,7 +259,9 @@ TEST_F(BGFXOffscreenWidgetTest, DestructionFreesTheFrameBufferThenTheBlitTarget)
 }
 
 TEST_F(BGFXOffscreenWidgetTest, DestructionBeforeAnySizeMakesNoCall) {
-    { Widget const widget; }
+    {
+        Widget const widget;
+    }
     EXPECT_THAT(recorder::Calls(), IsEmpty());
 }
 

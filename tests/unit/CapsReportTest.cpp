@@ -22,7 +22,7 @@ using bgfx::RendererType;
 struct LimitName {
     char const* key;
     char const* label;
-    std::uint32_t bgfx::Caps::Limits::*value;
+    std::uint32_t bgfx::Caps::Limits::* value;
 };
 
 using L = bgfx::Caps::Limits;

@@ -36,8 +36,7 @@ protected:
     }
 
     /// Reads a texture of these pixels back.
-    static QImage Read(
-        QSize size, std::function<void()> const& beforeEachFrame = [] {}) {
+    static QImage Read(QSize size, std::function<void()> const& beforeEachFrame = [] {}) {
         bgfx::TextureHandle const source = Capture::CreateReadBackTexture(size);
         bgfx::TextureHandle const target = Capture::CreateReadBackTexture(size);
         recorder::ClearCalls();
@@ -58,9 +57,7 @@ public:
         rlimit const limited{8ull << 30, m_before.rlim_max};
         setrlimit(RLIMIT_AS, &limited);
     }
-    ~MemoryLimit() {
-        setrlimit(RLIMIT_AS, &m_before);
-    }
+    ~MemoryLimit() { setrlimit(RLIMIT_AS, &m_before); }
 
 private:
     rlimit m_before{};

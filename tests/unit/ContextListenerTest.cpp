@@ -30,8 +30,7 @@ private:
 
 class ContextListenerTest : public ContextFixture {
 protected:
-    std::unique_ptr<Listener> Make(
-        std::string name, std::function<void()> const& act = [] {}) {
+    std::unique_ptr<Listener> Make(std::string name, std::function<void()> const& act = [] {}) {
         return std::make_unique<Listener>([this, name, act] {
             EXPECT_TRUE(recorder::IsRunning()) << name;
             m_told.push_back(name);

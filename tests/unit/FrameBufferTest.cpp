@@ -234,7 +234,9 @@ TEST_F(FrameBufferTest, ShutdownDestroysWhatIsLeft) {
 }
 
 TEST_F(FrameBufferTest, ShutdownDestroysWhatNoFrameBufferRefersToAnyMore) {
-    { FrameBuffer const frameBuffer = Sized(Attached()); }
+    {
+        FrameBuffer const frameBuffer = Sized(Attached());
+    }
     Context::Shutdown();
     EXPECT_THAT(recorder::Leaks(), IsEmpty());
 }

@@ -128,8 +128,7 @@ TEST_P(FailureMessageTest, IsSilentWhenTheCategoriesAreOff) {
 
 INSTANTIATE_TEST_SUITE_P(Failures, FailureMessageTest, testing::ValuesIn(failures), [](auto const& row) {
     std::string name = row.param.name;
-    std::replace_if(
-        name.begin(), name.end(), [](char c) { return c == '.' || c == '-'; }, '_');
+    std::replace_if(name.begin(), name.end(), [](char c) { return c == '.' || c == '-'; }, '_');
     return name;
 });
 

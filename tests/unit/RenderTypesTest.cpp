@@ -19,18 +19,14 @@ using Points = zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const>;
 
 template<typename... Arguments>
 concept DrawsLines = requires(BGFXRenderer const& renderer, BGFXViewContext const& view, Lines lines,
-                              Arguments... arguments) {
-    renderer.DrawLines(view, lines, arguments...);
-};
+                              Arguments... arguments) { renderer.DrawLines(view, lines, arguments...); };
 template<typename... Arguments>
 concept DrawsPoints = requires(BGFXRenderer const& renderer, BGFXViewContext const& view, Points points,
-                               Arguments... arguments) {
-    renderer.DrawPoints(view, points, arguments...);
-};
+                               Arguments... arguments) { renderer.DrawPoints(view, points, arguments...); };
 
 template<typename Alias, typename Value>
 constexpr bool kConvertsToNothingBut =
-    std::convertible_to<Alias, Value>&& std::convertible_to<Alias, std::optional<Value>> &&
+    std::convertible_to<Alias, Value> && std::convertible_to<Alias, std::optional<Value>> &&
     !std::convertible_to<Alias, float> && !std::convertible_to<Alias, int> &&
     !std::convertible_to<Alias, bool> && !std::convertible_to<Alias, std::uint16_t> &&
     !std::convertible_to<Alias, std::optional<float>> &&

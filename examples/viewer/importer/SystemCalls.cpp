@@ -82,7 +82,7 @@ void EndForCall(int, siginfo_t* info, void*) {
 } // namespace
 
 bool CloseSystemCalls() {
-    struct sigaction action {};
+    struct sigaction action{};
     action.sa_sigaction = EndForCall;
     action.sa_flags = SA_SIGINFO;
     std::unique_ptr<void, void (*)(scmp_filter_ctx)> const filter(seccomp_init(SCMP_ACT_TRAP),

@@ -23,11 +23,11 @@ struct DataSpan {
 
     /// Views a whole contiguous container: std::vector, std::array, QList, a C array.
     template<std::ranges::contiguous_range Range>
-    requires(!std::is_same_v<std::remove_cvref_t<Range>, DataSpan> &&
-             std::is_convertible_v<std::remove_reference_t<std::ranges::range_reference_t<Range>> (*)[],
-                                   T (*)[]>) constexpr DataSpan(Range&& range)
-        : data(std::ranges::data(range)),
-          count(std::ranges::size(range)) {}
+        requires(!std::is_same_v<std::remove_cvref_t<Range>, DataSpan> &&
+                 std::is_convertible_v<std::remove_reference_t<std::ranges::range_reference_t<Range>> (*)[],
+                                       T (*)[]>)
+    constexpr DataSpan(Range&& range) : data(std::ranges::data(range)),
+                                        count(std::ranges::size(range)) {}
 
     /// True when there is nothing to read: no elements, or no pointer to them.
     constexpr bool IsEmpty() const { return data == nullptr || count == 0; }
