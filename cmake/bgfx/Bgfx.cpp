@@ -1,4 +1,5 @@
-// bgfx in one file, with its OpenGL renderer telling here when it takes a program or a vertex array object into use.
+// bgfx in one file, with its OpenGL renderer telling here when it takes a program or a vertex array object into use, and
+// when it asks whether mipmaps can be generated.
 //
 // On OpenGL every window has a context of its own, and all share the programs. When one context sets a uniform to the
 // value that another has just set, Mesa takes it for unchanged, and the one goes on drawing with its value before. So
@@ -8,6 +9,10 @@
 // Vertex array objects are a context's own. From API version 126 on bgfx keeps the name of one and makes a new one in
 // each context that it goes to, as if their names were the same in all. Mesa's are not: with several windows the
 // name is soon one that the current context does not know. So here each context goes on with the one that it has bound.
+//
+// When it starts, bgfx generates mipmaps in each of its texture formats, to see which ones can have them. Mesa's software
+// renderer compiles shaders for every one, which is most of the time that an application needs to start with it. OpenGL
+// refuses the same formats where nothing is left to be generated.
 #include <unordered_map>
 
 #include "bgfx_p.h"
@@ -15,11 +20,16 @@
 #if BX_PLATFORM_LINUX && BGFX_CONFIG_RENDERER_OPENGL
 namespace bgfx::gl {
 void UseProgram(unsigned program);
+void TryMipmapGeneration(unsigned target);
 void GenVertexArrays(int count, unsigned* names);
 void BindVertexArray(unsigned name);
 void DeleteVertexArrays(int count, unsigned const* names);
 }
 #    define glUseProgram(program) UseProgram(program)
+// The variable tells what it is for: "target" where bgfx starts, "m_target" where a texture needs its mipmaps.
+#    define glGenerateMipmap(variable) GenerateMipmap_##variable(variable)
+#    define GenerateMipmap_target(target) TryMipmapGeneration(target)
+#    define GenerateMipmap_m_target(target) glGenerateMipmap(target)
 #    if BGFX_API_VERSION >= 126
 #        define glGenVertexArrays(count, names) GenVertexArrays(count, names)
 #        define glBindVertexArray(name) BindVertexArray(name)
@@ -31,6 +41,7 @@ void DeleteVertexArrays(int count, unsigned const* names);
 
 #if BX_PLATFORM_LINUX && BGFX_CONFIG_RENDERER_OPENGL
 #    undef glUseProgram
+#    undef glGenerateMipmap
 #    undef glGenVertexArrays
 #    undef glBindVertexArray
 #    undef glDeleteVertexArrays
@@ -97,6 +108,17 @@ void UseProgram(GLuint program) {
         entry->second = context;
         RefreshUniforms(program);
     }
+}
+
+/// In place of glGenerateMipmap for a texture of 16 x 16 texels: from its smallest level on, if it has levels, as those of
+/// depths have not.
+void TryMipmapGeneration(GLenum target) {
+    glTexParameteri(target, GL_TEXTURE_BASE_LEVEL, 4);
+    glGenerateMipmap(target);
+    if (glGetError() == GL_NO_ERROR)
+        return;
+    glTexParameteri(target, GL_TEXTURE_BASE_LEVEL, 0);
+    glGenerateMipmap(target);
 }
 
 #    if BGFX_API_VERSION >= 126

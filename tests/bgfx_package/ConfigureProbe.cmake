@@ -28,7 +28,7 @@ set(ReadsAVersionInAMacro
 set(TellsOfANewerVersion
   "Configuring done" "bgfx: API version 999 is newer than 155, the newest that was tried")
 set(RejectsAnotherUseOfPrograms
-  "takes OpenGL programs or vertex array objects into use in another way than cmake/bgfx/Bgfx.cpp knows"
+  "uses OpenGL's programs, vertex array objects or mipmaps in another way than cmake/bgfx/Bgfx.cpp knows"
   "or an installed package with -Dbgfx_DIR=<folder>")
 set(RejectsAnotherUseOfVertexArrays ${RejectsAnotherUseOfPrograms})
 set(RejectsAWrongRoot

@@ -50,6 +50,20 @@ TEST_P(CapabilitiesTest, TextAndJsonAgreeOnTheGpus) {
     EXPECT_EQ(zx3DQt::ToString(m_caps).count("  GPU["), m_caps.numGPUs);
 }
 
+TEST_P(CapabilitiesTest, OffersMipmapsOfTheFormatsThatCanHaveThem) {
+    auto const offers = [this](bgfx::TextureFormat::Enum format) {
+        return (m_caps.formats[format] & BGFX_CAPS_FORMAT_TEXTURE_MIP_AUTOGEN) != 0;
+    };
+    for (bgfx::TextureFormat::Enum const format : {bgfx::TextureFormat::R8, bgfx::TextureFormat::RGBA8,
+                                                   bgfx::TextureFormat::RGBA32F, bgfx::TextureFormat::D16})
+        EXPECT_TRUE(offers(format)) << format;
+    if (GetParam() == bgfx::RendererType::Vulkan)
+        return; // of integers bgfx promises them there, too
+    for (bgfx::TextureFormat::Enum const format :
+         {bgfx::TextureFormat::RGBA8U, bgfx::TextureFormat::R32I, bgfx::TextureFormat::BC1})
+        EXPECT_FALSE(offers(format)) << format;
+}
+
 TEST_P(CapabilitiesTest, ListsWhatTheLibraryDependsOn) {
     QJsonObject const json = zx3DQt::ToJson(m_caps);
     EXPECT_GE(json["limits"].toObject()["maxTextureSize"].toInt(), 2048);
