@@ -31,6 +31,7 @@ set(RejectsAnotherUseOfPrograms
   "uses OpenGL's programs, vertex array objects or mipmaps in another way than cmake/bgfx/Bgfx.cpp knows"
   "or an installed package with -Dbgfx_DIR=<folder>")
 set(RejectsAnotherUseOfVertexArrays ${RejectsAnotherUseOfPrograms})
+set(RejectsAnotherUseOfMipmaps ${RejectsAnotherUseOfPrograms})
 set(RejectsAWrongRoot
   "BGFX_ROOT is \"/nowhere\", which lacks bgfx/include/bgfx/bgfx.h, bgfx/include/bgfx/defines.h, bgfx/src/amalgamated.cpp"
   "It must be a folder with the sibling checkouts bgfx/, bx/ and bimg/")
