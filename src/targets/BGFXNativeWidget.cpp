@@ -302,9 +302,9 @@ QPixmap BGFXNativeWidget::RenderPixmap(int width, int height) {
     paintEvent(nullptr);
     bgfx::TextureHandle const source = Capture::ColorTextureOf(GetFrameBuffer());
     if (bgfx::isValid(source) && readBackTexture) {
-        QImage const picture = Capture::Read(source, readBackTexture.Get(), size);
+        QImage picture = Capture::Read(source, readBackTexture.Get(), size);
         if (!picture.isNull())
-            return QPixmap::fromImage(picture);
+            return QPixmap::fromImage(std::move(picture)); // moved: converted in place
     }
     Capture::WarnNotTaken(size);
     QPixmap empty(size);

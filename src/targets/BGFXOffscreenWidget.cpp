@@ -206,14 +206,14 @@ std::optional<QImage> BGFXOffscreenWidget::GrabFrameBuffer() {
 
 void BGFXOffscreenWidget::Flush() {
     bool const isScaled = HasRequestedSize();
-    std::optional<QImage> const picture = isScaled ? ReadFrameBuffer() : GrabFrameBuffer();
+    std::optional<QImage> picture = isScaled ? ReadFrameBuffer() : GrabFrameBuffer();
     if (!picture || !testAttribute(Qt::WA_WState_InPaintEvent))
         return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setRenderHint(QPainter::SmoothPixmapTransform, isScaled);
     painter.fillRect(rect(), QColor(Qt::black));
-    painter.drawPixmap(rect(), QPixmap::fromImage(picture->convertToFormat(QImage::Format_RGB32)));
+    painter.drawPixmap(rect(), QPixmap::fromImage(std::move(*picture).convertToFormat(QImage::Format_RGB32)));
 }
 
 QPixmap BGFXOffscreenWidget::RenderPixmap(int width, int height) {
@@ -234,10 +234,10 @@ QPixmap BGFXOffscreenWidget::RenderPixmap(int width, int height) {
     m_viewport = QRect(QPoint(0, 0), size);
     UpdateBlitTargetTextureSize();
     paintEvent(nullptr);
-    std::optional<QImage> const picture = GrabFrameBuffer();
+    std::optional<QImage> picture = GrabFrameBuffer();
     if (!picture)
         Capture::WarnNotTaken(size);
-    return QPixmap::fromImage(picture.value_or(QImage()));
+    return QPixmap::fromImage(std::move(picture).value_or(QImage())); // moved: converted in place
 }
 
 } // namespace zarvex::zx3DQt
