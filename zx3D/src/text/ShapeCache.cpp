@@ -19,20 +19,24 @@ std::size_t SizeOf(std::string_view text, ShapedText const& shaped) {
 
 // Frame after frame mostly asks for the same texts in the same order. Every question moves a text to the
 // front of the list; so the one just before a text is the one that was asked for after it the last time, and
-// no hash is needed to find that one now.
+// no hash is needed to find that one now. The one just behind it is next where the order is reversed, as that
+// of the numbers along two sides of a grid.
 std::shared_ptr<CachedText> const& ShapeCache::Find(std::uint32_t font, std::string_view text) {
     static std::shared_ptr<CachedText> const nothing;
     Entries::iterator const entry = FindEntry({font, text});
     if (entry == m_entries.end())
         return nothing;
-    m_expected = entry != m_entries.begin() ? std::prev(entry) : m_entries.end();
+    m_before = entry != m_entries.begin() ? std::prev(entry) : m_entries.end();
+    m_behind = std::next(entry);
     m_entries.splice(m_entries.begin(), m_entries, entry);
     return entry->value;
 }
 
 ShapeCache::Entries::iterator ShapeCache::FindEntry(Key const& key) {
-    if (m_expected != m_entries.end() && key == Key{m_expected->font, m_expected->text})
-        return m_expected;
+    for (Entries::iterator const expected : {m_before, m_behind}) {
+        if (expected != m_entries.end() && key == Key{expected->font, expected->text})
+            return expected;
+    }
     auto const found = m_index.find(key);
     return found != m_index.end() ? found->second : m_entries.end();
 }
@@ -61,8 +65,10 @@ void ShapeCache::Forget(std::uint32_t font) {
 }
 
 void ShapeCache::Remove(Entries::iterator entry) {
-    if (m_expected == entry)
-        m_expected = m_entries.end();
+    for (Entries::iterator* const expected : {&m_before, &m_behind}) {
+        if (*expected == entry)
+            *expected = m_entries.end();
+    }
     m_index.erase(Key{entry->font, entry->text});
     m_size -= entry->size;
     m_entries.erase(entry);

@@ -68,8 +68,10 @@ private:
 
     std::size_t m_capacity;
     std::size_t m_size = 0;
-    Entries m_entries;                              // the one asked for last at the front
-    Entries::iterator m_expected = m_entries.end(); // the one that is likely to be asked for next
+    Entries m_entries; // the one asked for last at the front
+    // Those that are likely to be asked for next: they stood beside the last one.
+    Entries::iterator m_before = m_entries.end();
+    Entries::iterator m_behind = m_entries.end();
     std::unordered_map<Key, Entries::iterator, Hash> m_index;
 };
 
