@@ -3,6 +3,10 @@
 // for a single line, so the result does not depend on the block's size.
 #include "RectangleSpriteExpansion.h"
 
+#include "NearPlaneCut.h"
+
+#include <bgfx/bgfx.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -29,6 +33,7 @@ struct Ends {
     Values x, y, z;        ///< as given
     Values pixelX, pixelY; ///< y down
     Values depth;          ///< NDC z
+    Values w;              ///< of clip space: 0 or less is behind the camera
 };
 
 /// Lines beyond the block's count keep what they had, and are computed for nothing.
@@ -45,8 +50,11 @@ void Load(zx3D::Line const* lines, int count, Ends& starts, Ends& ends) {
 
 /// Takes the projection by value, as the functions below: for the compiler a reference might refer to what
 /// the loop writes, and nothing would be vectorised.
-void Project(Projection projection, Ends& ends) {
+///
+/// True when some of the ends are behind the camera, where what is computed means nothing.
+bool Project(Projection projection, Ends& ends) {
     float const* const m = projection.matrix;
+    int isBehind = 0;
     for (int i = 0; i < kBlockSize; ++i) {
         float const x = ends.x[i];
         float const y = ends.y[i];
@@ -58,6 +66,39 @@ void Project(Projection projection, Ends& ends) {
         ends.pixelX[i] = (clipX / clipW + 1.0f) * 0.5f * projection.width;
         ends.pixelY[i] = (1.0f - clipY / clipW) * 0.5f * projection.height;
         ends.depth[i] = clipZ / clipW;
+        ends.w[i] = clipW;
+        isBehind |= clipW <= 0.0f;
+    }
+    return isBehind != 0;
+}
+
+/// Puts an end to a place in clip space.
+void Place(Projection const& projection, ClipPosition const& clip, Ends& ends, int i) {
+    ends.pixelX[i] = static_cast<float>((clip.x / clip.w + 1.0) * 0.5 * projection.width);
+    ends.pixelY[i] = static_cast<float>((1.0 - clip.y / clip.w) * 0.5 * projection.height);
+    ends.depth[i] = static_cast<float>(clip.z / clip.w);
+}
+
+/// Cuts the lines that reach behind the camera. Those of which nothing is left lose their length.
+void CutAtNearPlane(Projection const& projection, zx3D::Line const* lines, int count, Ends& starts,
+                    Ends& ends) {
+    bool const hasHomogeneousDepth = bgfx::getCaps()->homogeneousDepth;
+    for (int i = 0; i < count; ++i) {
+        bool const isStartBehind = starts.w[i] <= 0.0f;
+        bool const isEndBehind = ends.w[i] <= 0.0f;
+        if (!isStartBehind && !isEndBehind)
+            continue;
+        ClipPosition start = ToClip(projection.matrix, lines[i].start);
+        ClipPosition end = ToClip(projection.matrix, lines[i].end);
+        bool const isSomeLeft = isStartBehind != isEndBehind &&
+                                (isStartBehind ? zx3DQt::CutAtNearPlane(end, start, hasHomogeneousDepth)
+                                               : zx3DQt::CutAtNearPlane(start, end, hasHomogeneousDepth));
+        if (!isSomeLeft)
+            start = end = {0.0, 0.0, 0.0, 1.0};
+        if (!isSomeLeft || isStartBehind)
+            Place(projection, start, starts, i);
+        if (!isSomeLeft || isEndBehind)
+            Place(projection, end, ends, i);
     }
 }
 
@@ -100,9 +141,12 @@ void StoreCorners(Projection projection, Ends const& ends, Values const& offsetX
     }
 }
 
-void Compute(Projection const& projection, float halfWidth, Ends& starts, Ends& ends, Block& block) {
-    Project(projection, starts);
-    Project(projection, ends);
+void Compute(Projection const& projection, float halfWidth, zx3D::Line const* lines, int count, Ends& starts,
+             Ends& ends, Block& block) {
+    bool const isStartBehind = Project(projection, starts);
+    bool const isEndBehind = Project(projection, ends);
+    if (isStartBehind || isEndBehind)
+        CutAtNearPlane(projection, lines, count, starts, ends);
     Values length, offsetX, offsetY;
     ComputeOffsets(starts, ends, halfWidth, length, offsetX, offsetY);
     StoreEnds(starts, block.start);
@@ -139,7 +183,7 @@ void Expand(zx3D::DataSpan<zx3D::Line const> lines, QMatrix4x4 const& modelViewP
         zx3D::Line const* const blockLines = lines.data + first;
         int const count = static_cast<int>(std::min<std::uint64_t>(lines.count - first, kBlockSize));
         Load(blockLines, count, starts, ends);
-        Compute(projection, width * 0.5f, starts, ends, block);
+        Compute(projection, width * 0.5f, blockLines, count, starts, ends, block);
         Write(block, blockLines, count, vertices);
         vertices += count * kVerticesPerLine;
     }

@@ -79,15 +79,9 @@ private:
 
     void Draw(SceneCall const& call, SceneLines const& lines) {
         SoftwareStipple const stipple(call.stipple.value_or(zx3D::LineStipplePattern()));
-        for (zx3D::Line const& line : lines) {
-            ClipPoint const start = Transform(call.model, line.start);
-            ClipPoint const end = Transform(call.model, line.end);
-            if (call.size > 1)
-                Draw(SoftwareWideLine{ToPixels(start), ToPixels(end), double(call.size), stipple},
-                     line.color);
-            else
-                DrawThin(start, end, stipple, line.color);
-        }
+        for (zx3D::Line const& line : lines)
+            Draw(Transform(call.model, line.start), Transform(call.model, line.end), call.size, stipple,
+                 line.color);
     }
 
     void Draw(SceneCall const& call, ScenePoints const& points) {
@@ -97,8 +91,8 @@ private:
         }
     }
 
-    void DrawThin(ClipPoint const& start, ClipPoint const& end, SoftwareStipple const& stipple,
-                  zx3D::Color const& color) {
+    void Draw(ClipPoint const& start, ClipPoint const& end, std::uint16_t width,
+              SoftwareStipple const& stipple, zx3D::Color const& color) {
         double const atStart = DistanceBeyondNear(start);
         double const atEnd = DistanceBeyondNear(end);
         if (atStart < 0.0 && atEnd < 0.0)
@@ -107,9 +101,13 @@ private:
             double const fraction = atStart / (atStart - atEnd);
             return distance < 0.0 ? (1.0 - fraction) * start + fraction * end : point;
         };
-        Draw(SoftwareThinLine{ToPixels(cut(start, atStart)), ToPixels(cut(end, atEnd)), stipple,
-                              ToPixels(start)},
-             color);
+        QPointF const from = ToPixels(cut(start, atStart));
+        QPointF const to = ToPixels(cut(end, atEnd));
+        if (width == 1)
+            Draw(SoftwareThinLine{from, to, stipple, ToPixels(start)}, color);
+        else // which begins at the near plane if it comes from behind the camera
+            Draw(SoftwareWideLine{from, to, double(width), stipple, start.w > 0.0 ? ToPixels(start) : from},
+                 color);
     }
 
     ClipPoint Transform(QMatrix4x4 const& model, bx::Vec3 const& position) const {

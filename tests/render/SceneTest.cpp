@@ -58,4 +58,8 @@ TEST_P(SceneTest, Transforms) {
     Check(TransformScenes());
 }
 
+TEST_P(SceneTest, CameraInside) {
+    Check(InsideScenes());
+}
+
 ZX3D_INSTANTIATE_BACKENDS(SceneTest);

@@ -6,6 +6,8 @@
 #include "RenderTest.h"
 
 #include <cmath>
+#include <string>
+#include <utility>
 
 namespace zarvex::testing {
 
@@ -78,6 +80,17 @@ void PerspectiveView(zx3DQt::BGFXViewContext& view) {
     bx::mtxProj(projection.data(), 60.0f, static_cast<float>(view.ComputeViewportAspectRatio()), 0.1f, 100.0f,
                 bgfx::getCaps()->homogeneousDepth);
     view.SetProjectionMatrix(projection);
+}
+
+/// Perspective from a place to another one, z up. Lines that are farther away than the first are behind the
+/// second.
+std::function<void(zx3DQt::BGFXViewContext&)> CameraAt(bx::Vec3 place, bx::Vec3 target, float near = 0.1f) {
+    return [=](zx3DQt::BGFXViewContext& view) {
+        bx::mtxLookAt(view.GetViewMatrix().data(), place, target, {0.0f, 0.0f, 1.0f});
+        bx::mtxProj(view.GetProjectionMatrix().data(), 60.0f,
+                    static_cast<float>(view.ComputeViewportAspectRatio()), near, 1000.0f,
+                    bgfx::getCaps()->homogeneousDepth);
+    };
 }
 
 /// Both directions of rows and columns, of many lengths, the outermost ones included.
@@ -218,6 +231,47 @@ std::vector<SceneCall> MixedCalls() {
             {.shapes = points, .size = 7, .model = Moved(3.0f, 6.0f)}};
 }
 
+// What is in the depth of such a camera has one colour, since the references know nothing of depth.
+
+/// A grid on the ground, of `count` lines each way.
+SceneLines GridLines(float half, int count) {
+    SceneLines lines;
+    for (int i = 0; i < count; ++i) {
+        float const at =
+            half * (2.0f * static_cast<float>(i) / static_cast<float>(count - 1) - 1.0f) + 0.013f;
+        lines.push_back({{at, -half, 0.0f}, {at, half, 0.0f}, ColorOf(0)});
+        lines.push_back({{half, at, 0.0f}, {-half, at, 0.0f}, ColorOf(0)});
+    }
+    return lines;
+}
+
+/// The three axes, each in two halves that meet in the origin, the first ones drawn inwards.
+SceneLines AxisLines(float length) {
+    SceneLines lines;
+    for (float const l : {-length, length}) {
+        lines.push_back({{l, 0.0f, 0.0f}, {0.0f, 0.0f, 0.0f}, ColorOf(0)});
+        lines.push_back({{0.0f, l, 0.0f}, {0.0f, 0.0f, 0.0f}, ColorOf(0)});
+        lines.push_back({{0.0f, 0.0f, l}, {0.0f, 0.0f, 0.0f}, ColorOf(0)});
+    }
+    return lines;
+}
+
+/// Paths that wind around the z axis, segment by segment.
+SceneLines Trajectories() {
+    SceneLines lines;
+    for (int path = 0; path < 5; ++path) {
+        float const radius = 1.1f + 0.9f * static_cast<float>(path);
+        auto const at = [&](int i) {
+            float const angle = 0.37f * static_cast<float>(i + path);
+            return bx::Vec3(radius * std::cos(angle), radius * std::sin(angle),
+                            -2.0f + 0.09f * static_cast<float>(i));
+        };
+        for (int i = 0; i < 50; ++i)
+            lines.push_back({at(i), at(i + 1), ColorOf(0)});
+    }
+    return lines;
+}
+
 std::vector<SceneCall> Joined(std::initializer_list<std::vector<SceneCall>> lists) {
     std::vector<SceneCall> calls;
     for (std::vector<SceneCall> const& list : lists)
@@ -353,9 +407,37 @@ std::vector<Scene> TransformScenes() {
     return WithMaxEdges(0.15, scenes);
 }
 
+std::vector<Scene> InsideScenes() {
+    auto const above = CameraAt({0.4f, -0.3f, 1.3f}, {3.1f, 6.7f, 0.2f});
+    auto const down = CameraAt({0.4f, -0.3f, 1.3f}, {0.9f, 0.8f, 0.1f});
+    auto const inside = CameraAt({0.31f, -0.23f, 0.17f}, {-0.9f, 0.7f, -0.3f}, 0.01f);
+    zx3D::LineStipplePattern const dashed{0xF0F0, 1};
+    std::vector<Scene> scenes;
+    for (std::uint16_t const width : {1, 2, 3}) {
+        std::string const name = std::to_string(width) + " px ";
+        for (auto const& [where, camera] : {std::pair("above", above), std::pair("looking down", down)}) {
+            scenes.push_back({.name = name + "grid, camera " + where,
+                              .calls = {{.shapes = GridLines(20.0f, 21), .size = width}},
+                              .setUpView = camera});
+            scenes.push_back({.name = name + "dashed grid, camera " + where,
+                              .calls = {{.shapes = GridLines(20.0f, 21), .size = width, .stipple = dashed}},
+                              .setUpView = camera});
+        }
+        scenes.push_back({.name = name + "axes, camera beside the origin",
+                          .calls = {{.shapes = AxisLines(50.0f), .size = width},
+                                    {.shapes = AxisLines(3.0f), .size = width, .stipple = dashed}},
+                          .setUpView = inside});
+        scenes.push_back({.name = name + "trajectories around the camera",
+                          .calls = {{.shapes = Trajectories(), .size = width}},
+                          .setUpView = inside});
+    }
+    return WithMaxEdges(0.3, scenes);
+}
+
 std::vector<Scene> AllScenes() {
     std::vector<Scene> all;
-    for (auto const& scenes : {ThinLineScenes(), WideLineScenes(), PointScenes(), TransformScenes()})
+    for (auto const& scenes :
+         {ThinLineScenes(), WideLineScenes(), PointScenes(), TransformScenes(), InsideScenes()})
         all.insert(all.end(), scenes.begin(), scenes.end());
     return all;
 }

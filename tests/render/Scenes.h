@@ -15,6 +15,9 @@ std::vector<Scene> PointScenes();
 /// target.
 std::vector<Scene> TransformScenes();
 
+/// Lines around a camera that is in their midst: many of them end behind it.
+std::vector<Scene> InsideScenes();
+
 /// All of these.
 std::vector<Scene> AllScenes();
 

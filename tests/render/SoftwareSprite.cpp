@@ -12,6 +12,9 @@ namespace {
 /// Snapping the corners moves the distance along a line by less than this.
 constexpr double kPatternEdgeWidth = 1.0 / 200.0;
 
+/// And rounding it to a float, a few times, by less than this part of it.
+constexpr double kDistanceRounding = 0x1p-21;
+
 /// The shift that decides where a pattern begins, see zx3D/shaders/line_pattern.glsl.
 constexpr double kBoundaryShift = 1.0 / 128.0;
 
@@ -65,8 +68,9 @@ QRect PixelsAround(QPointF a, QPointF b, double margin) {
 
 Coverage SoftwareStipple::At(double distance, double otherDistance) const {
     auto const [nearest, farthest] = std::minmax(distance, otherDistance);
-    bool const before = IsDrawn(nearest - kPatternEdgeWidth);
-    bool const after = IsDrawn(farthest + kPatternEdgeWidth);
+    double const edge = kPatternEdgeWidth + kDistanceRounding * farthest;
+    bool const before = IsDrawn(nearest - edge);
+    bool const after = IsDrawn(farthest + edge);
     return before != after ? Coverage::Edge : before ? Coverage::Inside : Coverage::Outside;
 }
 
@@ -84,9 +88,10 @@ Coverage SoftwareThinLine::At(QPointF pixelCenter) const {
     Coverage const byDiamond = ByDiamond(pixelCenter);
     Coverage const byRectangle = InRectangle(start, end, 1.0, pixelCenter);
     Coverage const coverage = byDiamond == byRectangle ? byDiamond : Coverage::Edge;
-    double const before = Length(start - stippleStart);
-    return std::min(coverage, stipple.At(before + InLineCoordinates(start, end, pixelCenter).x(),
-                                         before + MajorDistance(pixelCenter)));
+    QPointF const along = end - start;
+    return std::min(
+        coverage, stipple.At(std::abs(InLineCoordinates(stippleStart, stippleStart + along, pixelCenter).x()),
+                             std::abs(MajorDistance(pixelCenter))));
 }
 
 Coverage SoftwareThinLine::ByDiamond(QPointF pixelCenter) const {
@@ -97,7 +102,7 @@ Coverage SoftwareThinLine::ByDiamond(QPointF pixelCenter) const {
 
 double SoftwareThinLine::MajorDistance(QPointF pixelCenter) const {
     QPointF const along = (end - start) / Length(end - start);
-    QPointF const from = pixelCenter - start;
+    QPointF const from = pixelCenter - stippleStart;
     return std::abs(along.x()) > std::abs(along.y()) ? from.x() / along.x() : from.y() / along.y();
 }
 
@@ -106,7 +111,7 @@ QRect SoftwareWideLine::Area() const {
 }
 
 Coverage SoftwareWideLine::At(QPointF pixelCenter) const {
-    double const distance = InLineCoordinates(start, end, pixelCenter).x();
+    double const distance = InLineCoordinates(stippleStart, stippleStart + end - start, pixelCenter).x();
     return std::min(InRectangle(start, end, width, pixelCenter), stipple.At(distance, distance));
 }
 

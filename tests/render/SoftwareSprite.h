@@ -48,6 +48,7 @@ struct SoftwareWideLine {
     QPointF start, end;
     double width;
     SoftwareStipple stipple;
+    QPointF stippleStart; ///< likewise
 
     QRect Area() const;
     Coverage At(QPointF pixelCenter) const;

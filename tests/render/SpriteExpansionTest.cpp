@@ -4,6 +4,11 @@
 
 #include <unit/harness/DrawingOf.h>
 
+#include <zx3D/Owned.h>
+#include <zx3D/ProgramFactory.h>
+
+#include <zx3d_render_tests_shaders.h>
+
 #include "PointSpriteExpansion.h"
 #include "RectangleSpriteExpansion.h"
 
@@ -13,6 +18,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 
 using namespace zarvex;
 using namespace zarvex::testing;
@@ -111,6 +117,25 @@ zx3DQt::BGFXViewContext PerspectiveView() {
     return view;
 }
 
+/// A camera at (0.3, -0.2, 0.1) that looks aside.
+zx3DQt::BGFXViewContext ViewFromInside(float near) {
+    zx3DQt::BGFXViewContext view = PixelView(QRect(0, 0, 1280, 720));
+    bx::mtxLookAt(view.GetViewMatrix().data(), {0.3f, -0.2f, 0.1f}, {2.0f, 1.0f, 5.0f});
+    bx::mtxProj(view.GetProjectionMatrix().data(), 60.0f, 16.0f / 9.0f, near, 1e6f,
+                bgfx::getCaps()->homogeneousDepth);
+    return view;
+}
+
+float ClipW(QMatrix4x4 const& matrix, bx::Vec3 const& p) {
+    QVector4D const row = matrix.row(3);
+    return row.x() * p.x + row.y() * p.y + row.z() * p.z + row.w();
+}
+
+/// Also close before it, where rounding decides.
+bool ReachesBehindCamera(zx3D::Line const& line, QMatrix4x4 const& matrix) {
+    return ClipW(matrix, line.start) < 1e-4f || ClipW(matrix, line.end) < 1e-4f;
+}
+
 class SpriteExpansionTest : public RenderTest {
 protected:
     SpriteExpansionTest() { EXPECT_TRUE(bgfx::getCaps()->supported & BGFX_CAPS_COMPUTE); }
@@ -120,7 +145,15 @@ protected:
     void Check(zx3DQt::BGFXViewContext const& view, Lines const& lines,
                QMatrix4x4 const& model = QMatrix4x4());
 
+    /// Expects of lines with both ends in front of the camera the bits of a formula that knows no other ones.
+    /// Returns how many of the lines are.
+    std::size_t CheckBits(zx3DQt::BGFXViewContext view, Lines const& lines);
+
 private:
+    /// What the compute shader of the library writes in the recorded frame.
+    template<typename Vertex>
+    bgfx::DynamicVertexBufferHandle Buffer(FrameResource kind);
+
     /// Compares with what the compute shader writes in the recorded frame.
     template<typename Vertex>
     void CheckVertices(FrameResource kind, std::vector<Vertex> const& expected);
@@ -155,15 +188,19 @@ void SpriteExpansionTest::Check(zx3DQt::BGFXViewContext const& view, Lines const
 }
 
 template<typename Vertex>
+bgfx::DynamicVertexBufferHandle SpriteExpansionTest::Buffer(FrameResource kind) {
+    auto const& resources = FrameResourcesOf(m_renderer).at(static_cast<std::uint8_t>(kind));
+    EXPECT_EQ(resources.size(), 1u);
+    return std::any_cast<std::shared_ptr<zx3DQt::DynamicBufferResource<Vertex>>>(resources.front())
+        ->vertexBuffer.Get();
+}
+
+template<typename Vertex>
 void SpriteExpansionTest::CheckVertices(FrameResource kind, std::vector<Vertex> const& expected) {
     constexpr std::size_t vectorsPerVertex = sizeof(Vertex) / sizeof(Float4);
-    auto const& resources = FrameResourcesOf(m_renderer).at(static_cast<std::uint8_t>(kind));
-    ASSERT_EQ(resources.size(), 1u);
-    auto const resource =
-        std::any_cast<std::shared_ptr<zx3DQt::DynamicBufferResource<Vertex>>>(resources.front());
     std::size_t const count = expected.size() * vectorsPerVertex;
     std::vector<QVector4D> const values =
-        ReadBack(resource->vertexBuffer.Get(), static_cast<std::uint32_t>(count), 1);
+        ReadBack(Buffer<Vertex>(kind), static_cast<std::uint32_t>(count), 1);
     for (std::size_t i = 0; i < count; ++i) {
         Float4 actualVector, expectedVector;
         std::memcpy(&actualVector, &values[i], sizeof(Float4));
@@ -175,6 +212,54 @@ void SpriteExpansionTest::CheckVertices(FrameResource kind, std::vector<Vertex> 
                    << ToString(expectedVector);
         }
     }
+}
+
+std::size_t SpriteExpansionTest::CheckBits(zx3DQt::BGFXViewContext view, Lines const& lines) {
+    using namespace zx3DQt::RectangleSprite;
+    constexpr std::uint32_t vectorsPerLine = kVerticesPerLine * sizeof(DummyVertexT) / sizeof(Float4);
+    constexpr std::uint16_t width = 4;
+    auto const count = static_cast<std::uint32_t>(lines.size());
+    StartFrame();
+    view.Submit(m_target.GetFrameBuffer());
+    m_renderer.DrawLines(view, lines, width);
+
+    // The same input through the formula.
+    bgfx::DynamicVertexBufferHandle const output = Buffer<DummyVertexT>(FrameResource::RectangleSpriteOutput);
+    zx3D::Owned const formulaOutput(bgfx::createDynamicVertexBuffer(
+        kVerticesPerLine * count,
+        zx3DQt::LayoutOfFloat4s({bgfx::Attrib::TexCoord0, bgfx::Attrib::Color0, bgfx::Attrib::TexCoord1,
+                                 bgfx::Attrib::TexCoord2}),
+        BGFX_BUFFER_COMPUTE_WRITE));
+    view.SetViewId(1);
+    view.Submit(m_target.GetFrameBuffer());
+    zx3DQt::Drawing const& drawing = DrawingOf(m_renderer);
+    m_renderer.SetModelTransform(QMatrix4x4());
+    drawing.UpdateViewportUniform(view);
+    drawing.UpdateRectangleSpriteUniform(count, width);
+    bgfx::setBuffer(0, Buffer<ComputeStageInputVertexData>(FrameResource::RectangleSpriteInput),
+                    bgfx::Access::Read);
+    bgfx::setBuffer(1, formulaOutput.Get(), bgfx::Access::Write);
+    bgfx::dispatch(view,
+                   zx3D::ProgramFactory::Get()
+                       .CreateProgram(zx3d_render_tests_shaders::cs_rectangle_sprite_in_front)
+                       .value(),
+                   (count + 63) / 64);
+    std::vector<QVector4D> const actual = ReadBack(output, vectorsPerLine * count, 2);
+    std::vector<QVector4D> const expected = ReadBack(formulaOutput.Get(), vectorsPerLine * count, 2);
+
+    QMatrix4x4 const matrix = view.GetProjectionMatrix() * view.GetViewMatrix();
+    std::size_t inFront = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (ReachesBehindCamera(lines[i], matrix))
+            continue;
+        ++inFront;
+        if (std::memcmp(&actual[i * vectorsPerLine], &expected[i * vectorsPerLine],
+                        vectorsPerLine * sizeof(Float4)) != 0) {
+            ADD_FAILURE() << "line " << i << " differs";
+            break;
+        }
+    }
+    return inFront;
 }
 
 } // namespace
@@ -204,6 +289,40 @@ TEST_P(SpriteExpansionTest, ModelViewAndProjectionApply) {
     Positions const pixels({-20.0f, -20.0f, 0.0f}, {70.0f, 50.0f, 1.0f});
     Check(pixelView, PointsIn(pixels, 100), turned);
     Check(pixelView, LinesIn(pixels, 100), turned);
+}
+
+TEST_P(SpriteExpansionTest, LinesFromBehindAreCutAlike) {
+    for (auto const& [near, extent] :
+         {std::pair(0.1f, 1.0f), std::pair(0.1f, 100.0f), std::pair(0.001f, 100.0f), std::pair(1.0f, 1e6f)}) {
+        SCOPED_TRACE(extent);
+        zx3DQt::BGFXViewContext const view = ViewFromInside(near);
+        QMatrix4x4 const matrix = view.GetProjectionMatrix() * view.GetViewMatrix();
+        Lines lines;
+        for (zx3D::Line const& line :
+             LinesIn(Positions({-extent, -extent, -extent}, {extent, extent, extent}), 8000)) {
+            // The end in front is far enough in front for floats of whatever order of additions.
+            auto const [behind, inFront] = std::minmax({ClipW(matrix, line.start), ClipW(matrix, line.end)});
+            if (behind < -1e-3f * extent && inFront > 0.2f * extent)
+                lines.push_back(line);
+        }
+        EXPECT_GT(lines.size(), 1000u);
+        Check(view, lines);
+    }
+}
+
+TEST_P(SpriteExpansionTest, LinesInFrontHaveTheBitsOfTheFormulaWhateverIsBesideThem) {
+    zx3DQt::BGFXViewContext const perspective = ViewFromInside(0.1f);
+    zx3DQt::BGFXViewContext parallel = perspective;
+    bx::mtxOrtho(parallel.GetProjectionMatrix().data(), -5.0f, 5.0f, -3.0f, 3.0f, 0.1f, 10.0f, 0.0f,
+                 bgfx::getCaps()->homogeneousDepth);
+    Lines const lines = LinesIn(Positions({-9.0f, -9.0f, -1.0f}, {9.0f, 9.0f, 9.0f}), 50'000 * 13);
+    std::size_t inFront = 0;
+    for (std::size_t first = 0; first < lines.size(); first += 50'000) {
+        auto const from = lines.begin() + static_cast<std::ptrdiff_t>(first);
+        Lines const some(from, from + 50'000);
+        inFront += CheckBits(perspective, some) + CheckBits(parallel, some);
+    }
+    EXPECT_GT(inFront, 1'000'000u);
 }
 
 TEST_P(SpriteExpansionTest, WhatIsBehindTheCameraIsExpandedToo) {

@@ -5,10 +5,13 @@
 
 #include "../../src/render/RectangleSpriteExpansion.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <optional>
+#include <vector>
 
 using namespace zarvex;
 using namespace zarvex::zx3DQt;
@@ -26,6 +29,27 @@ using Stipple = std::optional<zx3D::LineStipplePattern>;
 using Draw = void (Drawing::*)(DrawCall const&, Lines, std::uint16_t);
 
 constexpr std::size_t kFloatsPerVertex = 16;
+constexpr std::size_t kFloatsPerLine = 6 * kFloatsPerVertex;
+
+/// Equally many vec4s that differ by less than two millionths of the largest number in them.
+MATCHER_P(IsNearly, expected, "is nearly the reference") {
+    if (arg.size() != expected.size())
+        return false;
+    for (std::size_t i = 0; i < arg.size(); i += 4) {
+        float largest = 0.0f;
+        float difference = 0.0f;
+        for (std::size_t k = i; k < i + 4; ++k) {
+            largest = std::max(largest, std::abs(expected[k]));
+            difference = std::max(difference, std::abs(arg[k] - expected[k]));
+        }
+        if (!(difference <= 2e-6f * largest)) {
+            *result_listener << "vec4 " << i / 4 << " begins with " << arg[i] << ", " << arg[i + 1]
+                             << " instead of " << expected[i] << ", " << expected[i + 1];
+            return false;
+        }
+    }
+    return true;
+}
 
 struct Either {
     using Type = Draw;
@@ -70,15 +94,61 @@ protected:
         DisableCompute();
     }
 
-    /// Draws the lines and compares all their vertices with the reference.
-    void ExpectExpansion(Lines lines, std::uint16_t width, QMatrix4x4 const& model) {
+    /// What is expected of lines that reach behind the camera.
+    enum class Behind { AsReference, Anything };
+
+    /// Draws the lines and compares all their vertices with the reference: in the bits, but for lines that
+    /// reach behind the camera.
+    void ExpectExpansion(Lines lines, std::uint16_t width, QMatrix4x4 const& model,
+                         Behind behind = Behind::AsReference) {
         recorder::ClearCalls();
         m_renderer->SetModelTransform(model);
         m_renderer->DrawLines(m_view, lines, float(width));
-        EXPECT_THAT(
-            TheDraw().VerticesAs<float>(),
-            HasBitsOf(ExpandedLines(lines, m_view.GetProjectionMatrix() * m_view.GetViewMatrix() * model,
-                                    m_view.GetViewport().size(), width)));
+        QMatrix4x4 const matrix = m_view.GetProjectionMatrix() * m_view.GetViewMatrix() * model;
+        QSize const viewport = m_view.GetViewport().size();
+        std::vector<float> actual = TheDraw().VerticesAs<float>();
+        std::vector<float> expected = ExpandedLines(lines, matrix, viewport, width);
+        ASSERT_THAT(actual, SizeIs(expected.size()));
+        for (std::size_t i = lines.count; i-- > 0;) {
+            if (!ReachesBehindCamera(lines.data[i], matrix))
+                continue;
+            auto const take = [&](std::vector<float>& floats) {
+                auto const first = floats.begin() + std::ptrdiff_t(i * kFloatsPerLine);
+                std::vector<float> const taken(first, first + kFloatsPerLine);
+                floats.erase(first, first + kFloatsPerLine);
+                return taken;
+            };
+            take(expected);
+            std::vector<float> const cut = take(actual);
+            if (behind == Behind::AsReference)
+                ExpectCut(cut, lines.data[i], matrix, viewport, width);
+        }
+        EXPECT_THAT(actual, HasBitsOf(expected));
+    }
+
+    /// Expects the floats of a line that is cut at the near plane. One that overflows on the way is not
+    /// drawn.
+    static void ExpectCut(std::vector<float> const& actual, zx3D::Line const& line, QMatrix4x4 const& matrix,
+                          QSize viewport, float width) {
+        std::optional<std::vector<float>> const expected =
+            ExpandedCutLine(line, matrix, viewport, width, bgfx::getCaps()->homogeneousDepth);
+        if (expected && IsFinite(*expected) && !IsCollapsed(*expected))
+            EXPECT_THAT(actual, IsNearly(*expected));
+        else
+            EXPECT_TRUE(IsCollapsed(actual) || !IsFinite(actual));
+    }
+
+    static bool IsFinite(std::vector<float> const& floats) {
+        return std::all_of(floats.begin(), floats.end(), [](float value) { return std::isfinite(value); });
+    }
+
+    /// All corners are (0, 0, 0, 0).
+    static bool IsCollapsed(std::vector<float> const& line) {
+        for (std::size_t i = 0; i < line.size(); ++i) {
+            if (i % kFloatsPerVertex < 4 && line[i] != 0.0f)
+                return false;
+        }
+        return true;
     }
 
     std::vector<zx3D::Line> RandomLines(std::size_t count, bool unusual = false) {
@@ -96,6 +166,43 @@ protected:
     static QMatrix4x4 PinholeProjection() { return {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0}; }
 
     RandomGeometry m_random;
+};
+
+/// On 128 × 64 pixels a camera in the origin that looks along z; what is from 1 on is drawn.
+class RectangleSpriteCutTest : public RectangleSpriteExpansionTest {
+protected:
+    void SetUp() override {
+        RectangleSpriteExpansionTest::SetUp();
+        m_view.SetViewport(QRect(7, 3, 128, 64));
+        SetHomogeneousDepth(false);
+    }
+
+    void SetHomogeneousDepth(bool homogeneous) {
+        Configure([=](recorder::Settings& settings) { settings.homogeneousDepth = homogeneous; });
+        m_depthAtNearPlane = homogeneous ? -1.0f : 0.0f;
+        float const z = homogeneous ? -2.0f : -1.0f;
+        m_view.SetProjectionMatrix({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, z, 0, 0, 1, 0});
+    }
+
+    /// With both ranges of depths.
+    template<typename Check>
+    void ForEachDepth(Check check) {
+        for (bool const homogeneous : {false, true}) {
+            SetHomogeneousDepth(homogeneous);
+            check(m_depthAtNearPlane);
+        }
+    }
+
+    /// The depth of a distance from the camera.
+    float DepthAt(float distance) const { return 1.0f - (1.0f - m_depthAtNearPlane) / distance; }
+
+    void Draw(zx3D::Line const& line) {
+        recorder::ClearCalls();
+        m_renderer->DrawLines(m_view, Lines(&line, 1), 4.0f);
+    }
+
+private:
+    float m_depthAtNearPlane = 0.0f;
 };
 
 } // namespace
@@ -414,34 +521,148 @@ TEST_F(RectangleSpriteExpansionTest, LinesInPerspectiveHaveTheBitsOfTheReference
     }
 }
 
-TEST_F(RectangleSpriteExpansionTest, LinesThroughTheNearPlaneHaveTheBitsOfTheReference) {
-    QMatrix4x4 projection;
-    projection.perspective(60.0f, 2.0f, 1.0f, 100.0f);
-    m_view.SetProjectionMatrix(projection);
-    std::vector<zx3D::Line> lines = RandomLines(200);
-    for (zx3D::Line& line : lines)
-        line.end.z = -line.start.z; // one end in front of the camera, one behind it
-    ExpectExpansion(lines, 8, QMatrix4x4());
+TEST_F(RectangleSpriteExpansionTest, AMillionLinesInFrontHaveTheBitsOfTheFormulaWhateverIsBesideThem) {
+    constexpr std::size_t count = 10'000;
+    QSize const viewport(1280, 720);
+    QMatrix4x4 perspective, parallel;
+    perspective.perspective(60.0f, 16.0f / 9.0f, 0.1f, 100.0f);
+    perspective.lookAt({3, 2, 4}, {0, 0, 0}, {0, 1, 0}); // among the lines
+    parallel.ortho(-5.0f, 5.0f, -3.0f, 3.0f, 0.1f, 10.0f);
+    parallel.lookAt({3, 2, 4}, {0, 0, 0}, {0, 1, 0});
+    std::vector<DummyVertexT> vertices(count * RectangleSprite::kVerticesPerLine);
+    for (QMatrix4x4 const& matrix : {perspective, parallel}) {
+        std::size_t inFront = 0;
+        while (inFront < 1'000'000) {
+            std::vector<zx3D::Line> const lines = RandomLines(count);
+            RectangleSprite::Expand(lines, matrix, viewport, 4.0f, vertices.data());
+            std::vector<float> const expected = ExpandedLines(lines, matrix, viewport, 4.0f);
+            for (std::size_t i = 0; i < count; ++i) {
+                if (ReachesBehindCamera(lines[i], matrix))
+                    continue;
+                ++inFront;
+                ASSERT_EQ(std::memcmp(&vertices[i * RectangleSprite::kVerticesPerLine],
+                                      &expected[i * kFloatsPerLine], kFloatsPerLine * sizeof(float)),
+                          0);
+            }
+        }
+    }
 }
 
-TEST_F(RectangleSpriteExpansionTest, EndsInTheCamerasPlaneHaveTheBitsOfTheReference) {
+TEST_F(RectangleSpriteCutTest, ALineFromBehindBeginsAtTheNearPlane) {
+    ForEachDepth([&](float depthAtNearPlane) {
+        Draw({{2, -1, -4}, {0, -1, 4}, {}}); // through (0.75, -1, 1)
+        EXPECT_THAT(Part(0, 2), ElementsAre(112, 64, depthAtNearPlane, 1));
+        EXPECT_THAT(Part(0, 3), ElementsAre(64, 40, DepthAt(4), 1));
+    });
+}
+
+TEST_F(RectangleSpriteCutTest, ALineToBehindEndsAtTheNearPlane) {
+    ForEachDepth([&](float depthAtNearPlane) {
+        Draw({{0, -1, 4}, {2, -1, -4}, {}});
+        EXPECT_THAT(Part(0, 2), ElementsAre(64, 40, DepthAt(4), 1));
+        EXPECT_THAT(Part(0, 3), ElementsAre(112, 64, depthAtNearPlane, 1));
+    });
+}
+
+TEST_F(RectangleSpriteCutTest, TheRectangleEndsSquareAtTheCut) {
+    Draw({{0, -1, 4}, {0, -1, -4}, {}}); // straight down in the picture
+    EXPECT_THAT(Part(0, 0), ElementsAre(0.03125f, -0.25f, DepthAt(4), 1));
+    EXPECT_THAT(Part(1, 0), ElementsAre(0.03125f, -1, DepthAt(1), 1));
+    EXPECT_THAT(Part(2, 0), ElementsAre(-0.03125f, -1, DepthAt(1), 1));
+    EXPECT_THAT(Part(4, 0), ElementsAre(-0.03125f, -0.25f, DepthAt(4), 1));
+}
+
+TEST_F(RectangleSpriteCutTest, WhatIsBehindOrBeforeTheNearPlaneCollapses) {
+    ForEachDepth([&](float) {
+        for (zx3D::Line const& line :
+             {zx3D::Line{{1, 2, -3}, {4, 5, -6}, {}}, zx3D::Line{{1, 2, 0.5f}, {4, 5, -6}, {}},
+              zx3D::Line{{1, 2, -3}, {4, 5, 0.5f}, {}}, zx3D::Line{{1, 2, 0}, {4, 5, 0}, {}},
+              zx3D::Line{{1, 2, 0}, {4, 5, -1}, {}}, zx3D::Line{{0, 0, 0}, {0, 0, 0}, {}}}) {
+            Draw(line);
+            std::vector<float> const floats = TheDraw().VerticesAs<float>();
+            EXPECT_THAT(floats, SizeIs(kFloatsPerLine));
+            EXPECT_TRUE(IsCollapsed(floats));
+            EXPECT_TRUE(IsFinite(floats));
+        }
+    });
+}
+
+TEST_F(RectangleSpriteCutTest, AnEndInTheCamerasOwnPlaneIsCut) {
+    ForEachDepth([&](float depthAtNearPlane) {
+        Draw({{0, -1, 4}, {4, -1, 0.0f}, {}}); // through (3, -1, 1)
+        EXPECT_THAT(Part(0, 3), ElementsAre(256, 64, depthAtNearPlane, 1));
+        Draw({{4, -1, -0.0f}, {0, -1, 4}, {}});
+        EXPECT_THAT(Part(0, 2), ElementsAre(256, 64, depthAtNearPlane, 1));
+    });
+}
+
+TEST_F(RectangleSpriteCutTest, WithReversedDepthsTheNearPlaneIsTheUpperLimit) {
+    SetHomogeneousDepth(false);
+    m_view.SetProjectionMatrix({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 1, 0}); // z is 1
+    Draw({{2, -1, -4}, {0, -1, 4}, {}});
+    EXPECT_THAT(Part(0, 2), ElementsAre(112, 64, 1, 1));
+    EXPECT_THAT(Part(0, 3), ElementsAre(64, 40, 0.25f, 1));
+}
+
+TEST_F(RectangleSpriteCutTest, WithTheNearPlaneInTheCameraALineIsCutCloseBeforeIt) {
+    for (bool const homogeneous : {false, true}) {
+        SetHomogeneousDepth(homogeneous);
+        m_view.SetProjectionMatrix(PinholeProjection());
+        for (float const z : {-4.0f, 0.0f}) {
+            Draw({{0, -1, 4}, {0, -1, z}, {}});
+            EXPECT_EQ(Part(0, 3)[0], 64.0f);
+            EXPECT_GT(Part(0, 3)[1], 1e8f);
+            EXPECT_TRUE(IsFinite(TheDraw().VerticesAs<float>()));
+        }
+    }
+}
+
+TEST_F(RectangleSpriteExpansionTest, LinesFromBehindAreCutAsInDoublePrecision) {
+    m_view.SetViewport(QRect(0, 0, 1280, 720));
+    for (auto const& [near, extent] : {std::pair(0.1f, 1.0f), std::pair(0.1f, 50.0f),
+                                       std::pair(0.001f, 20.0f), std::pair(1.0f, 200'000.0f)}) {
+        for (bool const homogeneous : {false, true}) {
+            Configure([=](recorder::Settings& settings) { settings.homogeneousDepth = homogeneous; });
+            bx::mtxProj(m_view.GetProjectionMatrix().data(), 60.0f, 16.0f / 9.0f, near, 1e8f, homogeneous);
+            std::vector<zx3D::Line> lines = RandomLines(5'000); // in a cube of 20
+            for (zx3D::Line& line : lines) {
+                line.start = bx::mul(line.start, extent);
+                line.end = bx::mul(line.end, extent);
+            }
+            ExpectExpansion(lines, 4, QMatrix4x4());
+        }
+    }
+}
+
+TEST_F(RectangleSpriteExpansionTest, EndsInTheCamerasPlaneAreCut) {
     m_view.SetProjectionMatrix(PinholeProjection());
     std::array<zx3D::Line, 5> const lines{
         zx3D::Line{{1, 2, 0.0f}, {1, 2, 4}, {}}, zx3D::Line{{1, 2, 4}, {-1, 2, -0.0f}, {}},
         zx3D::Line{{1, 2, 0.0f}, {3, 4, 0.0f}, {}}, zx3D::Line{{0, 0, 0.0f}, {1, 1, 1}, {}},
         zx3D::Line{{0, 0, 0.0f}, {0, 0, 0.0f}, {}}};
-    ExpectExpansion(lines, 8, QMatrix4x4());
-    EXPECT_TRUE(std::isinf(Part(0, 2)[0]));
-    EXPECT_TRUE(std::isnan(Part(4 * 6, 2)[0]));
+    m_renderer->DrawLines(m_view, lines, 8.0f);
+    EXPECT_TRUE(IsFinite(TheDraw().VerticesAs<float>()));
 }
 
-TEST_F(RectangleSpriteExpansionTest, UnusualNumbersHaveTheBitsOfTheReference) {
+TEST_F(RectangleSpriteExpansionTest, UnusualNumbersHarmNoOtherLine) {
     QMatrix4x4 projection;
     projection.perspective(60.0f, 2.0f, 0.1f, 100.0f);
     for (QMatrix4x4 const& matrix : {QMatrix4x4(), projection, PinholeProjection()}) {
         m_view.SetProjectionMatrix(matrix);
         for (int round = 0; round < 20; ++round)
-            ExpectExpansion(RandomLines(33, true), std::uint16_t(m_random.Int(2, 100)), QMatrix4x4());
+            ExpectExpansion(RandomLines(33, true), std::uint16_t(m_random.Int(2, 100)), QMatrix4x4(),
+                            Behind::Anything);
+    }
+}
+
+TEST_F(RectangleSpriteCutTest, LinesToInfinityBehindTheCameraAreNotDrawn) {
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    for (bx::Vec3 const& behind :
+         {bx::Vec3(0, -1, -infinity), bx::Vec3(infinity, 0, -1), bx::Vec3(NAN, 0, -1)}) {
+        Draw({{0, -1, 4}, behind, {}});
+        std::vector<float> const floats = TheDraw().VerticesAs<float>();
+        EXPECT_TRUE(IsCollapsed(floats) ||
+                    !IsFinite(floats)); // the draw program leaves out what is not finite
     }
 }
 

@@ -12,6 +12,8 @@ uniform mat4 u_modelViewProj;
 uniform vec4 u_rectangleSprite;
 uniform vec4 u_viewport;
 
+#include "near_plane.glsl"
+
 // A line shorter than this, in pixels, has no direction.
 const float kShortestLength = 1.1920929e-5;
 
@@ -26,9 +28,20 @@ vec4 ToNdc(vec2 pixel, float depth) {
     return vec4(2.0 * pixel.x / u_viewport.x - 1.0, -(2.0 * pixel.y / u_viewport.y - 1.0), depth, 1.0);
 }
 
-vec4 Project(vec4 position) {
-    vec4 clip = u_modelViewProj * vec4(position.xyz, 1.0);
-    return clip / clip.w;
+// Of a line that reaches behind the camera, what is left; without a length when that is nothing.
+void Cut(vec3 start, vec3 end, inout vec4 clipStart, inout vec4 clipEnd) {
+    const vec4 kAnywhere = vec4(0.0, 0.0, 0.0, 1.0);
+    bool isStartBehind = clipStart.w <= 0.0;
+    bool isEndBehind = clipEnd.w <= 0.0;
+    vec4 cut = vec4(0.0);
+    if (!isEndBehind) {
+        cut = clipStart = CutAtNearPlane(end, start);
+    } else if (!isStartBehind) {
+        cut = clipEnd = CutAtNearPlane(start, end);
+    }
+    if (cut.w == 0.0) {
+        clipStart = clipEnd = kAnywhere;
+    }
 }
 
 void main() {
@@ -36,8 +49,15 @@ void main() {
     if (line >= uint(u_rectangleSprite.x)) {
         return;
     }
-    vec4 ndcStart = Project(b_lines[3u * line]);
-    vec4 ndcEnd = Project(b_lines[3u * line + 1u]);
+    vec3 startPosition = b_lines[3u * line].xyz;
+    vec3 endPosition = b_lines[3u * line + 1u].xyz;
+    vec4 clipStart = u_modelViewProj * vec4(startPosition, 1.0);
+    vec4 clipEnd = u_modelViewProj * vec4(endPosition, 1.0);
+    if (clipStart.w <= 0.0 || clipEnd.w <= 0.0) {
+        Cut(startPosition, endPosition, clipStart, clipEnd);
+    }
+    vec4 ndcStart = clipStart / clipStart.w;
+    vec4 ndcEnd = clipEnd / clipEnd.w;
     vec4 color = b_lines[3u * line + 2u];
     vec2 start = ToPixels(ndcStart);
     vec2 end = ToPixels(ndcEnd);

@@ -2,6 +2,7 @@
 #include "SpriteReference.h"
 
 #include <array>
+#include <cmath>
 #include <limits>
 
 using namespace zarvex;
@@ -32,6 +33,40 @@ Vec4 ToVec4(zx3D::Color const& color) {
     return {color.red, color.green, color.blue, color.alpha};
 }
 
+/// In viewport pixels, y down, and NDC z.
+struct Place {
+    float x, y, depth;
+};
+
+Place ToPlace(Vec4 const& clip, QSize viewport) {
+    return {(clip.x / clip.w + 1.0f) * 0.5f * float(viewport.width()),
+            (1.0f - clip.y / clip.w) * 0.5f * float(viewport.height()), clip.z / clip.w};
+}
+
+void AppendRectangle(std::vector<float>& floats, Place const& a, Place const& b, zx3D::Color const& color,
+                     QSize viewport, float width) {
+    auto const toNdc = [&](float pixelX, float pixelY, float depth) {
+        return Vec4{2.0f * pixelX / float(viewport.width()) - 1.0f,
+                    -(2.0f * pixelY / float(viewport.height()) - 1.0f), depth, 1.0f};
+    };
+    float const length = std::hypot(b.x - a.x, b.y - a.y);
+    std::array<Vec4, 4> corners{};
+    if (!(length < 1.1920929e-5f)) {
+        Pixel const u{(b.x - a.x) / length, (b.y - a.y) / length};
+        Pixel const o{-u.y * (width * 0.5f), u.x * (width * 0.5f)};
+        corners[0] = toNdc(a.x - o.x, a.y - o.y, a.depth);
+        corners[1] = toNdc(b.x - o.x, b.y - o.y, b.depth);
+        corners[2] = toNdc(b.x + o.x, b.y + o.y, b.depth);
+        corners[3] = toNdc(a.x + o.x, a.y + o.y, a.depth);
+    }
+    for (std::size_t const corner : {0, 1, 2, 2, 3, 0}) {
+        Append(floats, corners[corner]);
+        Append(floats, ToVec4(color));
+        Append(floats, {a.x, a.y, a.depth, 1.0f});
+        Append(floats, {b.x, b.y, b.depth, 1.0f});
+    }
+}
+
 } // namespace
 
 std::vector<float> ExpandedPoints(zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA const> points,
@@ -57,39 +92,58 @@ std::vector<float> ExpandedPoints(zx3D::DataSpan<zx3D::Vertex::Pos3fColorRGBA co
 
 std::vector<float> ExpandedLines(zx3D::DataSpan<zx3D::Line const> lines,
                                  QMatrix4x4 const& modelViewProjection, QSize viewport, float width) {
-    auto const w = float(viewport.width());
-    auto const h = float(viewport.height());
-    auto const toPixel = [&](Vec4 const& clip) {
-        return Pixel{(clip.x / clip.w + 1.0f) * 0.5f * w, (1.0f - clip.y / clip.w) * 0.5f * h};
-    };
-    auto const toNdc = [&](float pixelX, float pixelY, float depth) {
-        return Vec4{2.0f * pixelX / w - 1.0f, -(2.0f * pixelY / h - 1.0f), depth, 1.0f};
-    };
     std::vector<float> floats;
     for (std::uint64_t i = 0; i < lines.count; ++i) {
-        Vec4 const clipA = Product(modelViewProjection, lines.data[i].start);
-        Vec4 const clipB = Product(modelViewProjection, lines.data[i].end);
-        float const depthA = clipA.z / clipA.w;
-        float const depthB = clipB.z / clipB.w;
-        Pixel const a = toPixel(clipA);
-        Pixel const b = toPixel(clipB);
-        float const length = std::hypot(b.x - a.x, b.y - a.y);
-        std::array<Vec4, 4> corners{};
-        if (!(length < 1.1920929e-5f)) {
-            Pixel const u{(b.x - a.x) / length, (b.y - a.y) / length};
-            Pixel const o{-u.y * (width * 0.5f), u.x * (width * 0.5f)};
-            corners[0] = toNdc(a.x - o.x, a.y - o.y, depthA);
-            corners[1] = toNdc(b.x - o.x, b.y - o.y, depthB);
-            corners[2] = toNdc(b.x + o.x, b.y + o.y, depthB);
-            corners[3] = toNdc(a.x + o.x, a.y + o.y, depthA);
-        }
-        for (std::size_t const corner : {0, 1, 2, 2, 3, 0}) {
-            Append(floats, corners[corner]);
-            Append(floats, ToVec4(lines.data[i].color));
-            Append(floats, {a.x, a.y, depthA, 1.0f});
-            Append(floats, {b.x, b.y, depthB, 1.0f});
-        }
+        zx3D::Line const& line = lines.data[i];
+        AppendRectangle(floats, ToPlace(Product(modelViewProjection, line.start), viewport),
+                        ToPlace(Product(modelViewProjection, line.end), viewport), line.color, viewport,
+                        width);
     }
+    return floats;
+}
+
+bool ReachesBehindCamera(zx3D::Line const& line, QMatrix4x4 const& modelViewProjection) {
+    return Product(modelViewProjection, line.start).w <= 0.0f ||
+           Product(modelViewProjection, line.end).w <= 0.0f;
+}
+
+std::optional<std::vector<float>> ExpandedCutLine(zx3D::Line const& line,
+                                                  QMatrix4x4 const& modelViewProjection, QSize viewport,
+                                                  float width, bool hasHomogeneousDepth) {
+    bool const isStartBehind = Product(modelViewProjection, line.start).w <= 0.0f;
+    bx::Vec3 const& front = isStartBehind ? line.end : line.start;
+    bx::Vec3 const& behind = isStartBehind ? line.start : line.end;
+    auto const clipAt = [&](double part) {
+        std::array<double, 4> clip{};
+        for (int row = 0; row < 4; ++row) {
+            auto const at = [&](bx::Vec3 const& p) {
+                QMatrix4x4 const& m = modelViewProjection;
+                return double(m(row, 0)) * p.x + double(m(row, 1)) * p.y + double(m(row, 2)) * p.z +
+                       double(m(row, 3));
+            };
+            clip[std::size_t(row)] = (1.0 - part) * at(front) + part * at(behind);
+        }
+        return clip;
+    };
+    auto const isDrawn = [&](double part) {
+        auto const [x, y, z, w] = clipAt(part);
+        return w > 0.0 && z >= (hasHomogeneousDepth ? -w : 0.0) && z <= w;
+    };
+    double drawn = 0.0;
+    double notDrawn = 1.0;
+    if (!isDrawn(drawn))
+        return std::nullopt;
+    for (int i = 0; i < 100; ++i) {
+        double const middle = 0.5 * (drawn + notDrawn);
+        (isDrawn(middle) ? drawn : notDrawn) = middle;
+    }
+    auto const [x, y, z, w] = clipAt(drawn);
+    Place const cut{float((x / w + 1.0) * 0.5 * viewport.width()),
+                    float((1.0 - y / w) * 0.5 * viewport.height()), float(z / w)};
+    Place const inFront = ToPlace(Product(modelViewProjection, front), viewport);
+    std::vector<float> floats;
+    AppendRectangle(floats, isStartBehind ? cut : inFront, isStartBehind ? inFront : cut, line.color,
+                    viewport, width);
     return floats;
 }
 

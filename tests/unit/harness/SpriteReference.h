@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <random>
 #include <vector>
 
@@ -20,9 +21,19 @@
 std::vector<float> ExpandedPoints(zarvex::zx3D::DataSpan<zarvex::zx3D::Vertex::Pos3fColorRGBA const> points,
                                   QMatrix4x4 const& modelViewProjection, QSize viewport, float size);
 
-/// The floats of six vertices for each line: corner, colour, start, end.
+/// The floats of six vertices for each line: corner, colour, start, end. For lines in front of the camera, as
+/// a formula that knows nothing of what is behind it.
 std::vector<float> ExpandedLines(zarvex::zx3D::DataSpan<zarvex::zx3D::Line const> lines,
                                  QMatrix4x4 const& modelViewProjection, QSize viewport, float width);
+
+/// Whether the w in clip space of an end, or of both, is 0 or less.
+bool ReachesBehindCamera(zarvex::zx3D::Line const& line, QMatrix4x4 const& modelViewProjection);
+
+/// The same for a line with one end behind the camera: that one is put where the line leaves the depths that
+/// are drawn, found by halving in double precision. Empty when the other end is not in them.
+std::optional<std::vector<float>> ExpandedCutLine(zarvex::zx3D::Line const& line,
+                                                  QMatrix4x4 const& modelViewProjection, QSize viewport,
+                                                  float width, bool hasHomogeneousDepth);
 
 /// Equally many floats of the same bits; one NaN is as good as another.
 MATCHER_P(HasBitsOf, expected, "has the bits of the reference") {
