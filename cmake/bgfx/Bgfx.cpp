@@ -1,14 +1,16 @@
 // bgfx in one file, with its OpenGL renderer telling here when it takes a program or a vertex array object into use, and
 // when it asks whether mipmaps can be generated.
 //
-// On OpenGL every window has a context of its own, and all share the programs. When one context sets a uniform to the
-// value that another has just set, Mesa takes it for unchanged, and the one goes on drawing with its value before. So
-// a program that another context has used meanwhile has its uniforms changed and changed back, once: that makes Mesa
-// hand all of them to the hardware again.
+// On OpenGL every window has a context of its own, and three things go wrong there:
 //
-// Vertex array objects are a context's own. From API version 126 on bgfx keeps the name of one and makes a new one in
-// each context that it goes to, as if their names were the same in all. Mesa's are not: with several windows the
-// name is soon one that the current context does not know. So here each context goes on with the one that it has bound.
+// - All contexts share the programs. When one sets a uniform to the value that another has just set, Mesa takes it for
+//   unchanged, and the one goes on drawing with its value before. So a program that another context has used meanwhile has
+//   its uniforms changed and changed back, once: that makes Mesa hand all of them to the hardware again.
+// - bgfx makes a primitive's first vertex the one that flat variables come from, as on Vulkan, but only in the context that
+//   draws off screen. So every context is told so here.
+// - Vertex array objects are a context's own. From API version 126 on bgfx keeps the name of one and makes a new one in
+//   each context that it goes to, as if their names were the same in all. Mesa's are not: with several windows the name is
+//   soon one that the current context does not know. So here each context goes on with the one that it has bound.
 //
 // When it starts, bgfx generates mipmaps in each of its texture formats, to see which ones can have them. Mesa's software
 // renderer compiles shaders for every one, which is most of the time that an application needs to start with it. OpenGL
@@ -101,6 +103,8 @@ void UseProgram(GLuint program) {
     glUseProgram(program);
     if (program == 0)
         return;
+    if (glProvokingVertex != nullptr && s_extension[Extension::ARB_provoking_vertex].m_supported)
+        glProvokingVertex(GL_FIRST_VERTEX_CONVENTION);
     static std::unordered_map<GLuint, EGLContext> lastUser;
     EGLContext const context = eglGetCurrentContext();
     auto const [entry, isNew] = lastUser.try_emplace(program, context);
