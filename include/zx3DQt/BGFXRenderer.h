@@ -123,10 +123,9 @@ public:
     /// zero: up to 1 they are thin lines of one pixel, above they are wide lines: rectangles on the screen,
     /// which take `STATE_OPAQUE` for their own state and a state of triangles. At most 65535.
     ///
-    /// The width does not change with distance. Wide lines are not clipped where they pass behind the camera:
-    /// keep both ends of a line in front of it. `stipple` runs along each segment from its start, in pixels;
-    /// absent, the lines are solid. Any count: above 32,768 thin or 262,144 wide lines bgfx gets several draw
-    /// calls.
+    /// The width does not change with distance. `stipple` runs along each segment from its start, in pixels;
+    /// along a wide line that comes from behind the camera, from the near plane. Absent, the lines are solid.
+    /// Any count: above 32,768 thin or 262,144 wide lines bgfx gets several draw calls.
     void DrawLines(BGFXViewContext const& view, zx3D::DataSpan<zx3D::Line const> lines,
                    std::optional<float> width = std::nullopt,
                    std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
@@ -187,7 +186,7 @@ public:
     void RenderText(BGFXViewContext const& view, QPointF const& position, QString const& text,
                     zx3D::FontHandle font, QColor const& color, QFlags<Qt::AlignmentFlag> alignment) const;
 
-    /// The same where a world position appears in the view.
+    /// The same where a world position appears in the view. Nothing for one behind the camera.
     void RenderText(BGFXViewContext const& view, bx::Vec3 const& worldPosition, QString const& text,
                     zx3D::FontHandle font, QColor const& color, QFlags<Qt::AlignmentFlag> alignment) const;
 

@@ -119,11 +119,18 @@ public:
     /// Width over height of the viewport, each counted as at least 1.
     double ComputeViewportAspectRatio() const;
 
-    /// Where a world position appears, in viewport pixels (y down); its depth is dropped. Positions in the
-    /// plane of the camera give infinities.
+    /// Where a world position appears, in viewport pixels (y down); its depth is dropped. Positions behind
+    /// the camera give the place of their mirror image, those in its plane infinities.
     /// @{
     QPointF TransformToViewport(bx::Vec3 const& position) const;
     QPointF TransformToViewport(QVector3D const& position) const;
+    /// @}
+
+    /// The same for positions that may be behind the camera or in its plane, which have no place in the
+    /// picture (their w in clip space is 0 or less): empty for them. In a parallel projection none is.
+    /// @{
+    std::optional<QPointF> ProjectToViewport(bx::Vec3 const& position) const;
+    std::optional<QPointF> ProjectToViewport(QVector3D const& position) const;
     /// @}
 
     /// Binds the view to the frame buffer for the frame being recorded, with the context's viewport,
@@ -145,6 +152,8 @@ protected:
     QPointF TransformFromNDCToViewPort(QPointF const& ndc) const;
 
 private:
+    QVector4D TransformToClip(bx::Vec3 const& position) const;
+
     QRect m_viewport;
     QMatrix4x4 m_projectionMatrix;
     QMatrix4x4 m_viewMatrix;

@@ -10,6 +10,7 @@
 #include <QRectF>
 
 #include <cmath>
+#include <optional>
 #include <vector>
 
 namespace zarvex::zx3DQt {
@@ -81,9 +82,10 @@ void DrawCoordinateGridFrameTickLabels(BGFXRenderer const& renderer, BGFXViewCon
     float const textHeight = zx3D::GetFontInfo(labels.font).pixelSize;
     // To the right of the line, towards the viewer, and above the line: clear of it.
     auto const draw = [&](float x, float y, QString const& text) {
-        QPointF const place = sceneView.TransformToViewport(bx::Vec3(x + 1.0f, y, 0.1f));
-        renderer.RenderText(labelView, QPointF(place.x(), place.y() - textHeight), text, labels.font,
-                            labels.color, Qt::AlignLeft | Qt::AlignTop);
+        std::optional<QPointF> const place = sceneView.ProjectToViewport(bx::Vec3(x + 1.0f, y, 0.1f));
+        if (place)
+            renderer.RenderText(labelView, QPointF(place->x(), place->y() - textHeight), text, labels.font,
+                                labels.color, Qt::AlignLeft | Qt::AlignTop);
     };
     if (labels.IsAxisEnabled(X)) {
         ForEachGridStep(bounds.minX, style.gridSpacing.x(), bounds.maxX,

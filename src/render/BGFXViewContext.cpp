@@ -9,6 +9,20 @@
 
 namespace zarvex::zx3DQt {
 
+namespace {
+
+/// By component: Qt's own division asserts that w is not 0.
+QVector4D DivideByW(QVector4D const& clip) {
+    float const w = clip.w();
+    return {clip.x() / w, clip.y() / w, clip.z() / w, w / w};
+}
+
+bx::Vec3 ToVec3(QVector3D const& position) {
+    return {position.x(), position.y(), position.z()};
+}
+
+} // namespace
+
 BGFXViewContext::BGFXViewContext(std::uint16_t viewId,
                                  std::optional<BGFXViewClearOptions> const& clearOptions,
                                  std::optional<bgfx::ViewMode::Enum> viewMode)
@@ -55,12 +69,13 @@ double BGFXViewContext::ComputeViewportAspectRatio() const {
     return static_cast<double>(std::max(m_viewport.width(), 1)) / std::max(m_viewport.height(), 1);
 }
 
-QVector4D BGFXViewContext::TransformToNDC(bx::Vec3 const& position) const {
+QVector4D BGFXViewContext::TransformToClip(bx::Vec3 const& position) const {
     QMatrix4x4 const worldToClip = m_projectionMatrix * m_viewMatrix;
-    QVector4D const clip = worldToClip * QVector4D(position.x, position.y, position.z, 1.0f);
-    // By component: Qt's own division asserts that w is not 0.
-    float const w = clip.w();
-    return {clip.x() / w, clip.y() / w, clip.z() / w, w / w};
+    return worldToClip * QVector4D(position.x, position.y, position.z, 1.0f);
+}
+
+QVector4D BGFXViewContext::TransformToNDC(bx::Vec3 const& position) const {
+    return DivideByW(TransformToClip(position));
 }
 
 QPointF BGFXViewContext::TransformFromNDCToViewPort(QPointF const& ndc) const {
@@ -74,7 +89,19 @@ QPointF BGFXViewContext::TransformToViewport(bx::Vec3 const& position) const {
 }
 
 QPointF BGFXViewContext::TransformToViewport(QVector3D const& position) const {
-    return TransformToViewport(bx::Vec3(position.x(), position.y(), position.z()));
+    return TransformToViewport(ToVec3(position));
+}
+
+std::optional<QPointF> BGFXViewContext::ProjectToViewport(bx::Vec3 const& position) const {
+    QVector4D const clip = TransformToClip(position);
+    if (clip.w() <= 0.0f)
+        return std::nullopt;
+    QVector4D const ndc = DivideByW(clip);
+    return TransformFromNDCToViewPort(QPointF(ndc.x(), ndc.y()));
+}
+
+std::optional<QPointF> BGFXViewContext::ProjectToViewport(QVector3D const& position) const {
+    return ProjectToViewport(ToVec3(position));
 }
 
 void BGFXViewContext::Submit(zx3D::FrameBuffer const& frameBuffer) const {

@@ -66,7 +66,8 @@ void BGFXRenderer::RenderText(BGFXViewContext const& view, QPointF const& positi
 void BGFXRenderer::RenderText(BGFXViewContext const& view, bx::Vec3 const& worldPosition, QString const& text,
                               zx3D::FontHandle font, QColor const& color,
                               QFlags<Qt::AlignmentFlag> alignment) const {
-    RenderText(view, view.TransformToViewport(worldPosition), text, font, color, alignment);
+    if (std::optional<QPointF> const position = view.ProjectToViewport(worldPosition))
+        RenderText(view, *position, text, font, color, alignment);
 }
 
 } // namespace zarvex::zx3DQt

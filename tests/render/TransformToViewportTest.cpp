@@ -1,10 +1,14 @@
 // Where a world position is said to appear, and where it does.
 #include "RenderTest.h"
+#include "SoftwareCamera.h"
+
+#include <zx3D/Text.h>
 
 #include <QPointF>
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 using namespace zarvex;
 using namespace zarvex::testing;
@@ -77,6 +81,44 @@ TEST_P(TransformToViewportTest, TellsWherePerspectiveDraws) {
         QPointF const told = view.TransformToViewport(position);
         EXPECT_LT(Distance(DrawnCenter(view, position, 0.3), told), 0.51) << told.x() << ", " << told.y();
     }
+}
+
+TEST_P(TransformToViewportTest, LabelsAllAroundTheCameraAreDrawnWhereItLooksOnly) {
+    zx3DQt::BGFXViewContext view = PixelView(m_target.GetViewport());
+    SoftwareCamera const camera{.place = {0.3, -0.2, 0.1}, .target = {1.0, 0.4, 2.0}, .angle = 70.0};
+    camera.SetUp(view);
+    zx3D::FontHandle const font = zx3D::LoadDefaultFont(10).value();
+    auto const draw = [&](auto const& drawLabel) {
+        StartFrame();
+        view.Submit(m_target.GetFrameBuffer());
+        bgfx::touch(view);
+        int number = 0;
+        for (int latitude = -80; latitude <= 80; latitude += 20) {
+            for (int longitude = 0; longitude < 360; longitude += 20) {
+                double const phi = latitude * std::numbers::pi / 180.0;
+                double const lambda = longitude * std::numbers::pi / 180.0;
+                Vector3 const direction{std::cos(phi) * std::cos(lambda), std::sin(phi),
+                                        std::cos(phi) * std::sin(lambda)};
+                drawLabel(camera.place + 5.0 * direction, QString::number(number++));
+            }
+        }
+        return Present();
+    };
+    QImage const picture = draw([&](Vector3 const& place, QString const& text) {
+        m_renderer.RenderText(view, ToVec3(place), text, font, Qt::white, Qt::AlignCenter);
+    });
+    int drawn = 0;
+    QImage const expected = draw([&](Vector3 const& place, QString const& text) {
+        if (Dot(place - camera.place, camera.target - camera.place) <= 0.0)
+            return;
+        ++drawn;
+        m_renderer.RenderText(view, view.TransformToViewport(ToVec3(place)), text, font, Qt::white,
+                              Qt::AlignCenter);
+    });
+    EXPECT_EQ(drawn, 81); // of 162
+    EXPECT_TRUE(Matches(picture, expected, kExact));
+    EXPECT_NE(picture, Canvas());
+    zx3D::DestroyFont(font);
 }
 
 ZX3D_INSTANTIATE_BACKENDS(TransformToViewportTest);

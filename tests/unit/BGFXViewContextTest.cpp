@@ -7,6 +7,7 @@
 #include <QQuaternion>
 
 #include <cmath>
+#include <optional>
 #include <type_traits>
 #include <utility>
 
@@ -281,6 +282,35 @@ TEST_F(BGFXViewContextTest, TransformToNdcHasNoGuardAgainstAZeroW) {
     view.SetProjectionMatrix(projection);
     EXPECT_TRUE(std::isinf(view.TransformToNDC({1, 2, 0}).x()));
     EXPECT_TRUE(std::isnan(view.TransformToNDC({1, 2, 0}).w()));
+}
+
+TEST_F(BGFXViewContextTest, OnlyPositionsInFrontOfTheCameraAreProjected) {
+    BGFXViewContext view;
+    view.SetViewport(QRect(10, 20, 800, 600));
+    view.GetProjectionMatrix().perspective(60.0f, 1.5f, 0.1f, 50.0f);
+    view.GetViewMatrix().translate(0.5f, -1.0f, -5.0f);
+    for (bx::Vec3 const& inFront : {bx::Vec3(1, 2, 3), bx::Vec3(-100, 7, 4.99f), bx::Vec3(0, 0, -1000)}) {
+        EXPECT_EQ(view.ProjectToViewport(inFront), view.TransformToViewport(inFront));
+        QVector3D const same(inFront.x, inFront.y, inFront.z);
+        EXPECT_EQ(view.ProjectToViewport(same), view.TransformToViewport(same));
+    }
+    // The camera is at z = 5, where w is exactly 0.
+    for (bx::Vec3 const& elsewhere :
+         {bx::Vec3(1, 2, 5), bx::Vec3(-0.5f, 1, 5), bx::Vec3(1, 2, 5.01f), bx::Vec3(1, 2, 1e6f)}) {
+        EXPECT_EQ(view.ProjectToViewport(elsewhere), std::nullopt);
+        EXPECT_EQ(view.ProjectToViewport(QVector3D(elsewhere.x, elsewhere.y, elsewhere.z)), std::nullopt);
+    }
+}
+
+TEST_F(BGFXViewContextTest, InAParallelProjectionAllPositionsAreProjected) {
+    BGFXViewContext view;
+    view.SetViewport(QRect(0, 0, 800, 600));
+    view.SetOrthoProjectionFromViewport(0, 100, 0);
+    for (float const z : {-1e6f, -1.0f, 0.0f, 50.0f, 101.0f, 1e6f}) {
+        std::optional<QPointF> const place = view.ProjectToViewport(bx::Vec3(123, 456, z));
+        ASSERT_TRUE(place);
+        ExpectNear(*place, QPointF(123, 456));
+    }
 }
 
 TEST_F(BGFXViewContextTest, NdcTopIsTheViewportsTop) {

@@ -250,6 +250,21 @@ TEST_F(CoordinateAxesTest, LabelsAreBesideTheAxesNegativeOnesFirst) {
     }
 }
 
+TEST_F(CoordinateAxesTest, LabelsBehindTheCameraAreNotDrawn) {
+    m_labelView.SetProjectionMatrix({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0}); // w is z
+    DrawCoordinateAxesLabels(*m_renderer, m_labelView, Labels());
+    std::vector<recorder::Draw> const draws = recorder::Draws();
+    ASSERT_THAT(draws, SizeIs(5));
+    CoordinateAxesLabelStyle const style = Labels();
+    std::array const places{QVector3D(-1.25f, 0.3f, 0.3f), QVector3D(1.25f, 0.3f, 0.3f),
+                            QVector3D(0.3f, -1.25f, 0.3f), QVector3D(0.3f, 1.25f, 0.3f),
+                            QVector3D(0.3f, 0.3f, 1.25f)};
+    std::array const texts{"-X", "X", "-Y", "Y", "Z"};
+    for (std::size_t i = 0; i < 5; ++i)
+        EXPECT_EQ(draws[i].vertices,
+                  LabelAt(m_labelView.TransformToViewport(places[i]), texts[i], style.colors[i / 2]));
+}
+
 TEST_F(CoordinateAxesTest, LabelsWithoutAFontAreNotDrawn) {
     ExpectWarning("text.no-font");
     DrawCoordinateAxesLabels(*m_renderer, m_labelView, CoordinateAxesLabelStyle());

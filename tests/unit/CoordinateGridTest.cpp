@@ -307,6 +307,19 @@ TEST_F(CoordinateGridTest, LabelsAreLiftedTowardsTheViewer) {
     EXPECT_EQ(draw.vertices, TheDraw().vertices);
 }
 
+TEST_F(CoordinateGridTest, LabelsBehindTheCameraAreAskedForAndNotDrawn) {
+    // w is the scene's x - 100: of the x labels, a unit to the right of their lines, those at 100, 200 and
+    // 300 are in front; of the y labels, at -249, none.
+    m_view.SetProjectionMatrix({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 1, 0, 0, -100});
+    m_style.frameTickLabels = Labels();
+    int asked = 0;
+    auto const text = [&asked](float) { return ++asked, QString("a"); };
+    m_style.frameTickLabels->tickLabelFunctions = {text, text};
+    DrawLabels();
+    EXPECT_EQ(asked, 12);
+    EXPECT_THAT(recorder::Draws(), SizeIs(3));
+}
+
 TEST_F(CoordinateGridTest, OnlyEnabledAxesHaveLabelsWhateverLinesThereAre) {
     m_style.frameTickLabels = Labels();
     m_style.enabledAxes.clear();

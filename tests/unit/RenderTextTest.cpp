@@ -108,6 +108,21 @@ TEST_F(RenderTextTest, AWorldPositionIsDrawnWhereTheViewShowsIt) {
     EXPECT_EQ(draw.view, 5);
 }
 
+TEST_F(RenderTextTest, AWorldPositionBehindTheCameraIsNotDrawn) {
+    m_view.SetProjectionMatrix({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 1, 0}); // w is z
+    for (float const z : {-3.0f, -1e-30f, -0.0f, 0.0f}) {
+        recorder::ClearCalls();
+        m_renderer->RenderText(m_view, bx::Vec3(0.1f, 0.2f, z), "label", m_font, Qt::white, {});
+        EXPECT_THAT(recorder::Calls(), IsEmpty()) << z;
+    }
+    EXPECT_EQ(DrawOf(bx::Vec3(0.1f, 0.2f, 0.5f)).vertices, VerticesAt(67.0f, 18.0f));
+}
+
+TEST_F(RenderTextTest, InAParallelProjectionEveryWorldPositionIsDrawn) {
+    for (float const z : {-1e6f, -1.0f, 0.0f, 2.0f, 1e6f})
+        EXPECT_EQ(DrawOf(bx::Vec3(0.2f, 0.4f, z)).vertices, VerticesAt(67.0f, 18.0f)) << z;
+}
+
 TEST_F(RenderTextTest, AlignsHorizontally) {
     ExpectAligned(Qt::AlignLeft, 0.0f, 0.0f);
     ExpectAligned(Qt::AlignJustify, 0.0f, 0.0f);
