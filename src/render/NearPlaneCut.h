@@ -26,8 +26,8 @@ inline ClipPosition ToClip(float const* matrix, bx::Vec3 const& position) {
 /// Moves `behind`, the end of a line whose w is 0 or less, to where the line that comes from `front`, whose w
 /// is positive, leaves the depths that are drawn. False when nothing of the line is in them.
 ///
-/// GPUs draw what has −w ≤ z ≤ w on OpenGL ("homogeneous depth", OpenGL 4.6 specification, 13.7), and 0 ≤ z ≤
-/// w elsewhere (Vulkan 1.3 specification, 27.4): nothing with a negative w. A plane of distance 0 is crossed
+/// GPUs draw what has −w ≤ z ≤ w on OpenGL ("homogeneous depth", OpenGL 4.6, 13.7), and 0 ≤ z ≤
+/// w elsewhere (Vulkan 1.3, 27.4): nothing with a negative w. A plane of distance 0 is crossed
 /// at the part a / (a − b) of a line whose ends have the distances a ≥ 0 and b < 0 (Blinn and Newell,
 /// "Clipping Using Homogeneous Coordinates", 1978). Of most projections the near plane is the lower limit, of
 /// those with reversed depths the upper one. The plane of a w that is small beside the other end's comes
