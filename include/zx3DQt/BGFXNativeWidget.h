@@ -7,6 +7,7 @@
 #include <QPixmap>
 #include <QWidget>
 
+#include <cstdint>
 #include <memory>
 
 namespace zarvex::zx3DQt {
@@ -72,6 +73,21 @@ public:
     void SetFrameBuffer(zx3D::FrameBuffer const& frameBuffer) { m_window->SetFrameBuffer(frameBuffer); }
     /// Physical pixels; holds until the next resize or paint event.
     void SetViewport(QRect const& viewport) { m_window->SetViewport(viewport); }
+
+    /// Samples for each pixel: 1 (the default), 2, 4, 8 or 16; with more than one, edges are smooth. Pictures
+    /// have them, too. Another number asks for a frame, which has it; where the GPU does not have so many,
+    /// there are fewer, with a warning (`zx3D::FrameBuffer::GetSampleCount`).
+    /// @{
+    void SetSampleCount(std::uint32_t count);
+    std::uint32_t GetSampleCount() const { return m_window->GetSampleCount(); }
+    /// @}
+
+    /// How finely depths are told apart: `D16` (the default), `D24S8` or `D32F`. Another one asks for a
+    /// frame, which has it; where the GPU does not, it has another one, with a warning.
+    /// @{
+    void SetDepthFormat(bgfx::TextureFormat::Enum format);
+    bgfx::TextureFormat::Enum GetDepthFormat() const { return m_window->GetDepthFormat(); }
+    /// @}
 
     /// A picture of the scene, `width` × `height` pixels, of any size that the GPU's textures can have,
     /// upright, alpha included. Calls `paintEvent(nullptr)` once, with frame buffer and viewport of that

@@ -18,6 +18,7 @@
 #include <QSize>
 #include <QWidget>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -88,6 +89,21 @@ public:
     /// Physical pixels; holds until the next resize or paint event.
     void SetViewport(QRect const& viewport) { m_viewport = viewport; }
 
+    /// Samples for each pixel: 1 (the default), 2, 4, 8 or 16; with more than one, edges are smooth. Pictures
+    /// have them, too. Another number asks for a frame, which has it; where the GPU does not have so many,
+    /// there are fewer, with a warning (`zx3D::FrameBuffer::GetSampleCount`).
+    /// @{
+    void SetSampleCount(std::uint32_t count);
+    std::uint32_t GetSampleCount() const { return m_options.sampleCount; }
+    /// @}
+
+    /// How finely depths are told apart: `D16` (the default), `D24S8` or `D32F`. Another one asks for a
+    /// frame, which has it; where the GPU does not, it has another one, with a warning.
+    /// @{
+    void SetDepthFormat(bgfx::TextureFormat::Enum format);
+    bgfx::TextureFormat::Enum GetDepthFormat() const { return m_options.depthFormat; }
+    /// @}
+
     /// Submits the recorded frame, waits for it and paints its picture on the widget: the viewport's part of
     /// it, or all of it when the frame buffer has a size that was requested for it. Call it in `paintEvent`;
     /// at another time it paints nothing.
@@ -142,6 +158,7 @@ private:
     std::optional<QImage> ReadFrameBuffer();
 
     BGFXRenderer m_renderer{nullptr};
+    zx3D::FrameBufferOptions m_options; ///< of the frame buffers that are made for the widget
     zx3D::FrameBuffer m_frameBuffer;
     QRect m_viewport;
     zx3D::Owned<bgfx::TextureHandle> m_readBackTexture;

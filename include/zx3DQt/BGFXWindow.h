@@ -7,12 +7,15 @@
 
 #include <zx3D/FrameBuffer.h>
 
+#include <bgfx/bgfx.h>
+
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QRect>
 #include <QWheelEvent>
 #include <QWindow>
 
+#include <cstdint>
 #include <memory>
 
 namespace zarvex::zx3DQt {
@@ -21,11 +24,11 @@ class HeldEvents;
 
 /// A QWindow that owns a renderer, a frame buffer on its native surface, and a viewport.
 ///
-/// The frame buffer is created with the platform surface (colour BGRA8, depth D16), follows the window's size
-/// times its device pixel ratio, and is destroyed before the surface goes. The window draws nothing by
-/// itself: the application starts, records and presents frames, in an override of `exposeEvent` or, for
-/// animation, of `event` for `QEvent::UpdateRequest`, which `requestUpdate` asks for. Input is republished as
-/// signals, whose arguments live until the signal returns.
+/// The frame buffer is created with the platform surface (colour BGRA8, depth D16 unless told otherwise),
+/// follows the window's size times its device pixel ratio, and is destroyed before the surface goes. The
+/// window draws nothing by itself: the application starts, records and presents frames, in an override of
+/// `exposeEvent` or, for animation, of `event` for `QEvent::UpdateRequest`, which `requestUpdate` asks for.
+/// Input is republished as signals, whose arguments live until the signal returns.
 ///
 /// While a frame is in flight (`zx3D::Context::IsFrameInFlight`), expose, paint and update events do not
 /// reach the window: one of each kind comes from the event loop when the frame is finished, so that
@@ -69,6 +72,22 @@ public:
     /// Physical pixels; holds until the window is resized or exposed.
     void SetViewport(QRect viewport) { m_viewport = viewport; }
 
+    /// Samples for each pixel: 1 (the default), 2, 4, 8 or 16. With more than one, edges are smooth. From the
+    /// next frame on; where the GPU does not have so many, there are fewer, with a warning
+    /// (`zx3D::FrameBuffer::GetSampleCount`).
+    /// @{
+    void SetSampleCount(std::uint32_t count);
+    std::uint32_t GetSampleCount() const { return m_options.sampleCount; }
+    /// @}
+
+    /// How finely depths are told apart: `D16` (the default), `D24S8` or `D32F`. From the next frame on;
+    /// where the GPU does not have it, it is another one, with a warning. Of one sample the window system may
+    /// choose a finer one.
+    /// @{
+    void SetDepthFormat(bgfx::TextureFormat::Enum format);
+    bgfx::TextureFormat::Enum GetDepthFormat() const { return m_options.depthFormat; }
+    /// @}
+
     /// Qt's handlers. An override calls the one it overrides.
     /// @{
     bool event(QEvent* event) override;
@@ -105,6 +124,7 @@ private:
     void LogGeometry(char const* prefix) const;
 
     BGFXRenderer m_renderer;
+    zx3D::FrameBufferOptions m_options; ///< of the frame buffers that are made for the window
     zx3D::FrameBuffer m_frameBuffer;
     QRect m_viewport;
     bool m_initialized = false;

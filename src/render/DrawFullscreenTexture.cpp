@@ -43,7 +43,7 @@ void Drawing::DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle te
     }
 
     constexpr std::uint32_t samplerFlagsOfTexture = std::numeric_limits<std::uint32_t>::max();
-    bgfx::setState(BGFX_STATE_WRITE_RGB | BGFX_STATE_WRITE_A);
+    bgfx::setState(ForView(viewId, BGFXRenderState{BGFX_STATE_WRITE_RGB | BGFX_STATE_WRITE_A}));
     bgfx::setVertexBuffer(0, triangle.vertexBuffer.Get());
     bgfx::setIndexBuffer(triangle.indexBuffer.Get());
     bgfx::setTexture(0, GetUniform(Uniform::FullscreenTexture), texture, samplerFlagsOfTexture);

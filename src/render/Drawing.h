@@ -73,10 +73,16 @@ public:
         SetVec4(Uniform::DepthOffsetBias, offset, bias);
     }
 
+    /// The state with what a view of several samples needs: OpenGL smooths the edges of those draws only that
+    /// ask for it.
+    static BGFXRenderState ForView(bgfx::ViewId view, BGFXRenderState state) {
+        return zx3D::FrameBuffer::IsMultisampled(view) ? state | BGFX_STATE_MSAA : state;
+    }
+
     /// A call whose absent arguments have the renderer's and the operation's own values.
     DrawCall MakeCall(BGFXViewContext const& view, Transform modelTransform, BGFXRenderState state,
                       Stipple const& stipple = std::nullopt) const {
-        return {view, modelTransform ? modelTransform->GetValue() : m_modelTransformId, state,
+        return {view, modelTransform ? modelTransform->GetValue() : m_modelTransformId, ForView(view, state),
                 stipple.value_or(zx3D::LineStipplePattern())};
     }
 

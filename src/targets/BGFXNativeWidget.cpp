@@ -169,8 +169,8 @@ void BGFXNativeWidget::PostContextMenu(QMouseEvent const& press) {
 
 void BGFXNativeWidget::BindNewSurface() {
     // The window itself binds its first surface only.
-    SetFrameBuffer(
-        zx3D::FrameBuffer(reinterpret_cast<void*>(m_window->winId()), kWindowColorFormat, kDepthFormat));
+    SetFrameBuffer(zx3D::FrameBuffer(reinterpret_cast<void*>(m_window->winId()), kWindowColorFormat,
+                                     m_window->m_options));
     UpdateFrameBufferEvent update(size());
     emit updateFrameBufferEvent(&update);
 }
@@ -273,6 +273,20 @@ QPaintEngine* BGFXNativeWidget::paintEngine() const {
     return nullptr;
 }
 
+void BGFXNativeWidget::SetSampleCount(std::uint32_t count) {
+    if (count == GetSampleCount())
+        return;
+    m_window->SetSampleCount(count);
+    m_frameRequest->Ask();
+}
+
+void BGFXNativeWidget::SetDepthFormat(bgfx::TextureFormat::Enum format) {
+    if (format == GetDepthFormat())
+        return;
+    m_window->SetDepthFormat(format);
+    m_frameRequest->Ask();
+}
+
 double BGFXNativeWidget::GetPixelRatio() const {
     return PixelRatioOf(*this);
 }
@@ -284,7 +298,8 @@ QPixmap BGFXNativeWidget::RenderPixmap(int width, int height) {
     QRect const savedViewport = GetViewport();
     zx3D::FrameBuffer const savedFrameBuffer = GetFrameBuffer();
 
-    zx3D::FrameBuffer target(nullptr, kOffscreenColorFormat, kDepthFormat);
+    zx3D::FrameBufferOptions const savedOptions = m_window->m_options;
+    zx3D::FrameBuffer target(nullptr, kOffscreenColorFormat, savedOptions);
     GetFrameBuffer().DestroyKeepingPicture();
     RequestResize(target, size);
     SetFrameBuffer(target);
@@ -295,6 +310,8 @@ QPixmap BGFXNativeWidget::RenderPixmap(int width, int height) {
         readBackTexture.Reset();
         target.Destroy();
         SetFrameBuffer(savedFrameBuffer);
+        if (m_window->m_options != savedOptions) // by paintEvent
+            GetFrameBuffer().SetOptions(m_window->m_options);
         SetViewport(savedViewport);
         m_frameRequest->Ask();
     });

@@ -28,7 +28,7 @@ constexpr char kClassName[] = "BGFXOffscreenWidget";
 
 BGFXOffscreenWidget::BGFXOffscreenWidget(QWidget* parent, Qt::WindowFlags flags)
     : QWidget(parent, flags),
-      m_frameBuffer(nullptr, kWindowColorFormat, kDepthFormat) {
+      m_frameBuffer(nullptr, kWindowColorFormat, m_options) {
     LogDebug("Creating BGFXOffscreenWidget [this: ", static_cast<void const*>(this), "]");
     setObjectName("BGFXOffscreenWidget");
     m_frameRequest = std::make_unique<FrameRequest>([this] { update(); });
@@ -56,7 +56,7 @@ void BGFXOffscreenWidget::InitializeFrameBufferOnce() {
     if (m_initialized)
         return;
     LogDebug("Initializing offscreen framebuffer [this:", static_cast<QWidget const*>(this), "]");
-    m_frameBuffer = zx3D::FrameBuffer(nullptr, TEXTURE_FORMAT, kDepthFormat);
+    m_frameBuffer = zx3D::FrameBuffer(nullptr, TEXTURE_FORMAT, m_options);
     LogDebug("Frame buffer initialized [handle:", m_frameBuffer.GetHandle().idx, "]");
     m_initialized = true;
 }
@@ -101,7 +101,7 @@ void BGFXOffscreenWidget::ReplaceReadBackTexture(QRect const& area) {
 
 void BGFXOffscreenWidget::RenewFrameBuffer() {
     m_frameBuffer.Destroy();
-    m_frameBuffer = zx3D::FrameBuffer(nullptr, TEXTURE_FORMAT, kDepthFormat);
+    m_frameBuffer = zx3D::FrameBuffer(nullptr, TEXTURE_FORMAT, m_options);
 }
 
 void BGFXOffscreenWidget::paintEvent(QPaintEvent* event) {
@@ -177,6 +177,20 @@ void BGFXOffscreenWidget::hideEvent(QHideEvent* event) {
     if (QWidget* const topLevel = QApplication::topLevelWidgets().value(0))
         topLevel->repaint();
     QWidget::hideEvent(event);
+}
+
+void BGFXOffscreenWidget::SetSampleCount(std::uint32_t count) {
+    if (count == GetSampleCount())
+        return;
+    zx3DQt::SetSampleCount(count, m_options, m_frameBuffer);
+    m_frameRequest->Ask();
+}
+
+void BGFXOffscreenWidget::SetDepthFormat(bgfx::TextureFormat::Enum format) {
+    if (format == GetDepthFormat())
+        return;
+    zx3DQt::SetDepthFormat(format, m_options, m_frameBuffer);
+    m_frameRequest->Ask();
 }
 
 double BGFXOffscreenWidget::GetPixelRatio() const {

@@ -19,7 +19,7 @@ constexpr char kClassName[] = "BGFXWindow";
 BGFXWindow::BGFXWindow(QWindow* parent)
     : QWindow(parent),
       m_renderer(nullptr),
-      m_frameBuffer(nullptr, kWindowColorFormat, kDepthFormat) {
+      m_frameBuffer(nullptr, kWindowColorFormat, m_options) {
     LogDebug("Creating BGFXWindow [this: ", static_cast<void const*>(this), "]");
     setObjectName("BGFXWindow");
     m_heldEvents = std::make_unique<HeldEvents>(*this);
@@ -29,6 +29,14 @@ BGFXWindow::~BGFXWindow() {
     LogDebug("Destroying BGFXWindow [this: ", static_cast<void const*>(this), "]");
     // QWindow's destructor destroys the native window, too late for event() to hear of it.
     LeaveOwnSurface();
+}
+
+void BGFXWindow::SetSampleCount(std::uint32_t count) {
+    zx3DQt::SetSampleCount(count, m_options, m_frameBuffer);
+}
+
+void BGFXWindow::SetDepthFormat(bgfx::TextureFormat::Enum format) {
+    zx3DQt::SetDepthFormat(format, m_options, m_frameBuffer);
 }
 
 void BGFXWindow::LeaveOwnSurface() {
@@ -108,8 +116,7 @@ void BGFXWindow::InitializeFrameBufferOnce() {
     LogDebug("Initializing framebuffer [this:", static_cast<QWindow const*>(this), "]");
     WId const nativeHandle = winId();
     LogDebug("Creating frame buffer [nwh:", nativeHandle, "]");
-    m_frameBuffer =
-        zx3D::FrameBuffer(reinterpret_cast<void*>(nativeHandle), kWindowColorFormat, kDepthFormat);
+    m_frameBuffer = zx3D::FrameBuffer(reinterpret_cast<void*>(nativeHandle), kWindowColorFormat, m_options);
     LogDebug("Frame buffer initialized [handle:", m_frameBuffer.GetHandle().idx, "]");
     m_initialized = true;
 }

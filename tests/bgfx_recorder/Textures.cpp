@@ -188,6 +188,21 @@ void destroy(TextureHandle handle) {
     call.Now().ReleaseTexture(handle);
 }
 
+void calcTextureSize(TextureInfo& info, uint16_t width, uint16_t height, uint16_t depth, bool cubeMap,
+                     bool hasMips, uint16_t numLayers, TextureFormat::Enum format) {
+    info = {};
+    info.format = format;
+    info.storageSize = recorder::PixelSize(format) * width * height * depth * numLayers;
+    info.width = width;
+    info.height = height;
+    info.depth = depth;
+    info.numLayers = numLayers;
+    info.numMips = 1;
+    info.cubeMap = cubeMap;
+    info.bitsPerPixel = static_cast<uint8_t>(8 * recorder::PixelSize(format));
+    static_cast<void>(hasMips); // those are not counted
+}
+
 bool isTextureValid(uint16_t, bool, uint16_t, TextureFormat::Enum format, uint64_t) {
     return format < TextureFormat::Count;
 }

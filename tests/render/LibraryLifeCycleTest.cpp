@@ -1,6 +1,8 @@
 // Init and Shutdown, again and again.
 #include "DrawingCheck.h"
 #include "EnvironmentVariable.h"
+#include "OffscreenTarget.h"
+#include "SmoothTriangle.h"
 
 #include <harness/LibraryRun.h>
 #include <harness/Trouble.h>
@@ -33,6 +35,18 @@ TEST(LibraryLifeCycleTest, StartsAndStopsAgainAndAgainOnEitherBackend) {
     for (int cycle = 0; cycle < 6; ++cycle) {
         LibraryRun const run(cycle % 2 == 0 ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
         ExpectDrawingWorks(QColor(255, 40 * cycle, 0));
+    }
+}
+
+TEST(LibraryLifeCycleTest, ATargetOfSeveralSamplesHasThemOnTheOtherBackendAfterwards) {
+    OffscreenTarget target(QSize(96, 64), {.sampleCount = 4});
+    using Renderer = bgfx::RendererType;
+    for (Renderer::Enum const backend : {Renderer::OpenGL, Renderer::Vulkan, Renderer::OpenGL}) {
+        LibraryRun const run(backend);
+        zx3DQt::BGFXRenderer renderer;
+        ASSERT_TRUE(RecordTriangle(renderer, target.GetFrameBuffer()));
+        EXPECT_TRUE(IsSmooth(ReadBack(target.GetFrameBuffer())));
+        EXPECT_EQ(target.GetFrameBuffer().GetSampleCount(), 4u);
     }
 }
 

@@ -5,8 +5,8 @@
 
 namespace zarvex::testing {
 
-OffscreenTarget::OffscreenTarget(QSize size)
-    : m_frameBuffer(nullptr, bgfx::TextureFormat::RGBA8, bgfx::TextureFormat::D16) {
+OffscreenTarget::OffscreenTarget(QSize size, zx3D::FrameBufferOptions const& options)
+    : m_frameBuffer(nullptr, bgfx::TextureFormat::RGBA8, options) {
     m_frameBuffer.RequestResize(static_cast<std::uint16_t>(size.width()),
                                 static_cast<std::uint16_t>(size.height()));
 }

@@ -9,10 +9,11 @@
 
 namespace zarvex::testing {
 
-/// An unattached frame buffer of 8-bit colours and 16-bit depth, destroyed with the object.
+/// An unattached frame buffer of 8-bit colours, with 16-bit depth and one sample unless told otherwise,
+/// destroyed with the object.
 class OffscreenTarget {
 public:
-    explicit OffscreenTarget(QSize size);
+    explicit OffscreenTarget(QSize size, zx3D::FrameBufferOptions const& options = {});
     ~OffscreenTarget();
 
     OffscreenTarget(OffscreenTarget const&) = delete;

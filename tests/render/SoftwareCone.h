@@ -30,6 +30,9 @@ class ConeOutline {
 public:
     ConeOutline(SoftwareCone const& cone, SoftwareCamera const& camera, QSize targetSize);
 
+    /// A convex polygon, pixels.
+    std::vector<QPointF> const& Corners() const { return m_corners; }
+
     QRect Area() const;
     Coverage At(QPointF pixelCenter) const;
 

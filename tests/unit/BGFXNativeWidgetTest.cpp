@@ -1172,3 +1172,37 @@ TEST_F(ShownNativeWidgetTest, TheLargestPicturesAreThoseOfTheLargestTextures) {
     EXPECT_EQ(m_widget->RenderPixmap(1, 16384).size(), QSize(1, 16384));
     EXPECT_EQ(m_widget->RenderPixmap(4096, 4096).size(), QSize(4096, 4096));
 }
+
+TEST_F(ShownNativeWidgetTest, PicturesHaveItsSamplesAndSoHasTheWidgetAfterwards) {
+    EXPECT_EQ(m_widget->GetSampleCount(), 1u);
+    EXPECT_EQ(m_widget->GetDepthFormat(), bgfx::TextureFormat::D16);
+    m_widget->SetSampleCount(4);
+    m_widget->SetDepthFormat(bgfx::TextureFormat::D32F);
+    zx3D::FrameBufferOptions const expected{.sampleCount = 4, .depthFormat = bgfx::TextureFormat::D32F};
+    EXPECT_EQ(m_widget->GetFrameBuffer().GetOptions(), expected);
+    m_widget->draw = [&](QPaintEvent*) {
+        EXPECT_EQ(m_widget->GetFrameBuffer().GetOptions(), expected);
+        EXPECT_EQ(m_widget->GetFrameBuffer().GetSampleCount(), 4u);
+        m_widget->SetSampleCount(2);
+    };
+    m_widget->RenderPixmap(32, 16);
+    m_widget->draw = nullptr;
+    EXPECT_EQ(m_widget->GetSampleCount(), 2u);
+    EXPECT_EQ(m_widget->GetFrameBuffer().GetOptions().sampleCount, 2u) << "of the one on the screen";
+    Window().destroy();
+    Window().create();
+    EXPECT_EQ(m_widget->GetFrameBuffer().GetOptions().sampleCount, 2u) << "of a new surface";
+}
+
+TEST_F(ShownNativeWidgetTest, AnotherSampleCountOrDepthAsksForAFrameAndTheSameDoesNot) {
+    m_widget->SetSampleCount(1);
+    m_widget->SetDepthFormat(bgfx::TextureFormat::D16);
+    Settle();
+    EXPECT_EQ(m_widget->paints, 0);
+    m_widget->SetSampleCount(4);
+    Settle();
+    EXPECT_EQ(m_widget->paints, 1);
+    m_widget->SetDepthFormat(bgfx::TextureFormat::D32F);
+    Settle();
+    EXPECT_EQ(m_widget->paints, 2);
+}

@@ -1161,3 +1161,35 @@ TEST_F(BGFXOffscreenWidgetTest, TheLargestPicturesAreThoseOfTheLargestTextures) 
     EXPECT_EQ(widget.RenderPixmap(1, 16384).size(), QSize(1, 16384));
     EXPECT_EQ(widget.RenderPixmap(4096, 4096).size(), QSize(4096, 4096));
 }
+
+TEST_F(BGFXOffscreenWidgetTest, PicturesHaveItsSamplesAndSoHasTheWidgetAfterwards) {
+    Widget widget;
+    EXPECT_EQ(widget.GetSampleCount(), 1u);
+    EXPECT_EQ(widget.GetDepthFormat(), bgfx::TextureFormat::D16);
+    widget.SetSampleCount(4);
+    widget.SetDepthFormat(bgfx::TextureFormat::D32F);
+    zx3D::FrameBufferOptions const expected{.sampleCount = 4, .depthFormat = bgfx::TextureFormat::D32F};
+    EXPECT_EQ(widget.GetFrameBuffer().GetOptions(), expected);
+    widget.draw = [&](QPaintEvent*) {
+        EXPECT_EQ(widget.GetFrameBuffer().GetOptions(), expected);
+        EXPECT_EQ(widget.GetFrameBuffer().GetSampleCount(), 4u);
+        widget.SetSampleCount(2);
+    };
+    widget.RenderPixmap(32, 16);
+    EXPECT_EQ(widget.GetSampleCount(), 2u);
+    EXPECT_EQ(widget.GetFrameBuffer().GetOptions().sampleCount, 2u);
+}
+
+TEST_F(ShownOffscreenWidgetTest, AnotherSampleCountOrDepthAsksForAFrameAndTheSameDoesNot) {
+    m_widget->viewports.clear();
+    m_widget->SetSampleCount(1);
+    m_widget->SetDepthFormat(bgfx::TextureFormat::D16);
+    Settle();
+    EXPECT_EQ(m_widget->viewports.size(), 0u);
+    m_widget->SetSampleCount(4);
+    Settle();
+    EXPECT_EQ(m_widget->viewports.size(), 1u);
+    m_widget->SetDepthFormat(bgfx::TextureFormat::D32F);
+    Settle();
+    EXPECT_EQ(m_widget->viewports.size(), 2u);
+}

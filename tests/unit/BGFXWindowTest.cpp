@@ -512,3 +512,17 @@ TEST_F(BGFXWindowTest, AWindowThatOutlivesShutdownMakesNoCall) {
     EXPECT_THAT(recorder::Calls(), IsEmpty());
     ExpectLeaks(); // the renderer's uniforms went with bgfx
 }
+
+TEST_F(BGFXWindowTest, ItHasOneSampleAndADepthOfSixteenBitsUntilToldOtherwise) {
+    BGFXWindow window;
+    EXPECT_EQ(window.GetSampleCount(), 1u);
+    EXPECT_EQ(window.GetDepthFormat(), bgfx::TextureFormat::D16);
+    EXPECT_EQ(window.GetFrameBuffer().GetOptions(), zx3D::FrameBufferOptions());
+    window.SetSampleCount(4);
+    window.create();
+    EXPECT_EQ(window.GetFrameBuffer().GetOptions().sampleCount, 4u) << "of the one on the surface, too";
+    window.SetDepthFormat(bgfx::TextureFormat::D32F);
+    EXPECT_EQ(window.GetDepthFormat(), bgfx::TextureFormat::D32F);
+    EXPECT_EQ(window.GetFrameBuffer().GetOptions(),
+              (zx3D::FrameBufferOptions{.sampleCount = 4, .depthFormat = bgfx::TextureFormat::D32F}));
+}

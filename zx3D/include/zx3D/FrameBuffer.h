@@ -12,8 +12,25 @@ namespace zarvex::zx3D {
 
 class Surface;
 
+/// What a frame buffer is drawn with. A plain value.
+struct FrameBufferOptions {
+    /// Samples for each pixel: 1, 2, 4, 8 or 16. With more than one, edges are smooth.
+    std::uint32_t sampleCount = 1;
+    /// `D16`, `D24S8`, `D32F` or another format of bgfx's for depth; `bgfx::TextureFormat::Count` means that
+    /// there is no depth, though a window's surface of one sample may have it nonetheless.
+    bgfx::TextureFormat::Enum depthFormat = bgfx::TextureFormat::D16;
+
+    friend bool operator==(FrameBufferOptions const&, FrameBufferOptions const&) = default; ///< in each
+};
+
 /// A bgfx frame buffer for one surface: attached to a native window, or, without one, a colour and a depth
 /// texture of its own.
+///
+/// With more than one sample it is drawn into multisampled textures of its own, and their average goes to
+/// where it is shown once in a frame, after everything that is drawn into it: a window's by a triangle in a
+/// view of its own, a texture's when bgfx turns to another frame buffer. The last view ids are for that: 255
+/// for the first such frame buffer of a frame, for further ones 253 and downwards. Draw into it with
+/// `BGFX_STATE_MSAA`, which OpenGL needs.
 ///
 /// A value whose copies share one state: each sees the size that any of them requested, and what happened to
 /// the bgfx object. Creation is deferred: `RequestResize` records a size, `SubmitOnDemand` makes the bgfx
@@ -34,6 +51,10 @@ public:
     /// window's surface may have one nonetheless.
     FrameBuffer(void* nativeWindowHandle, bgfx::TextureFormat::Enum colorFormat,
                 bgfx::TextureFormat::Enum depthFormat);
+
+    /// The same with all options.
+    FrameBuffer(void* nativeWindowHandle, bgfx::TextureFormat::Enum colorFormat,
+                FrameBufferOptions const& options);
 
     /// The copy shares the state. There are no moves: a moved-from value would have no state, so rvalues are
     /// copied.
@@ -56,26 +77,41 @@ public:
     /// True once a size was requested.
     bool IsSized() const;
 
-    /// The bgfx object, or the invalid handle while there is none. For an unattached frame buffer
-    /// `bgfx::getTexture(handle, 0)` is its colour texture.
+    /// The options that were asked for.
+    FrameBufferOptions GetOptions() const;
+
+    /// Asks for other options, for all copies; the bgfx object follows at the next `SubmitOnDemand`, as it
+    /// follows a size. What the GPU does not have, or has not enough memory or textures for, becomes the
+    /// nearest that it has: fewer samples, another depth; a warning says so.
+    void SetOptions(FrameBufferOptions const& options);
+
+    /// Samples for each pixel that the bgfx object has: what was asked for, or less. 1 while there is none.
+    std::uint32_t GetSampleCount() const;
+
+    /// The bgfx object that views draw into, or the invalid handle while there is none. For an unattached
+    /// frame buffer, or one of several samples, `bgfx::getTexture(handle, 0)` is its colour texture.
     bgfx::FrameBufferHandle GetHandle() const;
 
     /// Records a new size in pixels; the bgfx object follows at the next `SubmitOnDemand`. Any number of
     /// requests between two frames costs one re-creation, and a request of the present size costs none.
     void RequestResize(std::uint16_t width, std::uint16_t height);
 
-    /// Creates the bgfx object if there is none, or re-creates it if its size is not the requested one. Does
-    /// nothing while collapsed or while the context is not initialised. Where bgfx cannot create it (a side
-    /// beyond the GPU's limit, no handle left, a format that it does not have) there is none afterwards, and
-    /// a warning says why; handles that were given back are first fetched, by frames of their own.
-    /// Re-creating an attached frame buffer submits what was recorded so far, as `Destroy` does, and so does
-    /// freeing the surfaces of windows that died: call it before recording.
+    /// Creates the bgfx object if there is none, or re-creates it if its size or its options are not the
+    /// requested ones, and records the resolving of its samples for the end of the frame. Does nothing while
+    /// collapsed or while the context is not initialised. Where bgfx cannot create it (a side beyond the
+    /// GPU's limit, no handle left, a format that it does not have) there is none afterwards, and a warning
+    /// says why; handles that were given back are first fetched, by frames of their own. Re-creating an
+    /// attached frame buffer, or one of several samples, submits what was recorded so far, as `Destroy` does,
+    /// and so does freeing the surfaces of windows that died: call it before recording.
     void SubmitOnDemand();
 
     /// Calls `bgfx::setViewFrameBuffer` with the bgfx object, and remembers it: when that object is
     /// destroyed, the views that were last bound to it this way draw into the back buffer, where bgfx would
     /// go on drawing into what is gone.
     void BindToView(bgfx::ViewId view) const;
+
+    /// Whether the view was last bound, this way, to a bgfx object of several samples.
+    static bool IsMultisampled(bgfx::ViewId view);
 
     /// The native window is about to go, and drawing may go on: what is drawn from here on is shown nowhere,
     /// also by a bgfx object that is created later. Does nothing for an unattached frame buffer. Quicker than

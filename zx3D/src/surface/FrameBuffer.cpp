@@ -2,12 +2,17 @@
 #include <zx3D/FrameBuffer.h>
 
 #include "Surface.h"
+#include "SurfaceRegistry.h"
 
 namespace zarvex::zx3D {
 
 FrameBuffer::FrameBuffer(void* nativeWindowHandle, bgfx::TextureFormat::Enum colorFormat,
                          bgfx::TextureFormat::Enum depthFormat)
-    : m_surface(Surface::Create(nativeWindowHandle, colorFormat, depthFormat)) {}
+    : FrameBuffer(nativeWindowHandle, colorFormat, FrameBufferOptions{.depthFormat = depthFormat}) {}
+
+FrameBuffer::FrameBuffer(void* nativeWindowHandle, bgfx::TextureFormat::Enum colorFormat,
+                         FrameBufferOptions const& options)
+    : m_surface(Surface::Create(nativeWindowHandle, colorFormat, options)) {}
 
 FrameBuffer::FrameBuffer(FrameBuffer const&) = default;
 FrameBuffer& FrameBuffer::operator=(FrameBuffer const&) = default;
@@ -29,6 +34,18 @@ bool FrameBuffer::IsSized() const {
     return m_surface->IsSized();
 }
 
+FrameBufferOptions FrameBuffer::GetOptions() const {
+    return m_surface->GetOptions();
+}
+
+void FrameBuffer::SetOptions(FrameBufferOptions const& options) {
+    m_surface->SetOptions(options);
+}
+
+std::uint32_t FrameBuffer::GetSampleCount() const {
+    return m_surface->GetSampleCount();
+}
+
 bgfx::FrameBufferHandle FrameBuffer::GetHandle() const {
     return m_surface->GetHandle();
 }
@@ -43,6 +60,10 @@ void FrameBuffer::SubmitOnDemand() {
 
 void FrameBuffer::BindToView(bgfx::ViewId view) const {
     m_surface->BindToView(view);
+}
+
+bool FrameBuffer::IsMultisampled(bgfx::ViewId view) {
+    return SurfaceRegistry::Get().IsMultisampled(view);
 }
 
 void FrameBuffer::LeaveWindow() {

@@ -2,8 +2,11 @@
 #include "SurfaceRegistry.h"
 
 #include "../context/FramePump.h"
+#include "../context/RunningContext.h"
+#include "ReservedViews.h"
 #include "Surface.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace zarvex::zx3D {
@@ -32,6 +35,8 @@ void SurfaceRegistry::OnContextStopping() {
     }
     m_orphans.clear();
     m_boundViews.clear();
+    m_multisampledViews.reset();
+    m_resolveViews.clear();
 }
 
 void SurfaceRegistry::Add(Surface& surface) {
@@ -40,10 +45,51 @@ void SurfaceRegistry::Add(Surface& surface) {
 
 void SurfaceRegistry::Remove(Surface& surface) {
     std::erase(m_withObject, &surface);
+    m_resolveViews.erase(&surface);
 }
 
-void SurfaceRegistry::BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle) {
+void SurfaceRegistry::BeginFrameOfResolves() {
+    // A frame that the application submits by itself does not show: surfaces keep their views then, which are
+    // different ones all the same.
+    std::uint32_t const frame = RunningContext::Get()->GetNextFrame();
+    if (std::exchange(m_resolveFrame, frame) != frame)
+        m_resolveViews.clear();
+}
+
+void SurfaceRegistry::InterruptFrame(std::function<void()> const& submitFrames) {
+    BeginFrameOfResolves();
+    submitFrames();
+    m_resolveFrame = RunningContext::Get()->GetNextFrame();
+    for (auto const& [surface, view] : m_resolveViews)
+        surface->RecordResolve();
+}
+
+bgfx::ViewId SurfaceRegistry::FindFreeResolveView() {
+    BeginFrameOfResolves();
+    auto const isTaken = [this](bgfx::ViewId view) {
+        return view == kCaptureView ||
+               std::any_of(m_resolveViews.begin(), m_resolveViews.end(),
+                           [view](auto const& taken) { return taken.second == view; });
+    };
+    bgfx::ViewId view = kLastView;
+    while (isTaken(view))
+        --view; // there are fewer surfaces than views
+    return view;
+}
+
+bgfx::ViewId SurfaceRegistry::TakeResolveView(Surface const& surface) {
+    BeginFrameOfResolves();
+    if (auto const found = m_resolveViews.find(&surface); found != m_resolveViews.end())
+        return found->second;
+    bgfx::ViewId const view = FindFreeResolveView();
+    m_resolveViews.emplace(&surface, view);
+    return view;
+}
+
+void SurfaceRegistry::BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle, bool isMultisampled) {
     bgfx::setViewFrameBuffer(view, handle);
+    if (view < m_multisampledViews.size())
+        m_multisampledViews[view] = isMultisampled;
     if (bgfx::isValid(handle))
         m_boundViews.insert_or_assign(view, handle);
     else
@@ -51,11 +97,13 @@ void SurfaceRegistry::BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle
 }
 
 void SurfaceRegistry::UnbindViews(bgfx::FrameBufferHandle handle) {
-    std::erase_if(m_boundViews, [handle](auto const& bound) {
+    std::erase_if(m_boundViews, [this, handle](auto const& bound) {
         auto const [view, itsHandle] = bound;
         if (itsHandle.idx != handle.idx)
             return false;
         bgfx::setViewFrameBuffer(view, BGFX_INVALID_HANDLE);
+        if (view < m_multisampledViews.size())
+            m_multisampledViews[view] = false;
         return true;
     });
 }

@@ -5,6 +5,9 @@
 
 #include <bgfx/bgfx.h>
 
+#include <bitset>
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
@@ -24,7 +27,22 @@ public:
     void Remove(Surface& surface);
 
     /// Has a view draw into a frame buffer of bgfx's, which may be invalid.
-    void BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle);
+    void BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle, bool isMultisampled);
+
+    bool IsMultisampled(bgfx::ViewId view) const {
+        return view < m_multisampledViews.size() && m_multisampledViews[view];
+    }
+
+    /// The view in which a surface's samples are resolved in the frame that is being recorded. No other
+    /// surface has it in this frame.
+    bgfx::ViewId TakeResolveView(Surface const& surface);
+
+    /// One of those views that no surface has in this frame so far.
+    bgfx::ViewId FindFreeResolveView();
+
+    /// Calls what submits frames while one is recorded. What is recorded for that one's end, the resolving of
+    /// its surfaces, is recorded again.
+    void InterruptFrame(std::function<void()> const& submitFrames);
 
     /// Has the views draw into the back buffer that were last bound to this frame buffer.
     void UnbindViews(bgfx::FrameBufferHandle handle);
@@ -43,9 +61,14 @@ private:
     /// Destroys the bgfx objects that are left.
     void OnContextStopping() override;
 
+    void BeginFrameOfResolves();
+
     std::vector<Surface*> m_withObject;
     std::vector<std::unique_ptr<Surface>> m_orphans;
     std::map<bgfx::ViewId, bgfx::FrameBufferHandle> m_boundViews;
+    std::bitset<1024> m_multisampledViews; ///< beside them: every draw call asks. bgfx has no more views
+    std::map<Surface const*, bgfx::ViewId> m_resolveViews; ///< of one frame
+    std::uint32_t m_resolveFrame = 0;                      ///< its number
 };
 
 } // namespace zarvex::zx3D
