@@ -14,6 +14,11 @@ namespace {
 
 constexpr std::size_t kMatrixBytes = 16 * sizeof(float);
 
+/// The bits that a view's position is given, which read the same with every version of bgfx.
+uint16_t Bits(ViewPosition position) {
+    return static_cast<uint16_t>(position);
+}
+
 } // namespace
 
 void setViewName(ViewId view, char const* name RECORDER_NAME_LENGTH) {
@@ -21,11 +26,11 @@ void setViewName(ViewId view, char const* name RECORDER_NAME_LENGTH) {
 }
 
 void setViewRect(ViewId view, ViewPosition x, ViewPosition y, uint16_t width, uint16_t height) {
-    Recording call("setViewRect", Arguments(view, x, y, width, height));
+    Recording call("setViewRect", Arguments(view, Bits(x), Bits(y), width, height));
 }
 
 void setViewRect(ViewId view, ViewPosition x, ViewPosition y, BackbufferRatio::Enum ratio) {
-    Recording call("setViewRect", Arguments(view, x, y, ratio));
+    Recording call("setViewRect", Arguments(view, Bits(x), Bits(y), ratio));
 }
 
 void setViewScissor(ViewId view, uint16_t x, uint16_t y, uint16_t width, uint16_t height) {

@@ -34,7 +34,7 @@ float Radians(float degrees) {
 /// camera: bgfx keeps the values of uniforms as long as it runs.
 class ViewPosition {
 public:
-    ViewPosition(zx3DQt::BGFXRenderer const& renderer, QVector3D const& position) {
+    ViewPosition(zx3DQt::BGFXRenderer& renderer, QVector3D const& position) : m_renderer(renderer) {
         renderer.UpdateViewPositionUniform(position);
     }
 
@@ -42,13 +42,15 @@ public:
         bgfx::UniformHandle const uniform = bgfx::createUniform("u_viewPosition", bgfx::UniformType::Vec4);
         float const none[4] = {};
         bgfx::setUniform(uniform, none);
-        bgfx::touch(0); // takes effect with a submission
-        bgfx::frame();
+        TakeOverUniforms(m_renderer);
         bgfx::destroy(uniform);
     }
 
     ViewPosition(ViewPosition const&) = delete;
     ViewPosition& operator=(ViewPosition const&) = delete;
+
+private:
+    zx3DQt::BGFXRenderer& m_renderer;
 };
 
 class LightingTest : public RenderTest {

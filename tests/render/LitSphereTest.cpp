@@ -69,8 +69,7 @@ protected:
         SetLights({});
         m_lights.Submit();
         Submit(SoftwareMaterial{Qt::transparent, Qt::transparent, Qt::transparent, Qt::transparent, 0.0f});
-        bgfx::touch(0);
-        bgfx::frame();
+        TakeOverUniforms(m_renderer);
     }
 
     /// Makes these the lights of the context.

@@ -31,6 +31,12 @@ void DrawRect(zx3DQt::BGFXRenderer& renderer, zx3DQt::BGFXViewContext const& vie
     renderer.DrawTriangles(view, vertices, indices, modelTransform, state);
 }
 
+void TakeOverUniforms(zx3DQt::BGFXRenderer& renderer) {
+    renderer.SetModelTransform(QMatrix4x4());
+    DrawRect(renderer, PixelView(QRect(0, 0, 1, 1)), QRectF(0.0, 0.0, 1.0, 1.0), Qt::black);
+    bgfx::frame();
+}
+
 void RenderTest::StartFrame() {
     ASSERT_TRUE(m_renderer.StartFrame(m_target.GetFrameBuffer()));
     m_renderer.SetModelTransform(QMatrix4x4());

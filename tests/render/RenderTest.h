@@ -29,6 +29,10 @@ void DrawRect(zx3DQt::BGFXRenderer& renderer, zx3DQt::BGFXViewContext const& vie
               std::optional<zx3DQt::ModelTransformCacheId> modelTransform = std::nullopt,
               std::optional<zx3DQt::BGFXRenderState> state = std::nullopt);
 
+/// Draws something in a frame of its own, so that bgfx takes over the uniforms that were set. From API
+/// version 136 on a mere touch of a view makes it forget them.
+void TakeOverUniforms(zx3DQt::BGFXRenderer& renderer);
+
 /// A test that draws with one renderer on one off-screen target, a row per backend.
 class RenderTest : public SharedRunTest {
 protected:

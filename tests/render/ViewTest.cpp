@@ -80,6 +80,21 @@ TEST_P(ViewTest, RectangleOfFractionsIsRounded) {
     EXPECT_TRUE(Matches(Present(), expected, kExact));
 }
 
+// Before, it begins at the target's edge, as large.
+TEST_P(ViewTest, ARectangleThatBeginsOutsideOfTheTargetIsCutFrom152On) {
+    PresentCover(Qt::white);
+    StartFrame();
+    zx3DQt::BGFXViewContext const view = PixelView(m_target.GetViewport(), Qt::blue);
+    QRect const rect(-16, -12, 64, 48);
+    view.Submit(m_target.GetFrameBuffer(), rect);
+    DrawRect(view, QRectF(20, 20, 12, 4), Qt::red);
+    QPoint const begin = BGFX_API_VERSION < 152 ? QPoint(0, 0) : rect.topLeft();
+    QImage expected = Canvas(Qt::white);
+    Fill(expected, QRect(begin, rect.size()) & m_target.GetViewport(), Qt::blue);
+    Fill(expected, QRect(20, 20, 12, 4).translated(begin), Qt::red);
+    EXPECT_TRUE(Matches(Present(), expected, kExact));
+}
+
 TEST_P(ViewTest, SeveralViewsShareATarget) {
     StartFrame();
     QColor const colors[] = {Qt::red, Qt::green, Qt::blue, Qt::yellow};

@@ -38,6 +38,16 @@ long zarvex::testing::CountAllocationsOfAUniform() {
     return count;
 }
 
+long zarvex::testing::CountAllocationsOfBindings() {
+    long before = 0;
+    for (int i = 0; i < 3; ++i) { // bgfx has two frames; the first of each makes room for the list
+        bgfx::frame();
+        before = allocations;
+        bgfx::discard(); // leaves nothing bound
+    }
+    return allocations - before;
+}
+
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define ZX3D_HAS_SANITIZED_HEAP
 #elif defined(__has_feature) // Clang's way to tell

@@ -14,4 +14,8 @@ long CountHeldBytes();
 /// What bgfx itself takes when a uniform is set for a draw call: a debug build keeps a list of them.
 long CountAllocationsOfAUniform();
 
+/// What bgfx itself takes in each frame for each combination of textures and buffers that is bound in it;
+/// none is one, too. From API version 147 on it lists them. Ends the frame.
+long CountAllocationsOfBindings();
+
 } // namespace zarvex::testing
