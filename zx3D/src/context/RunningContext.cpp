@@ -1,7 +1,8 @@
 // Starting bgfx, and being sure that what started is what was meant.
 #include "RunningContext.h"
 
-#include "../display/EglVisual.h"
+#include "../display/Egl.h"
+#include "../display/Vulkan.h"
 #include "../message/Say.h"
 
 #include <zx3D/BgfxVersion.h>
@@ -9,6 +10,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <optional>
 #include <thread>
 
 namespace zarvex::zx3D {
@@ -27,6 +29,23 @@ bgfx::Init ToInit(ContextOptions const& options, bgfx::RendererType::Enum render
     init.limits.*kTransientVbSize<bgfx::Init::Limits> = options.transientVertexBufferSize;
     init.limits.*kTransientIbSize<bgfx::Init::Limits> = options.transientIndexBufferSize;
     return init;
+}
+
+/// What to ask bgfx for, if anything, where it does not notice that OpenGL does not work.
+std::optional<bgfx::RendererType::Enum> ChooseWorkingRenderer(bgfx::RendererType::Enum preferred,
+                                                              void* nativeDisplay) {
+    bool const takesVulkan = preferred != bgfx::RendererType::OpenGL && HasVulkan();
+    if (takesVulkan || HasOpenGL(nativeDisplay))
+        return preferred;
+    if (preferred != bgfx::RendererType::OpenGL || !HasVulkan())
+        return std::nullopt;
+    Say(MessageLevel::Warning, "context.no-opengl",
+        "OpenGL 4.3 does not work on this machine; Vulkan is tried");
+    return bgfx::RendererType::Vulkan;
+}
+
+void SayThatNoRendererWorks() {
+    Say(MessageLevel::Warning, "context.no-renderer", "bgfx finds no renderer that works on this machine");
 }
 
 /// For a process that exits without a shutdown: drivers tear their global state down then, which crashes a
@@ -111,6 +130,14 @@ bool RunningContext::PrepareThreads(ContextOptions const& options) {
 }
 
 bool RunningContext::StartBgfx(ContextOptions const& options, bgfx::RendererType::Enum renderer) {
+    if (!kBgfxNoticesMissingOpenGL && renderer != bgfx::RendererType::Noop) {
+        auto const working = ChooseWorkingRenderer(renderer, m_display.GetNativeDisplay());
+        if (!working) {
+            SayThatNoRendererWorks();
+            return false;
+        }
+        renderer = *working;
+    }
     m_bgfxRuns = bgfx::init(ToInit(options, renderer, m_display.GetNativeDisplay()));
     if (!m_bgfxRuns) {
         Say(MessageLevel::Warning, "context.not-started", "bgfx does not start");
@@ -125,8 +152,7 @@ bool RunningContext::StartBgfx(ContextOptions const& options, bgfx::RendererType
     // When every other renderer failed, bgfx falls back to the one that draws nothing.
     bool const drawsNothing = bgfx::getRendererType() == bgfx::RendererType::Noop;
     if (drawsNothing && renderer != bgfx::RendererType::Noop) {
-        Say(MessageLevel::Warning, "context.no-renderer",
-            "bgfx finds no renderer that works on this machine");
+        SayThatNoRendererWorks();
         return false;
     }
     return true;
