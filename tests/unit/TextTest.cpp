@@ -652,3 +652,37 @@ TEST_F(TextTest, AFontLoadedBeforeTheContextIsDrawnInIt) {
     DestroyTextBuffer(text);
     DestroyFont(font);
 }
+
+TEST_F(TextTest, ATextIsMeasuredAsItIsAligned) {
+    for (std::string const text : {"AVAST", "-1250.5", "x", " "}) {
+        ReferenceLine const reference = ShapeReferenceLine(DEFAULT_FONT_FILE, 16, text);
+        TextSize const size = MeasureText(m_font, text.c_str());
+        EXPECT_EQ(size.width, reference.width) << text;
+        EXPECT_EQ(size.height, reference.ascender - reference.descender) << text;
+    }
+    TextSize const line = MeasureText(m_font, "ab");
+    TextSize const block = MeasureText(m_font, "a\nab\nb");
+    EXPECT_EQ(block.width, line.width);
+    EXPECT_EQ(block.height, 3 * line.height + static_cast<int>(2 * GetFontInfo(m_font).lineGap));
+}
+
+TEST_F(TextTest, AMeasuredTextEndsAtItsEndOrAtTheTerminatingZero) {
+    char const text[] = "abcdef";
+    EXPECT_EQ(MeasureText(m_font, text, text + 3).width, MeasureText(m_font, "abc").width);
+    for (TextSize const& nothing :
+         {MeasureText(m_font, ""), MeasureText(m_font, nullptr), MeasureText(m_font, text, text),
+          MeasureText(m_font, text + 2, text), MeasureText({}, text), MeasureText({1234}, text)}) {
+        EXPECT_EQ(nothing.width, 0);
+        EXPECT_EQ(nothing.height, 0);
+    }
+    std::string const tooLong(100'000, 'x'); // a buffer takes 64 KiB
+    EXPECT_EQ(MeasureText(m_font, tooLong.c_str()).width,
+              MeasureText(m_font, tooLong.substr(0, 64 << 10).c_str()).width);
+}
+
+TEST_F(TextTest, MeasuringNeedsNoContext) {
+    int const width = MeasureText(m_font, "abc").width;
+    Context::Shutdown();
+    EXPECT_EQ(MeasureText(m_font, "abc").width, width);
+    EXPECT_GT(MeasureText(m_font, "not measured before").width, width);
+}

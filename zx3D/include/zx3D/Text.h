@@ -64,6 +64,17 @@ struct FontInfo {
 /// All zero for an unknown font.
 ZX3D_EXPORT FontInfo GetFontInfo(FontHandle font);
 
+/// The size of a block of lines, pixels.
+struct TextSize {
+    std::int32_t width = 0;  ///< of the longest line: what its pen advances
+    std::int32_t height = 0; ///< of all lines, each from ascender to descender, with the gaps between them
+};
+
+/// The size of the block that `AlignText` moves: UTF-8 from `begin` to `end`, or, with a null `end`, to the
+/// terminating zero, as `AppendText` takes it. Needs no context, and is kept for drawing. All zero for an
+/// unknown font and for an empty text.
+ZX3D_EXPORT TextSize MeasureText(FontHandle font, char const* begin, char const* end = nullptr);
+
 /// What is to become of a text buffer's content.
 enum class TextBufferType : std::uint8_t {
     Static = 0,    ///< set once, submitted in many frames

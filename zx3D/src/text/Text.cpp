@@ -17,6 +17,13 @@ constexpr std::uint16_t kMaxPixelSize = 512;
 /// More than a text buffer takes.
 constexpr std::size_t kLongText = 1 << 20;
 
+/// Empty when there is none.
+std::string_view ToView(char const* begin, char const* end) {
+    if (begin == nullptr || (end != nullptr && end < begin))
+        return {};
+    return {begin, end != nullptr ? static_cast<std::size_t>(end - begin) : strnlen(begin, kLongText)};
+}
+
 void Report(char const* name, char const* problem) {
     constexpr int longest = 256;
     Say(MessageLevel::Warning, "font.not-loaded", "font \"%.*s\": %s", longest, name, problem);
@@ -85,6 +92,12 @@ FontInfo GetFontInfo(FontHandle font) {
             static_cast<float>(metrics.descender), static_cast<float>(metrics.lineGap)};
 }
 
+TextSize MeasureText(FontHandle font, char const* begin, char const* end) {
+    Font* const found = TextSystem::Get().FindFont(font);
+    std::string_view const text = ToView(begin, end);
+    return found != nullptr && !text.empty() ? TextSystem::Get().Measure(*found, text) : TextSize();
+}
+
 TextBufferHandle CreateTextBuffer(TextBufferType type, FontHandle font) {
     return TextSystem::Get().CreateBuffer(type, font);
 }
@@ -103,11 +116,8 @@ void SetTextColor(TextBufferHandle text, std::uint32_t rgba) {
 
 void AppendText(TextBufferHandle text, char const* begin, char const* end) {
     TextBuffer* const buffer = TextSystem::Get().FindBuffer(text);
-    if (buffer == nullptr || begin == nullptr || (end != nullptr && end < begin))
-        return;
-    std::size_t const size =
-        end != nullptr ? static_cast<std::size_t>(end - begin) : strnlen(begin, kLongText);
-    TextSystem::Get().Append(*buffer, {begin, size});
+    if (buffer != nullptr && begin != nullptr && (end == nullptr || begin <= end))
+        TextSystem::Get().Append(*buffer, ToView(begin, end));
 }
 
 void AlignText(TextBufferHandle text, float horizontal, float vertical) {

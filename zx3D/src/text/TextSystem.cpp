@@ -70,6 +70,13 @@ Font* TextSystem::FindFont(FontHandle handle) {
     return font != nullptr ? font->get() : nullptr;
 }
 
+TextSize TextSystem::Measure(Font& font, std::string_view utf8) {
+    std::string_view const text = TruncateUtf8(utf8, kMaxTextSize);
+    std::shared_ptr<CachedText> const known = m_shapeCache.Find(font.GetId(), text);
+    std::shared_ptr<CachedText> const measured = known != nullptr ? known : Layout(text, font);
+    return {measured->shaped.width, measured->shaped.height};
+}
+
 TextBufferHandle TextSystem::CreateBuffer(TextBufferType type, FontHandle font) {
     std::optional<std::uint16_t> const index = m_buffers.Take();
     if (!index) {
@@ -140,10 +147,12 @@ CachedText& TextSystem::Layout(TextBuffer& buffer, Font& font) {
     std::shared_ptr<CachedText> const& known = m_shapeCache.Find(font.GetId(), buffer.text);
     if (known != nullptr && buffer.settings.type == TextBufferType::Transient)
         return *known; // the next submission is of another text
-    buffer.cached = known != nullptr
-                        ? known
-                        : m_shapeCache.Add(font.GetId(), buffer.text, m_shaper.Shape(buffer.text, font));
+    buffer.cached = known != nullptr ? known : Layout(buffer.text, font);
     return *buffer.cached;
+}
+
+std::shared_ptr<CachedText> TextSystem::Layout(std::string_view utf8, Font& font) {
+    return m_shapeCache.Add(font.GetId(), utf8, m_shaper.Shape(utf8, font));
 }
 
 void TextSystem::PlaceInAtlas(CachedText& text, Font const& font) {

@@ -57,6 +57,8 @@ public:
     void DestroyFont(FontHandle handle);
     Font* FindFont(FontHandle handle);
 
+    TextSize Measure(Font& font, std::string_view utf8);
+
     TextBufferHandle CreateBuffer(TextBufferType type, FontHandle font);
     void DestroyBuffer(TextBufferHandle handle);
     TextBuffer* FindBuffer(TextBufferHandle handle) { return m_buffers.Find(handle.idx); }
@@ -75,6 +77,7 @@ private:
     void WarnOf(Omission omission);
     void Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth);
     CachedText& Layout(TextBuffer& buffer, Font& font);
+    std::shared_ptr<CachedText> Layout(std::string_view utf8, Font& font);
     void PlaceInAtlas(CachedText& text, Font const& font);
 
     FaceLoader m_faceLoader; // outlives the faces
