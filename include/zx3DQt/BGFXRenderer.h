@@ -108,6 +108,9 @@ public:
     ModelTransformCacheId SetModelTransform(QMatrix4x4 const& matrix);
 
     /// What the frame being recorded consists of so far, or after it was presented the last one: from a call
+    /// The current transform; the identity before the first was set.
+    QMatrix4x4 GetModelTransform() const;
+
     /// of `StartFrame` to the next that finds a frame buffer with a size.
     FrameStatistics GetFrameStatistics() const;
 

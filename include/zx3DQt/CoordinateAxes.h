@@ -1,6 +1,7 @@
 // The coordinate axes of a scene: lines, arrow heads and labels.
 #pragma once
 
+#include <zx3DQt/Shapes.h>
 #include <zx3DQt/zx3DQtExport.h>
 
 #include <zx3D/Line.h>
@@ -43,15 +44,25 @@ struct CoordinateAxesArrowHeadStyle {
 
     std::array<QColor, 3> colors = defaultColors; ///< by axis
     ArrowHeadTypeId arrowHead = defaultArrowHead; ///< there is one type
+    std::optional<CameraLight> light;             ///< empty: the heads are flat, in one colour each
 };
 
-/// Letters beside both halves of every axis, on the negative side after a minus sign. They are centred on
-/// places 1.25 world units along the axis and 0.3 beside it in each of the other two directions, whatever the
-/// axes' length.
+/// Letters at both halves of every axis, on the negative side after a minus sign.
 struct ZX3DQT_EXPORT CoordinateAxesLabelStyle {
     /// Those of the arrow heads.
     static constexpr std::array<QColor, 3> defaultColors = CoordinateAxesArrowHeadStyle::defaultColors;
     static constexpr std::array<char const*, 3> defaultLabelTexts{"X", "Y", "Z"}; ///< by axis
+
+    /// Where letters stand, whatever the axes' length.
+    enum class Placement : std::uint8_t {
+        /// In the world: centred on places 1.25 units along the axis and 0.3 beside it in each of the other
+        /// two directions. From some directions that is on an axis: in the isometric view on their own.
+        BesideLines,
+        /// In the picture: beyond the places of the arrow heads, so that no letter lies on its head from any
+        /// direction; of an axis that points straight at the viewer, above to the right. Of letters that
+        /// would lie over each other, the one nearest to the viewer (of the least depth) is drawn.
+        BeyondHeads
+    };
 
     /// Default colours, and no font yet.
     CoordinateAxesLabelStyle();
@@ -60,6 +71,7 @@ struct ZX3DQT_EXPORT CoordinateAxesLabelStyle {
     std::array<std::byte, 32> reserved;           ///< neither initialised nor used
     std::array<QColor, 3> colors = defaultColors; ///< by axis
     std::vector<QString> labelTexts;              ///< not used: the letters are `defaultLabelTexts`
+    Placement placement = Placement::BesideLines; ///< of all labels
 };
 
 /// What axes look like. By default: all three, thin, one half solid and one dashed, without heads and
@@ -100,7 +112,8 @@ ZX3DQT_EXPORT void DrawCoordinateAxes(BGFXRenderer const& renderer, BGFXViewCont
 ZX3DQT_EXPORT void DrawCoordinateAxesLines(BGFXRenderer const& renderer, BGFXViewContext const& view,
                                            QRectF const& rect, CoordinateAxesStyle const& style);
 
-/// Draws the heads of all three axes, the enabled and the others.
+/// Draws the heads of all three axes, the enabled and the others. Their light, if they have any, is that of
+/// `view`.
 ZX3DQT_EXPORT void DrawCoordinateAxesArrowHeads(BGFXRenderer const& renderer, BGFXViewContext const& view,
                                                 CoordinateAxesArrowHeadStyle const& style);
 

@@ -16,9 +16,9 @@ namespace zarvex::zx3DQt {
 class BGFXRenderer;
 class BGFXViewContext;
 
-// Shapes of one flat colour, without light, in world units. Each call is one submission. Rectangles and cones
-// are drawn with the renderer's current model transform. Circles set none: they are drawn with the identity,
-// or with a transform that was set since the last draw.
+// Shapes of one flat colour, without light unless told otherwise, in world units. Each call is one
+// submission. Rectangles and cones are drawn with the renderer's current model transform. Circles set none:
+// they are drawn with the identity, or with a transform that was set since the last draw.
 
 /// A disc in a plane of constant z.
 struct BGFXCircleModel2D {
@@ -42,6 +42,13 @@ struct BGFXConeModel {
     float radius = 0.05f;                 ///< of the base
     int segments = 32;                    ///< of the base's edge
     zx3D::Color color;                    ///< of the whole cone
+};
+
+/// A light that goes with the camera, far away over the viewer's left shoulder: a matt surface has its own
+/// colour where it faces the light, and `ambient` of it where it turns away. Computed from the view's
+/// matrices and the renderer's current model transform, whatever lights and materials there are.
+struct CameraLight {
+    float ambient = 0.45f; ///< what is left of the colour in the shade, 0 to 1
 };
 
 /// Draws a disc of 360 segments at height `z`.
@@ -69,5 +76,9 @@ ZX3DQT_EXPORT void DrawCone(BGFXRenderer const& renderer, BGFXViewContext const&
 /// The same.
 ZX3DQT_EXPORT void DrawCone(BGFXRenderer const& renderer, BGFXViewContext const& view,
                             BGFXConeModel const& model);
+
+/// The same cone with light and shade, round to the eye. It has at most 21,845 segments.
+ZX3DQT_EXPORT void DrawCone(BGFXRenderer const& renderer, BGFXViewContext const& view,
+                            BGFXConeModel const& model, CameraLight const& light);
 
 } // namespace zarvex::zx3DQt

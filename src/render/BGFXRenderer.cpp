@@ -74,4 +74,8 @@ ModelTransformCacheId BGFXRenderer::SetModelTransform(QMatrix4x4 const& matrix) 
     return m_drawing->SetModelTransform(matrix);
 }
 
+QMatrix4x4 BGFXRenderer::GetModelTransform() const {
+    return m_drawing->GetModelTransform();
+}
+
 } // namespace zarvex::zx3DQt

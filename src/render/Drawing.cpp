@@ -196,9 +196,12 @@ ModelTransformCacheId Drawing::SetModelTransform(QMatrix4x4 const& matrix) {
 }
 
 QMatrix4x4 Drawing::ModelViewProjection(DrawCall const& call) const {
-    auto const found = m_modelTransforms.find(call.transform);
-    QMatrix4x4 const model = found != m_modelTransforms.end() ? found->second : QMatrix4x4();
-    return call.view.GetProjectionMatrix() * call.view.GetViewMatrix() * model;
+QMatrix4x4 Drawing::ModelTransform(std::uint32_t id) const {
+    auto const found = m_modelTransforms.find(id);
+    return found != m_modelTransforms.end() ? found->second : QMatrix4x4();
+}
+
+    return call.view.GetProjectionMatrix() * call.view.GetViewMatrix() * ModelTransform(call.transform);
 }
 
 } // namespace zarvex::zx3DQt

@@ -42,6 +42,7 @@ public:
     bool StartFrame(zx3D::FrameBuffer& frameBuffer);
     ModelTransformCacheId SetModelTransform(QMatrix4x4 const& matrix);
 
+    QMatrix4x4 GetModelTransform() const { return ModelTransform(m_modelTransformId); }
     bgfx::ProgramHandle GetProgram(Program program) const { return m_programs[IndexOf(program)]; }
     bgfx::UniformHandle GetUniform(Uniform uniform) const { return m_uniforms[IndexOf(uniform)]; }
 
@@ -120,6 +121,8 @@ private:
 
     /// Counts a call. False when it has no program: bgfx would draw with whatever it finds.
     bool Begin(bgfx::ProgramHandle program) {
+    /// The matrix of an id; the identity where there is none.
+    QMatrix4x4 ModelTransform(std::uint32_t id) const;
         m_counter.AddCall();
         if (bgfx::isValid(program))
             return true;

@@ -5,8 +5,10 @@
 
 #include <zx3DQt/Shapes.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
+#include <optional>
 
 using namespace zarvex;
 using namespace zarvex::testing;
@@ -192,6 +194,99 @@ TEST_P(ShapesTest, AConeIsClosed) {
         ConeOutline const outline(cone, camera, Size());
         CheckPicture([&](QPointF pixel) { return outline.At(pixel); }, 30);
     }
+}
+
+namespace {
+
+/// What a ray meets of a round cone.
+struct ConeHit {
+    bool isSide;
+    Vector3 normal;
+};
+
+std::optional<ConeHit> Meet(SoftwareCone const& cone, Ray const& ray) {
+    double const slope = cone.radius / cone.height;
+    Vector3 const axis = -1.0 * cone.direction; // from the tip to the base
+    Vector3 const fromTip = ray.origin - cone.apex;
+    // Where the distance from the axis is the slope times the way along it.
+    double const a0 = Dot(fromTip, axis);
+    double const a1 = Dot(ray.direction, axis);
+    double const k = 1.0 + slope * slope;
+    double const a = Dot(ray.direction, ray.direction) - k * a1 * a1;
+    double const b = Dot(fromTip, ray.direction) - k * a0 * a1;
+    double const c = Dot(fromTip, fromTip) - k * a0 * a0;
+    std::optional<ConeHit> hit;
+    double nearest = 1e30;
+    double const discriminant = b * b - a * c;
+    for (double const sign : {-1.0, 1.0}) {
+        double const t = (-b + sign * std::sqrt(discriminant)) / a;
+        double const along = a0 + t * a1;
+        if (discriminant >= 0.0 && t < nearest && along >= 0.0 && along <= cone.height) {
+            nearest = t;
+            Vector3 const outwards = Normalized(fromTip + t * ray.direction - along * axis);
+            hit = {true, Normalized(cone.height * outwards + cone.radius * cone.direction)};
+        }
+    }
+    double const t = (cone.height - a0) / a1;
+    Vector3 const onBase = fromTip + t * ray.direction - cone.height * axis;
+    if (t < nearest && Dot(onBase, onBase) <= cone.radius * cone.radius)
+        hit = {false, axis};
+    return hit;
+}
+
+} // namespace
+
+TEST_P(ShapesTest, LitConesShineWhereTheyFaceTheLamp) {
+    constexpr float ambient = 0.3f;
+    Vector3 const direction = Normalized({0.4, 0.8, -0.45});
+    Vector3 const corner = Cross(direction, {1.0, 0.0, 0.0}); // of less length than 1
+    SoftwareCone const cone{.apex = 0.6 * direction,
+                            .direction = direction,
+                            .height = 1.2,
+                            .radius = 0.6 * std::sqrt(Dot(corner, corner)),
+                            .segments = 256, // shades are interpolated from segment to segment
+                            .firstCorner = Normalized(corner)};
+    zx3DQt::BGFXConeModel model = ModelOf(cone, kColor);
+    model.radius = 0.6f;
+    int darkest = 255;
+    int brightest = 0;
+    for (SoftwareCamera const& camera :
+         {SoftwareCamera{.place = {0.3, 0.4, -9.0}, .target = {}, .halfHeight = 0.8},
+          SoftwareCamera{.place = {-5.0, 2.0, 7.0}, .target = {}, .halfHeight = 0.8, .up = {0.3, 1.0, 0.0}},
+          SoftwareCamera{.place = {-1.0, -8.0, 2.0}, .target = {}, .angle = 12.0, .up = {0.0, 0.0, 1.0}}}) {
+        DrawCone(m_renderer, StartPicture(camera), model, zx3DQt::CameraLight{ambient});
+        QImage const image = Present();
+        Vector3 const forward = Normalized(camera.target - camera.place);
+        Vector3 const right = Normalized(Cross(camera.up, forward));
+        Vector3 const up = Cross(forward, right);
+        Vector3 const toLamp = Normalized(-1.0 * forward - 0.5 * right + 0.7 * up);
+        int compared = 0;
+        for (int y = 1; y + 1 < image.height(); ++y) {
+            for (int x = 1; x + 1 < image.width(); ++x) {
+                auto const hitAt = [&](double dx, double dy) {
+                    return Meet(cone, camera.RayThrough(QPointF(x + 0.5 + dx, y + 0.5 + dy), Size()));
+                };
+                std::optional<ConeHit> const hit = hitAt(0.0, 0.0);
+                // Not at edges, where the cone of triangles has others, nor at the tip, where a pixel sees
+                // many segments.
+                bool isInside = hit.has_value();
+                for (double const d : {-4.0, 4.0}) {
+                    for (auto const& other : {hitAt(d, 0.0), hitAt(0.0, d)})
+                        isInside = isInside && other && other->isSide == hit->isSide;
+                }
+                if (!isInside)
+                    continue;
+                double const brightness = ambient + (1.0 - ambient) * std::max(0.0, Dot(hit->normal, toLamp));
+                int const red = image.pixelColor(x, y).red();
+                ASSERT_NEAR(red, brightness * kColor.red(), 4.0) << x << ", " << y;
+                ++compared;
+                darkest = std::min(darkest, red);
+                brightest = std::max(brightest, red);
+            }
+        }
+        EXPECT_GT(compared, 1500);
+    }
+    EXPECT_GT(brightest - darkest, 100);
 }
 
 ZX3D_INSTANTIATE_BACKENDS(ShapesTest);

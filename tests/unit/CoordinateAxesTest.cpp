@@ -11,7 +11,13 @@
 #include <QRectF>
 #include <QVector3D>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <random>
 #include <utility>
+#include <vector>
 
 using namespace zarvex;
 using namespace zarvex::zx3DQt;
@@ -96,6 +102,7 @@ TEST_F(CoordinateAxesTest, ArrowHeadStylesHaveTheirDefaults) {
     CoordinateAxesArrowHeadStyle const style;
     EXPECT_EQ(style.colors, kColors);
     EXPECT_EQ(style.arrowHead, 1);
+    EXPECT_FALSE(style.light);
     EXPECT_EQ(CoordinateAxesArrowHeadStyle::height, 0.1f);
     EXPECT_EQ(CoordinateAxesArrowHeadStyle::defaultArrowHead, 1);
 }
@@ -105,6 +112,7 @@ TEST_F(CoordinateAxesTest, LabelStylesHaveTheirDefaultsAndAreEmptyAfterAMove) {
     EXPECT_EQ(style.font.idx, zx3D::FontHandle().idx);
     EXPECT_EQ(style.colors, kColors);
     EXPECT_THAT(style.labelTexts, ElementsAre("X", "Y", "Z"));
+    EXPECT_EQ(style.placement, CoordinateAxesLabelStyle::Placement::BesideLines);
     EXPECT_THAT(CoordinateAxesLabelStyle::defaultLabelTexts,
                 ElementsAre(testing::StrEq("X"), testing::StrEq("Y"), testing::StrEq("Z")));
     CoordinateAxesLabelStyle const moved = std::move(style);
@@ -269,4 +277,188 @@ TEST_F(CoordinateAxesTest, LabelsWithoutAFontAreNotDrawn) {
     ExpectWarning("text.no-font");
     DrawCoordinateAxesLabels(*m_renderer, m_labelView, CoordinateAxesLabelStyle());
     EXPECT_THAT(recorder::Draws(), IsEmpty());
+}
+
+TEST_F(CoordinateAxesTest, ArrowHeadsWithLightAreLitCones) {
+    CoordinateAxesArrowHeadStyle style;
+    style.light.emplace().ambient = 0.2f;
+    DrawCoordinateAxesArrowHeads(*m_renderer, m_view, style);
+    std::vector<recorder::Draw> const draws = recorder::Draws();
+    ASSERT_THAT(draws, SizeIs(6));
+    for (std::size_t i = 0; i < 6; ++i) {
+        float const sign = i % 2 == 0 ? 1.0f : -1.0f;
+        BGFXConeModel cone;
+        cone.height = 0.3f;
+        cone.radius = 0.1f;
+        (&cone.direction.x)[i / 2] = sign;
+        (&cone.apex.x)[i / 2] = 2.0f * sign;
+        cone.color = QColorToColor(kColors[i / 2]);
+        recorder::ClearCalls();
+        DrawCone(*m_renderer, m_view, cone, *style.light);
+        EXPECT_EQ(draws[i].VerticesAs<float>(), TheDraw().VerticesAs<float>()) << i;
+    }
+}
+
+namespace {
+
+class LettersBeyondHeadsTest : public CoordinateAxesTest {
+protected:
+    void SetUp() override {
+        CoordinateAxesTest::SetUp();
+        m_style = Labels();
+        m_style.placement = CoordinateAxesLabelStyle::Placement::BeyondHeads;
+        m_labelView.SetViewport(QRect(0, 0, 800, 600));
+    }
+
+    void LookFrom(QVector3D const& eye, QVector3D const& up, bool isParallel) {
+        QMatrix4x4 camera;
+        camera.lookAt(eye, QVector3D(), up);
+        QMatrix4x4 projection;
+        if (isParallel)
+            projection.ortho(-4, 4, -3, 3, 0.1f, 100);
+        else
+            projection.perspective(45.0f, 4.0f / 3.0f, 0.1f, 100.0f);
+        m_labelView.SetViewMatrix(camera);
+        m_labelView.SetProjectionMatrix(projection);
+    }
+
+    struct Letter {
+        QRectF ink;
+        std::array<std::uint8_t, 4> color;
+        std::size_t glyphs;
+    };
+
+    std::vector<Letter> DrawLetters() {
+        struct TextVertex {
+            float x, y;
+            std::int16_t u, v;
+            std::array<std::uint8_t, 4> color;
+        };
+        recorder::ClearCalls();
+        DrawCoordinateAxesLabels(*m_renderer, m_labelView, m_style);
+        std::vector<Letter> letters;
+        for (recorder::Draw const& draw : recorder::Draws()) {
+            std::vector<TextVertex> const vertices = draw.VerticesAs<TextVertex>();
+            QRectF ink;
+            for (std::size_t i = 0; i + 3 < vertices.size(); i += 4)
+                ink |= QRectF(QPointF(vertices[i].x, vertices[i].y),
+                              QPointF(vertices[i + 2].x, vertices[i + 2].y));
+            letters.push_back({ink, vertices.at(0).color, vertices.size() / 4});
+        }
+        return letters;
+    }
+
+    /// Places all over a half axis' head, in the picture.
+    std::vector<QPointF> HeadPlaces(int axis, float sign) const {
+        QVector3D along, across;
+        along[axis] = sign;
+        across[(axis + 1) % 3] = 1.0f;
+        QVector3D const acrossBoth = QVector3D::crossProduct(along, across);
+        std::vector<QPointF> places;
+        for (int i = 0; i < 60; ++i) {
+            float const angle = 6.2831853f * static_cast<float>(i) / 60.0f;
+            for (int k = 0; k <= 20; ++k) {
+                float const part = static_cast<float>(k) / 20.0f;
+                places.push_back(m_labelView.TransformToViewport(
+                    (2.0f - 0.3f * part) * along +
+                    0.1f * part * (std::cos(angle) * across + std::sin(angle) * acrossBoth)));
+            }
+        }
+        return places;
+    }
+
+    CoordinateAxesLabelStyle m_style;
+};
+
+} // namespace
+
+TEST_F(LettersBeyondHeadsTest, InTheIsometricViewAllSixAreBeyondTheirHeadsOnTheirAxes) {
+    for (bool const isParallel : {true, false}) {
+        LookFrom(QVector3D(5, 5, 5), QVector3D(0, 0, 1), isParallel);
+        std::vector<Letter> const letters = DrawLetters();
+        ASSERT_THAT(letters, SizeIs(6));
+        QPointF const origin = m_labelView.TransformToViewport(QVector3D());
+        for (Letter const& letter : letters) {
+            auto const colorOf = [](QColor const& c) {
+                return std::array{std::uint8_t(c.red()), std::uint8_t(c.green()), std::uint8_t(c.blue()),
+                                  std::uint8_t(255)};
+            };
+            int axis = 0;
+            while (colorOf(kColors[static_cast<std::size_t>(axis)]) != letter.color)
+                ASSERT_LT(++axis, 3);
+            QVector3D along;
+            along[axis] = letter.glyphs == 1 ? 1.0f : -1.0f; // the others have a minus sign
+            QPointF const tip = m_labelView.TransformToViewport(2.0f * along) - origin;
+            QPointF const center = letter.ink.center() - origin;
+            double const tipDistance = std::hypot(tip.x(), tip.y());
+            double const way = QPointF::dotProduct(center, tip) / tipDistance;
+            EXPECT_GT(way, tipDistance + 5.0);
+            EXPECT_LT(way, tipDistance + 25.0);
+            double const beside = (center.x() * tip.y() - center.y() * tip.x()) / tipDistance;
+            EXPECT_LT(std::abs(beside), 4.0);
+        }
+    }
+}
+
+TEST_F(LettersBeyondHeadsTest, FromNowhereALetterLiesOnItsHeadOrOnAnotherLetter) {
+    std::mt19937 random(5);
+    std::uniform_real_distribution<float> unit(-1.0f, 1.0f);
+    std::size_t drawn = 0;
+    for (int i = 0; i < 100; ++i) {
+        QVector3D const eye = 6.0f * QVector3D(unit(random), unit(random), unit(random)).normalized();
+        LookFrom(eye, QVector3D(unit(random), unit(random), unit(random)), i % 2 == 0);
+        std::vector<Letter> const letters = DrawLetters();
+        drawn += letters.size();
+        for (std::size_t k = 0; k < letters.size(); ++k) {
+            int const axis = static_cast<int>(
+                std::ranges::find_if(kColors,
+                                     [&](QColor const& c) { return c.red() == letters[k].color[0]; }) -
+                kColors.begin());
+            for (QPointF const& place : HeadPlaces(axis, letters[k].glyphs == 1 ? 1.0f : -1.0f))
+                ASSERT_FALSE(letters[k].ink.contains(place)) << i;
+            for (std::size_t other = 0; other < k; ++other)
+                ASSERT_FALSE(letters[k].ink.intersects(letters[other].ink)) << i;
+        }
+    }
+    EXPECT_GT(drawn, 100u * 5u);
+}
+
+TEST_F(LettersBeyondHeadsTest, AlongAnAxisOnlyTheNearerHalfHasItsLetter) {
+    for (bool const isParallel : {true, false}) {
+        LookFrom(QVector3D(0, 0, 8), QVector3D(0, 1, 0), isParallel);
+        std::vector<Letter> const letters = DrawLetters();
+        EXPECT_THAT(letters, SizeIs(5));
+        std::size_t blue = 0;
+        for (Letter const& letter : letters) {
+            if (letter.color[2] != 255)
+                continue;
+            ++blue;
+            EXPECT_EQ(letter.glyphs, 1u) << "Z, not -Z";
+            EXPECT_GT(letter.ink.left(), 400.0);
+            EXPECT_LT(letter.ink.bottom(), 300.0);
+        }
+        EXPECT_EQ(blue, 1u);
+    }
+}
+
+TEST_F(LettersBeyondHeadsTest, HeadsBehindTheCameraHaveNone) {
+    LookFrom(QVector3D(0.5f, 0.4f, 0.3f), QVector3D(0, 0, 1), false);
+    EXPECT_THAT(DrawLetters(), SizeIs(testing::Le(3u))) << "the positive heads are behind";
+}
+
+TEST_F(LettersBeyondHeadsTest, StrangeViewsDoNoHarm) {
+    constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+    for (float const number : {0.0f, nan, std::numeric_limits<float>::infinity(), 1e-30f, 1e30f}) {
+        m_labelView.SetProjectionMatrix(QMatrix4x4() * number);
+        DrawLetters();
+        m_labelView.SetProjectionMatrix(QMatrix4x4());
+        m_labelView.SetViewport(QRect());
+        DrawLetters();
+    }
+}
+
+TEST_F(LettersBeyondHeadsTest, WithoutAFontThatIsSaid) {
+    ExpectWarning("text.no-font");
+    m_style.font = {};
+    EXPECT_THAT(DrawLetters(), IsEmpty());
 }

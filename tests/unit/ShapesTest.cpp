@@ -6,8 +6,11 @@
 #include <QVector2D>
 #include <QVector3D>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <set>
+#include <tuple>
 
 using namespace zarvex;
 using namespace zarvex::zx3DQt;
@@ -238,4 +241,170 @@ TEST_F(DrawConeTest, AModelIsDrawnAsItsMembers) {
     DrawCone(*m_renderer, m_view, BGFXConeModel{{0, 0, 1}, {1, 2, 3}, 0.3f, 0.1f, 7, kColor});
     EXPECT_EQ(TheDraw().vertices, expected.vertices);
     EXPECT_EQ(TheDraw().indices, expected.indices);
+}
+
+namespace {
+
+/// A cone with light, and the lamp as it is meant: over the left shoulder of a viewer who looks along -z.
+class LitConeTest : public DrawFixture {
+protected:
+    LitConeTest() {
+        m_cone.direction = {0.0f, 0.0f, 1.0f};
+        m_cone.apex = {1.0f, 2.0f, 3.0f};
+        m_cone.height = 0.4f;
+        m_cone.radius = 0.3f;
+        m_cone.segments = 12;
+        m_cone.color = {0.8f, 0.5f, 0.2f, 0.6f};
+    }
+
+    void SetUp() override {
+        DrawFixture::SetUp();
+        QMatrix4x4 projection;
+        projection.ortho(-5, 5, -5, 5, -100, 100);
+        m_view.SetProjectionMatrix(projection);
+    }
+
+    std::vector<Vertex> DrawnVertices() {
+        recorder::ClearCalls();
+        DrawCone(*m_renderer, m_view, m_cone, m_light);
+        return TheDraw().VerticesAs<Vertex>();
+    }
+
+    /// What the test expects of a surface that faces somewhere.
+    static float BrightnessOf(QVector3D const& normal, QVector3D const& toLamp, float ambient) {
+        float const cosine = QVector3D::dotProduct(normal.normalized(), toLamp.normalized());
+        return ambient + (1.0f - ambient) * std::max(cosine, 0.0f);
+    }
+
+    void ExpectColors(QVector3D const& toLamp, QMatrix4x4 const& model = {}) {
+        std::vector<Vertex> const vertices = DrawnVertices();
+        ASSERT_THAT(vertices, SizeIs(3 * m_cone.segments + 1));
+        QVector3D const direction(m_cone.direction.x, m_cone.direction.y, m_cone.direction.z);
+        QVector3D const apex(m_cone.apex.x, m_cone.apex.y, m_cone.apex.z);
+        QVector3D const base = apex - m_cone.height * direction;
+        auto const expect = [&](Vertex const& vertex, QVector3D const& position, QVector3D const& normal) {
+            EXPECT_NEAR(
+                (QVector3D(vertex.position.x, vertex.position.y, vertex.position.z) - position).length(),
+                0.0f, 1e-5f);
+            QVector3D const world = model.mapVector(normal); // of rotations
+            float const brightness = BrightnessOf(world, toLamp, m_light.ambient);
+            EXPECT_NEAR(vertex.color.red, brightness * m_cone.color.red, 1e-4f);
+            EXPECT_NEAR(vertex.color.green, brightness * m_cone.color.green, 1e-4f);
+            EXPECT_NEAR(vertex.color.blue, brightness * m_cone.color.blue, 1e-4f);
+            EXPECT_EQ(vertex.color.alpha, m_cone.color.alpha);
+        };
+        // Corners are where those of a flat cone are, and a slope's normal leans as the slope does.
+        recorder::ClearCalls();
+        DrawCone(*m_renderer, m_view, m_cone);
+        std::vector<Vertex> const flat = TheDraw().VerticesAs<Vertex>();
+        for (std::size_t i = 0; i < static_cast<std::size_t>(m_cone.segments); ++i) {
+            auto const cornerAt = [&](std::size_t k) {
+                bx::Vec3 const& p = flat[2 + k % static_cast<std::size_t>(m_cone.segments)].position;
+                return QVector3D(p.x, p.y, p.z);
+            };
+            QVector3D const outwards = (cornerAt(i) - base).normalized();
+            QVector3D const middle = ((cornerAt(i) + cornerAt(i + 1)) / 2 - base).normalized();
+            auto const slope = [&](QVector3D const& out) {
+                return m_cone.height * out + m_cone.radius * direction;
+            };
+            expect(vertices[3 * i], cornerAt(i), slope(outwards));
+            expect(vertices[3 * i + 1], apex, slope(middle));
+            expect(vertices[3 * i + 2], cornerAt(i), -direction);
+        }
+        expect(vertices.back(), base, -direction);
+    }
+
+    BGFXConeModel m_cone;
+    CameraLight m_light;
+};
+
+} // namespace
+
+TEST_F(LitConeTest, ColorsAreThoseOfAMattSurface) {
+    ExpectColors(QVector3D(-0.5f, 0.7f, 1.0f));
+    m_light.ambient = 0.1f;
+    ExpectColors(QVector3D(-0.5f, 0.7f, 1.0f));
+    m_cone.direction = {0.6f, 0.0f, -0.8f};
+    ExpectColors(QVector3D(-0.5f, 0.7f, 1.0f));
+}
+
+TEST_F(LitConeTest, TheLampGoesWithTheViewer) {
+    // From +x, with z up: right is +y.
+    QMatrix4x4 camera;
+    camera.lookAt(QVector3D(50, 0, 0), QVector3D(), QVector3D(0, 0, 1));
+    m_view.SetViewMatrix(camera);
+    ExpectColors(QVector3D(1.0f, -0.5f, 0.7f));
+    QMatrix4x4 perspective;
+    perspective.perspective(40.0f, 2.0f, 0.1f, 100.0f);
+    m_view.SetProjectionMatrix(perspective);
+    ExpectColors(QVector3D(1.0f, -0.5f, 0.7f));
+    // A left-handed projection looks along +z.
+    QMatrix4x4 leftHanded;
+    bx::mtxProj(leftHanded.data(), 40.0f, 2.0f, 0.1f, 100.0f, false, bx::Handedness::Left);
+    m_view.SetProjectionMatrix(leftHanded);
+    m_view.SetViewMatrix(QMatrix4x4());
+    ExpectColors(QVector3D(-0.5f, 0.7f, -1.0f));
+}
+
+TEST_F(LitConeTest, TurnedConesAreLitFromTheSameSide) {
+    QMatrix4x4 model;
+    model.rotate(70.0f, 1.0f, 2.0f, 3.0f);
+    m_renderer->SetModelTransform(model);
+    EXPECT_EQ(m_renderer->GetModelTransform(), model);
+    ExpectColors(QVector3D(-0.5f, 0.7f, 1.0f), model);
+}
+
+TEST_F(LitConeTest, TrianglesAreThoseOfTheFlatCone) {
+    recorder::ClearCalls();
+    DrawCone(*m_renderer, m_view, m_cone);
+    recorder::Draw const flat = TheDraw();
+    std::vector<Vertex> const flatVertices = flat.VerticesAs<Vertex>();
+    std::vector<std::uint16_t> const flatIndices = flat.IndicesAs<std::uint16_t>();
+    std::vector<Vertex> const vertices = DrawnVertices();
+    std::vector<std::uint16_t> const indices = TheDraw().IndicesAs<std::uint16_t>();
+    ASSERT_EQ(indices.size(), flatIndices.size());
+    // In another order: side and base of a segment together.
+    std::multiset<std::vector<float>> expected, actual;
+    auto const triangle = [](std::vector<Vertex> const& from, std::uint16_t const* index) {
+        std::vector<float> corners;
+        for (int i = 0; i < 3; ++i) {
+            bx::Vec3 const& p = from.at(index[i]).position;
+            corners.insert(corners.end(), {p.x, p.y, p.z});
+        }
+        return corners;
+    };
+    for (std::size_t i = 0; i < indices.size(); i += 3) {
+        expected.insert(triangle(flatVertices, &flatIndices[i]));
+        actual.insert(triangle(vertices, &indices[i]));
+    }
+    EXPECT_EQ(actual, expected);
+    EXPECT_EQ(TheDraw().state, flat.state);
+    EXPECT_EQ(TheDraw().program.idx, flat.program.idx);
+}
+
+TEST_F(LitConeTest, WhatIsNoConeIsNotDrawn) {
+    recorder::ClearCalls();
+    for (auto const& [height, radius, segments] : {std::tuple(0.3f, 0.0f, 12),
+                                                   {kNaN, 0.1f, 12},
+                                                   {0.3f, kNaN, 12},
+                                                   {0.3f, 0.1f, 0},
+                                                   {0.3f, 0.1f, -5}}) {
+        m_cone.height = height;
+        m_cone.radius = radius;
+        m_cone.segments = segments;
+        DrawCone(*m_renderer, m_view, m_cone, m_light);
+    }
+    EXPECT_THAT(recorder::Draws(), IsEmpty());
+}
+
+TEST_F(LitConeTest, SegmentsEndWhereIndicesDo) {
+    m_cone.segments = std::numeric_limits<int>::max();
+    EXPECT_THAT(DrawnVertices(), SizeIs(65536));
+    EXPECT_THAT(TheDraw().IndicesAs<std::uint16_t>(), SizeIs(6 * 21845));
+}
+
+TEST_F(LitConeTest, ViewsWithoutDirectionsLeaveTheShade) {
+    m_view.SetProjectionMatrix(QMatrix4x4() * 0.0f);
+    for (Vertex const& vertex : DrawnVertices())
+        EXPECT_NEAR(vertex.color.red, m_light.ambient * m_cone.color.red, 1e-6f);
 }
