@@ -58,6 +58,7 @@ void DemoScene::DrawGridAndAxes(Canvas const& canvas) const {
     grid.frameTickLabels.emplace().font = canvas.fonts.Get(11.0f * canvas.pixelRatio);
     grid.frameTickLabels->color = QColor(176, 186, 202);
     grid.frameTickLabels->enabledAxes = {zx3DQt::X}; // those of y would lie over the exhibits
+    grid.frameTickLabels->minimumGap = 4.0f * canvas.pixelRatio;
     zx3DQt::DrawCoordinateGrid(canvas.renderer, canvas.surfaces, canvas.labels, ground, grid);
 
     std::array<QColor, 3> const colors{QColor(240, 96, 100), QColor(124, 214, 98), QColor(98, 160, 255)};
@@ -65,7 +66,9 @@ void DemoScene::DrawGridAndAxes(Canvas const& canvas) const {
     axes.colors = colors;
     axes.lineWidths.fill(std::round(2.0f * canvas.pixelRatio));
     axes.arrowHeads.emplace().colors = colors;
+    axes.arrowHeads->light.emplace();
     axes.labels.emplace().colors = colors;
+    axes.labels->placement = zx3DQt::CoordinateAxesLabelStyle::Placement::BeyondHeads;
     axes.labels->font = canvas.fonts.Get(13.0f * canvas.pixelRatio);
     zx3DQt::DrawCoordinateAxes(canvas.renderer, canvas.surfaces, canvas.labels, QRectF(-1.8, -1.8, 3.6, 3.6),
                                axes);

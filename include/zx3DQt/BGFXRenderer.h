@@ -2,6 +2,7 @@
 #pragma once
 
 #include <zx3DQt/BGFXViewContext.h>
+#include <zx3DQt/DistanceFade.h>
 #include <zx3DQt/FrameStatistics.h>
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/zx3DQtExport.h>
@@ -107,10 +108,10 @@ public:
     /// another one. The id means this matrix until the frame is presented.
     ModelTransformCacheId SetModelTransform(QMatrix4x4 const& matrix);
 
-    /// What the frame being recorded consists of so far, or after it was presented the last one: from a call
     /// The current transform; the identity before the first was set.
     QMatrix4x4 GetModelTransform() const;
 
+    /// What the frame being recorded consists of so far, or after it was presented the last one: from a call
     /// of `StartFrame` to the next that finds a frame buffer with a size.
     FrameStatistics GetFrameStatistics() const;
 
@@ -144,6 +145,19 @@ public:
                    std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
                    std::optional<zx3D::LineStipplePattern> const& stipple = std::nullopt,
                    std::optional<BGFXRenderState> state = std::nullopt) const;
+
+    /// Draws segments that disappear with distance, as the first `DrawLines` otherwise. For their own state
+    /// they are blended by alpha, over what is there, and leave the depth as it is; the target's alpha grows
+    /// by theirs. A `state` that is given has to blend, too. Where a view's matrices cannot be inverted, the
+    /// lines do not fade; nor, with a warning, where bgfx has no uniforms left for it.
+    ///
+    /// In a view of the default mode they come after all opaque geometry. The first call in a run of the
+    /// context creates the programs.
+    void DrawFadingLines(BGFXViewContext const& view, zx3D::DataSpan<zx3D::Line const> lines,
+                         DistanceFade const& fade, std::optional<float> width = std::nullopt,
+                         std::optional<ModelTransformCacheId> modelTransform = std::nullopt,
+                         std::optional<zx3D::LineStipplePattern> const& stipple = std::nullopt,
+                         std::optional<BGFXRenderState> state = std::nullopt) const;
 
     /// Draws points. With a `size` of 2 or more they are squares of that many pixels whatever their distance,
     /// `STATE_OPAQUE` unless `state`, of triangles, is given; above 262,144 bgfx gets several draw calls.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <zx3DQt/CoordinateAxes.h>
+#include <zx3DQt/DistanceFade.h>
 #include <zx3DQt/zx3DQtExport.h>
 
 #include <zx3D/Line.h>
@@ -41,6 +42,10 @@ struct CoordinateGridFrameTickLabelStyle {
     /// Two significant digits: "50", "1e+02", "0.25".
     static QString DefaultTickLabelFunction(float value) { return QString::number(value, 'g', 2); }
 
+    /// A function for `tickLabelFunctions`: plain decimals, as many as tell multiples of the spacing apart:
+    /// "-1200", "0", "0.25". What is no multiple is rounded.
+    ZX3DQT_EXPORT static std::function<QString(float)> PlainTickLabelFunction(float spacing);
+
     /// True when the axis has labels.
     bool IsAxisEnabled(CoordinateAxisId axis) const { return enabledAxes.contains(axis); }
 
@@ -52,6 +57,12 @@ struct CoordinateGridFrameTickLabelStyle {
     /// `std::bad_function_call` when it is drawn.
     std::array<std::function<QString(float)>, 2> tickLabelFunctions{DefaultTickLabelFunction,
                                                                     DefaultTickLabelFunction};
+    /// Empty: all labels are drawn, over each other where there is not room for them. Otherwise as many as
+    /// fit with so many pixels between them, to the side or up and down: those of every line, or of every
+    /// second, fifth, tenth, twentieth and so on, counted from 0, as lines are apart there in the picture;
+    /// where labels of both edges meet, the one of the larger step. Labels without a text, or outside both
+    /// views' viewports, are left out.
+    std::optional<float> minimumGap;
 };
 
 /// What a grid looks like. A spacing must be given; by default it has dashed black lines and no numbers.
@@ -75,6 +86,9 @@ struct CoordinateGridStyle {
     /// `X`: the lines of constant x; `Y`: those of constant y.
     std::set<CoordinateAxisId> enabledAxes{defaultAxisIds.begin(), defaultAxisIds.end()};
     std::optional<CoordinateGridFrameTickLabelStyle> frameTickLabels; ///< empty: none
+    /// Empty: lines and labels look the same at every distance. Otherwise they disappear with it, as
+    /// `BGFXRenderer::DrawFadingLines` draws lines: blended, without depth of their own.
+    std::optional<DistanceFade> fade;
 };
 
 /// The rectangle and the margins around it, the lower sides moved to a multiple of the spacing first (rounded
@@ -96,7 +110,8 @@ ZX3DQT_EXPORT void DrawCoordinateGridLines(BGFXRenderer const& renderer, BGFXVie
 
 /// Draws the labels of all lines, those at 0 included, into `labelView`. `style` must have `frameTickLabels`;
 /// without them it throws `std::bad_optional_access`. `sceneView` places them: one world unit to the right of
-/// where the line crosses the edge, 0.1 units towards positive z, and there one font size upwards.
+/// where the line crosses the edge, 0.1 units towards positive z, and there one font size upwards. With a
+/// minimum gap, functions are asked for the labels that may have room only.
 ZX3DQT_EXPORT void DrawCoordinateGridFrameTickLabels(BGFXRenderer const& renderer,
                                                      BGFXViewContext const& sceneView,
                                                      BGFXViewContext const& labelView, QRectF const& rect,

@@ -13,6 +13,7 @@
 #include <zx3DQt/CapsReport.h>
 #include <zx3DQt/CoordinateAxes.h>
 #include <zx3DQt/CoordinateGrid.h>
+#include <zx3DQt/DistanceFade.h>
 #include <zx3DQt/FrameNotifier.h>
 #include <zx3DQt/FrameStatistics.h>
 #include <zx3DQt/Library.h>

@@ -20,6 +20,13 @@ using Vertex = zx3D::Vertex::Pos3fColorRGBA;
 /// As many as the vertices that 16-bit indices can address make.
 constexpr std::uint64_t kMaxLinesPerSubmission = 32768;
 
+/// Of fading lines. They leave the depth as it is: nothing hides behind what has faded. An opaque target
+/// stays opaque.
+constexpr BGFXRenderState kFadingState{
+    BGFX_STATE_WRITE_RGB | BGFX_STATE_WRITE_A | BGFX_STATE_DEPTH_TEST_LEQUAL |
+    BGFX_STATE_BLEND_FUNC_SEPARATE(BGFX_STATE_BLEND_SRC_ALPHA, BGFX_STATE_BLEND_INV_SRC_ALPHA,
+                                   BGFX_STATE_BLEND_ONE, BGFX_STATE_BLEND_INV_SRC_ALPHA)};
+
 /// Whole pixels, at least 1; not a number counts as 1.
 float RoundedWidth(std::optional<float> width) {
     float const rounded = std::round(width.value_or(1.0f));
@@ -92,11 +99,25 @@ void Drawing::DrawBasicLines(DrawCall const& call, Lines lines) {
         bgfx::setIndexBuffer(&indexBuffer);
         UpdateViewportUniform(call.view);
         UpdateLineStippleUniform(call.stipple);
+        UpdateFadeUniforms(call);
         SetTransform(call);
         bgfx::setState(call.state);
-        bgfx::submit(call.view, GetProgram(Program::StippledLine), 0, BGFX_DISCARD_ALL);
+        bgfx::submit(call.view, LineProgram(call, Program::StippledLine), 0, BGFX_DISCARD_ALL);
         m_counter.AddPrimitives(chunk.count, vertexBuffer.size + indexBuffer.size);
     }
+}
+
+void Drawing::DrawFadingLines(DrawCall call, Lines lines, std::uint16_t width, DistanceFade const& fade) {
+    std::optional<FadePlace> const place = ComputeFadePlace(call.view, fade);
+    bool const isWide = width > 1; // their vertices come in clip space
+    FadeUniforms const uniforms{place ? isWide ? place->fromClip : place->fromWorld : QMatrix4x4(),
+                                FadeRange(fade)};
+    if (place && m_initialized && m_lineFading.Start())
+        call.fade = &uniforms;
+    if (isWide)
+        DrawRectangleSprites(call, lines, width);
+    else
+        DrawBasicLines(call, lines);
 }
 
 void BGFXRenderer::DrawLines(BGFXViewContext const& view, zx3D::DataSpan<zx3D::Line const> lines,
@@ -113,6 +134,19 @@ void BGFXRenderer::DrawLines(BGFXViewContext const& view, zx3D::DataSpan<zx3D::L
     else
         m_drawing->DrawBasicLines(
             m_drawing->MakeCall(view, modelTransform, state.value_or(STATE_LINES), stipple), lines);
+}
+
+void BGFXRenderer::DrawFadingLines(BGFXViewContext const& view, zx3D::DataSpan<zx3D::Line const> lines,
+                                   DistanceFade const& fade, std::optional<float> width,
+                                   std::optional<ModelTransformCacheId> modelTransform,
+                                   std::optional<zx3D::LineStipplePattern> const& stipple,
+                                   std::optional<BGFXRenderState> state) const {
+    if (lines.IsEmpty())
+        return;
+    std::uint16_t const pixels = SpriteWidth(RoundedWidth(width));
+    BGFXRenderState const ownState = pixels > 1 ? kFadingState : kFadingState | BGFX_STATE_PT_LINES;
+    m_drawing->DrawFadingLines(m_drawing->MakeCall(view, modelTransform, state.value_or(ownState), stipple),
+                               lines, pixels, fade);
 }
 
 void BGFXRenderer::DrawLines(BGFXViewContext const& view, zx3D::DataSpan<QVector3D const> positions,

@@ -93,6 +93,7 @@ void Drawing::DestroyUniforms() {
             bgfx::destroy(uniform);
         uniform = BGFX_INVALID_HANDLE;
     }
+    m_lineFading = {};
 }
 
 bool Drawing::HasUniforms() const {
@@ -195,12 +196,12 @@ ModelTransformCacheId Drawing::SetModelTransform(QMatrix4x4 const& matrix) {
     return ModelTransformCacheId{m_modelTransformId};
 }
 
-QMatrix4x4 Drawing::ModelViewProjection(DrawCall const& call) const {
 QMatrix4x4 Drawing::ModelTransform(std::uint32_t id) const {
     auto const found = m_modelTransforms.find(id);
     return found != m_modelTransforms.end() ? found->second : QMatrix4x4();
 }
 
+QMatrix4x4 Drawing::ModelViewProjection(DrawCall const& call) const {
     return call.view.GetProjectionMatrix() * call.view.GetViewMatrix() * ModelTransform(call.transform);
 }
 

@@ -5,6 +5,7 @@
 #include "DrawCall.h"
 #include "FrameCounter.h"
 #include "FrameResources.h"
+#include "LineFading.h"
 #include "Programs.h"
 
 #include <zx3D/ContextListener.h>
@@ -41,8 +42,8 @@ public:
     void CleanUp();
     bool StartFrame(zx3D::FrameBuffer& frameBuffer);
     ModelTransformCacheId SetModelTransform(QMatrix4x4 const& matrix);
-
     QMatrix4x4 GetModelTransform() const { return ModelTransform(m_modelTransformId); }
+
     bgfx::ProgramHandle GetProgram(Program program) const { return m_programs[IndexOf(program)]; }
     bgfx::UniformHandle GetUniform(Uniform uniform) const { return m_uniforms[IndexOf(uniform)]; }
 
@@ -87,6 +88,9 @@ public:
                 stipple.value_or(zx3D::LineStipplePattern())};
     }
 
+    /// Lines of a width in whole pixels that fade; without fading where that cannot be.
+    void DrawFadingLines(DrawCall call, Lines lines, std::uint16_t width, DistanceFade const& fade);
+
     /// Inline where it is called: what one line costs would show every call in between.
     inline void DrawBasicLines(DrawCall const& call, Lines lines);
     void DrawBasicPoints(DrawCall const& call, Points points);
@@ -117,17 +121,26 @@ private:
         bgfx::setUniform(GetUniform(uniform), vec4, 1);
     }
     void SetTransform(DrawCall const& call) const { bgfx::setTransform(call.transform, 1); }
+    /// The matrix of an id; the identity where there is none.
+    QMatrix4x4 ModelTransform(std::uint32_t id) const;
     QMatrix4x4 ModelViewProjection(DrawCall const& call) const;
 
     /// Counts a call. False when it has no program: bgfx would draw with whatever it finds.
     bool Begin(bgfx::ProgramHandle program) {
-    /// The matrix of an id; the identity where there is none.
-    QMatrix4x4 ModelTransform(std::uint32_t id) const;
         m_counter.AddCall();
         if (bgfx::isValid(program))
             return true;
         m_counter.LeaveOut(LeftOutReason::NoProgram);
         return false;
+    }
+
+    /// The program that draws a call's lines.
+    bgfx::ProgramHandle LineProgram(DrawCall const& call, Program program) const {
+        return call.fade != nullptr ? m_lineFading.GetProgram(program) : GetProgram(program);
+    }
+    void UpdateFadeUniforms(DrawCall const& call) const {
+        if (call.fade != nullptr)
+            m_lineFading.SetUniforms(*call.fade);
     }
 
     bool HasUniforms() const;
@@ -164,6 +177,7 @@ private:
     // the programs are the factory's.
     std::array<bgfx::UniformHandle, IndexOf(Uniform::Count)> m_uniforms;
     std::array<bgfx::ProgramHandle, IndexOf(Program::Count)> m_programs;
+    LineFading m_lineFading;
     FrameCounter m_counter;
     zx3D::OncePerCause m_noUniforms;
     std::shared_ptr<BlockPool> m_pool = std::make_shared<BlockPool>();

@@ -108,9 +108,11 @@ void Drawing::SubmitSprites(DrawCall const& call, std::uint32_t count, std::uint
     bgfx::setState(call.state);
     bgfx::setVertexBuffer(0, vertices);
     UpdateSpriteUniforms<Kind>(call, count, size);
-    if constexpr (Kind::kIsStippled)
+    if constexpr (Kind::kIsStippled) {
         UpdateLineStippleUniform(call.stipple);
-    bgfx::submit(call.view, GetProgram(Kind::kProgram), 0, BGFX_DISCARD_ALL);
+        UpdateFadeUniforms(call);
+    }
+    bgfx::submit(call.view, LineProgram(call, Kind::kProgram), 0, BGFX_DISCARD_ALL);
     m_counter.AddPrimitives(count, bytes);
 }
 

@@ -12,6 +12,7 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -334,6 +335,29 @@ TEST_P(CoordinateGridTest, EverySpacingEndsAndTheNextFrameIsRight) {
     m_style.gridMargins = {1000.0f, 1000.0f};
     CheckColumnsAndRows(PlanCamera(0.0, 0.0, 5.0), {12, 32, 52, 72, 92, 132, 152, 172, 192, 212},
                         {0, 20, 40, 60, 100, 120, 140});
+}
+
+TEST_P(CoordinateGridTest, WithRoomForAllAGapChangesNothing) {
+    zx3DQt::CoordinateGridFrameTickLabelStyle labels;
+    labels.font = zx3D::LoadDefaultFont(10).value();
+    labels.color = QColor(90, 200, 255);
+    m_rect = QRectF(-5.0, -3.0, 10.0, 6.0);
+    m_style.gridSpacing = {2.0f, 2.0f};
+    m_style.gridMargins = {0.2f, 0.4f};
+    SoftwareCamera const camera{.place = {1.0, -6.0, -9.0}, .target = {0.1, 0.0, 0.0}, .halfHeight = 4.0};
+    auto const draw = [&](std::optional<float> gap) {
+        labels.minimumGap = gap;
+        m_style.frameTickLabels = labels;
+        StartFrame();
+        DrawCoordinateGrid(m_renderer, View(camera), View(camera, 1), m_rect, m_style);
+        return Present();
+    };
+    QImage const all = draw(std::nullopt);
+    EXPECT_TRUE(Matches(draw(0.0f), all, kExact));
+    QImage const few = draw(20.0f);
+    EXPECT_GT(CountDifferences(few, all), 20);
+    m_style.frameTickLabels.reset();
+    zx3D::DestroyFont(labels.font);
 }
 
 ZX3D_INSTANTIATE_BACKENDS(CoordinateGridTest);

@@ -25,8 +25,10 @@ constexpr Names kGraphicsPrograms[] = {
     {"vs_lighting", "fs_lighting"},
     {"vs_line_simple_dash", "fs_line_simple_dash"},
     {"vs_line_opengl_stipple", "fs_line_opengl_stipple"},
+    {"vs_line_fading", "fs_line_fading"},
     {"vs_point_sprite", "fs_point_sprite"},
     {"vs_rectangle_sprite", "fs_rectangle_sprite_opengl_stipple"},
+    {"vs_rectangle_sprite_fading", "fs_rectangle_sprite_fading"},
     {"vs_fullscreen_triangle", "fs_fullscreen_texture"},
     {"vs_text", "fs_text"},
 };

@@ -27,8 +27,10 @@ constexpr Program kPrograms[] = {
     {"vs_lighting", "fs_lighting"},
     {"vs_line_simple_dash", "fs_line_simple_dash"},
     {"vs_line_opengl_stipple", "fs_line_opengl_stipple"},
+    {"vs_line_fading", "fs_line_fading"},
     {"vs_point_sprite", "fs_point_sprite"},
     {"vs_rectangle_sprite", "fs_rectangle_sprite_opengl_stipple"},
+    {"vs_rectangle_sprite_fading", "fs_rectangle_sprite_fading"},
     {"vs_fullscreen_triangle", "fs_fullscreen_texture"},
     {"vs_text", "fs_text"},
 };
@@ -39,18 +41,22 @@ constexpr std::string_view kShaders[] = {
     "fs_basic",
     "fs_fullscreen_texture",
     "fs_lighting",
+    "fs_line_fading",
     "fs_line_opengl_stipple",
     "fs_line_simple_dash",
     "fs_point_sprite",
+    "fs_rectangle_sprite_fading",
     "fs_rectangle_sprite_opengl_stipple",
     "fs_text",
     "vs_basic",
     "vs_fullscreen_triangle",
     "vs_lighting",
+    "vs_line_fading",
     "vs_line_opengl_stipple",
     "vs_line_simple_dash",
     "vs_point_sprite",
     "vs_rectangle_sprite",
+    "vs_rectangle_sprite_fading",
     "vs_text",
 };
 
@@ -111,10 +117,12 @@ TEST(EmbeddedShadersTest, AttributesMatchTheVertexLayouts) {
     };
     EXPECT_THAT(attributes("vs_basic"), ElementsAre(0x01, 0x05));
     EXPECT_THAT(attributes("vs_lighting"), ElementsAre(0x01, 0x02, 0x05));
+    EXPECT_THAT(attributes("vs_line_fading"), ElementsAre(0x01, 0x05));
     EXPECT_THAT(attributes("vs_line_opengl_stipple"), ElementsAre(0x01, 0x05));
     EXPECT_THAT(attributes("vs_line_simple_dash"), ElementsAre(0x01, 0x05));
     EXPECT_THAT(attributes("vs_point_sprite"), ElementsAre(0x01, 0x05));
     EXPECT_THAT(attributes("vs_rectangle_sprite"), ElementsAre(0x10, 0x05, 0x11, 0x12));
+    EXPECT_THAT(attributes("vs_rectangle_sprite_fading"), ElementsAre(0x10, 0x05, 0x11, 0x12));
     EXPECT_THAT(attributes("vs_fullscreen_triangle"), IsEmpty());
     EXPECT_THAT(attributes("vs_text"), ElementsAre(0x01, 0x10, 0x05));
 }
@@ -135,6 +143,12 @@ TEST(EmbeddedShadersTest, ComputeShadersTakeTheirBuffersFromStages0And1) {
 
 TEST(EmbeddedShadersTest, UniformsAreThoseThatTheRendererSets) {
     EXPECT_THAT(UniformNames("fs_line_opengl_stipple"), testing::Contains("u_lineStipple"));
+    for (auto const name : {"fs_line_fading", "fs_rectangle_sprite_fading"}) {
+        EXPECT_THAT(UniformNames(name), testing::IsSupersetOf({"u_fadeRange", "u_lineStipple"}));
+    }
+    for (auto const name : {"vs_line_fading", "vs_rectangle_sprite_fading"}) {
+        EXPECT_THAT(UniformNames(name), testing::IsSupersetOf({"u_fadePlace", "u_viewport"}));
+    }
     EXPECT_THAT(UniformNames("fs_line_simple_dash"), testing::Contains("u_lineStyle"));
     EXPECT_THAT(UniformNames("vs_line_opengl_stipple"), testing::Contains("u_viewport"));
     EXPECT_THAT(UniformNames("cs_point_sprite"), testing::IsSupersetOf({"u_pointSprite", "u_viewport"}));

@@ -16,7 +16,7 @@ layout(location = 3) flat out vec3 v_anchor;
 uniform mat4 u_modelViewProj;
 uniform vec4 u_viewport;
 
-void main() {
+void WriteLineVertex() {
     gl_Position = u_modelViewProj * vec4(a_position, 1.0);
     gl_PointSize = 1.0;
 

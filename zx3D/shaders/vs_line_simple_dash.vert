@@ -1,3 +1,5 @@
 // Thin lines with dashes and gaps.
 
 #include "line_vertex.glsl"
+
+void main() { WriteLineVertex(); }

@@ -164,8 +164,12 @@ void DrawAxes(Frame& frame) {
     style.lineWidths[frame.random.Below(3)] = Number(frame.random);
     if (frame.random.OneIn(2))
         style.arrowHeads.emplace();
+    if (style.arrowHeads && frame.random.OneIn(2))
+        style.arrowHeads->light.emplace().ambient = Number(frame.random);
     if (frame.random.OneIn(2))
         style.labels.emplace().font = frame.font;
+    if (style.labels && frame.random.OneIn(2))
+        style.labels->placement = zx3DQt::CoordinateAxesLabelStyle::Placement::BeyondHeads;
     DrawCoordinateAxes(frame.renderer, frame.view, frame.view, Rect(frame.random), style);
 }
 
@@ -176,6 +180,12 @@ void DrawGrid(Frame& frame) {
     style.lineWidth = 3.0f * Number(frame.random);
     if (frame.random.OneIn(2))
         style.frameTickLabels.emplace().font = frame.font;
+    if (style.frameTickLabels && frame.random.OneIn(2))
+        style.frameTickLabels->minimumGap = Number(frame.random);
+    if (frame.random.OneIn(2))
+        style.fade.emplace(Number(frame.random), Number(frame.random));
+    if (style.fade && frame.random.OneIn(2))
+        style.fade->center = QPosition(frame.random);
     DrawCoordinateGrid(frame.renderer, frame.view, frame.view, Rect(frame.random), style);
 }
 
