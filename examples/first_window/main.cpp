@@ -36,6 +36,14 @@ void DrawFrame(zx3DQt::BGFXWindow& window, float seconds) {
     renderer.PresentCurrentAndSubmitNextFrame(false);
 }
 
+// Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
+std::uint32_t ChooseSampleCount(QStringList const& arguments) {
+    QString const asked = arguments.filter("--samples=").value(0).section('=', 1);
+    if (!asked.isEmpty())
+        return asked.toUInt();
+    return zx3DQt::HasGpu(*bgfx::getCaps()) ? 4 : 1;
+}
+
 int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
@@ -46,6 +54,8 @@ int main(int argc, char* argv[]) {
     {
         zx3DQt::BGFXWindow window; // goes before Shutdown
         window.setTitle("zx3DQt: first window");
+        window.SetSampleCount(ChooseSampleCount(application.arguments()));
+        window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(640, 480);
         window.show();
         QElapsedTimer clock;

@@ -167,6 +167,14 @@ zx3D::FontHandle LoadFont(QWindow const& window, double size) {
     return zx3D::LoadDefaultFont(pixelSize).value_or(zx3D::FontHandle());
 }
 
+// Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
+std::uint32_t ChooseSampleCount(QStringList const& arguments) {
+    QString const asked = arguments.filter("--samples=").value(0).section('=', 1);
+    if (!asked.isEmpty())
+        return asked.toUInt();
+    return zx3DQt::HasGpu(*bgfx::getCaps()) ? 4 : 1;
+}
+
 int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
@@ -177,6 +185,8 @@ int main(int argc, char* argv[]) {
     {
         zx3DQt::BGFXWindow window; // goes before Shutdown
         window.setTitle("zx3DQt: grid and axes");
+        window.SetSampleCount(ChooseSampleCount(application.arguments()));
+        window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(1100, 580);
         window.show();
         Fonts const fonts{LoadFont(window, 12), LoadFont(window, 15)};

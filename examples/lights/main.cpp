@@ -304,6 +304,14 @@ QGroupBox* MakeLampBox(LitView& view) {
     return box;
 }
 
+// Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
+std::uint32_t ChooseSampleCount(QStringList const& arguments) {
+    QString const asked = arguments.filter("--samples=").value(0).section('=', 1);
+    if (!asked.isEmpty())
+        return asked.toUInt();
+    return zx3DQt::HasGpu(*bgfx::getCaps()) ? 4 : 1;
+}
+
 int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
@@ -315,6 +323,8 @@ int main(int argc, char* argv[]) {
         QWidget window; // goes before Shutdown
         window.setWindowTitle("zx3DQt: lights");
         auto* const view = new LitView;
+        view->SetSampleCount(ChooseSampleCount(application.arguments()));
+        view->SetDepthFormat(bgfx::TextureFormat::D32F);
         auto* const panel = new QVBoxLayout;
         panel->addWidget(MakeMaterialBox("Sphere", *view, LitView::Sphere));
         panel->addWidget(MakeMaterialBox("Torus", *view, LitView::Torus));

@@ -341,6 +341,14 @@ void DrawFrame(zx3DQt::BGFXWindow& window, float seconds) {
     renderer.PresentCurrentAndSubmitNextFrame(false);
 }
 
+// Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
+std::uint32_t ChooseSampleCount(QStringList const& arguments) {
+    QString const asked = arguments.filter("--samples=").value(0).section('=', 1);
+    if (!asked.isEmpty())
+        return asked.toUInt();
+    return zx3DQt::HasGpu(*bgfx::getCaps()) ? 4 : 1;
+}
+
 int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
@@ -351,6 +359,8 @@ int main(int argc, char* argv[]) {
     {
         zx3DQt::BGFXWindow window; // goes before Shutdown
         window.setTitle("zx3DQt: lines and points");
+        window.SetSampleCount(ChooseSampleCount(application.arguments()));
+        window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(1100, 750);
         window.setMinimumSize(QSize(640, 480)); // below, large points and wide lines touch each other
         window.show();

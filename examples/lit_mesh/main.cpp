@@ -168,6 +168,14 @@ void DrawFrame(zx3DQt::BGFXWindow& window, std::vector<Piece> const& knot, Orbit
     renderer.PresentCurrentAndSubmitNextFrame(false);
 }
 
+// Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
+std::uint32_t ChooseSampleCount(QStringList const& arguments) {
+    QString const asked = arguments.filter("--samples=").value(0).section('=', 1);
+    if (!asked.isEmpty())
+        return asked.toUInt();
+    return zx3DQt::HasGpu(*bgfx::getCaps()) ? 4 : 1;
+}
+
 int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
@@ -180,6 +188,8 @@ int main(int argc, char* argv[]) {
         Orbit orbit;
         zx3DQt::BGFXWindow window; // goes before Shutdown
         window.setTitle("zx3DQt: lit mesh");
+        window.SetSampleCount(ChooseSampleCount(application.arguments()));
+        window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(800, 600);
         QObject::connect(&window, &zx3DQt::BGFXWindow::mouseClickedEvent,
                          [&](QMouseEvent* e) { orbit.Press(*e); });

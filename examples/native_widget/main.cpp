@@ -19,11 +19,13 @@ using namespace zarvex;
 class SurfaceView : public zx3DQt::BGFXNativeWidget {
 public:
     // Each view draws into a bgfx view of its own.
-    SurfaceView(bgfx::ViewId viewId, float azimuth, float elevation)
+    SurfaceView(bgfx::ViewId viewId, float azimuth, float elevation, std::uint32_t sampleCount)
         : m_viewId(viewId),
           m_azimuth(azimuth),
           m_elevation(elevation) {
         setMinimumSize(160, 120);
+        SetSampleCount(sampleCount);
+        SetDepthFormat(bgfx::TextureFormat::D32F);
     }
 
 protected:
@@ -104,6 +106,14 @@ private:
     QPointF m_pressedAt;
 };
 
+// Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
+std::uint32_t ChooseSampleCount(QStringList const& arguments) {
+    QString const asked = arguments.filter("--samples=").value(0).section('=', 1);
+    if (!asked.isEmpty())
+        return asked.toUInt();
+    return zx3DQt::HasGpu(*bgfx::getCaps()) ? 4 : 1;
+}
+
 int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
@@ -115,18 +125,19 @@ int main(int argc, char* argv[]) {
         QMainWindow window; // goes before Shutdown
         window.setWindowTitle("zx3DQt: native widget");
 
+        std::uint32_t const samples = ChooseSampleCount(application.arguments());
         auto* const splitter = new QSplitter;
-        splitter->addWidget(new SurfaceView(1, 30.0f, 30.0f));
+        splitter->addWidget(new SurfaceView(1, 30.0f, 30.0f, samples));
         auto* const tabs = new QTabWidget;
-        tabs->addTab(new SurfaceView(2, 0.0f, 89.0f), "Top");
-        tabs->addTab(new SurfaceView(3, 0.0f, 0.0f), "Front");
+        tabs->addTab(new SurfaceView(2, 0.0f, 89.0f, samples), "Top");
+        tabs->addTab(new SurfaceView(3, 0.0f, 0.0f, samples), "Front");
         tabs->addTab(new QPlainTextEdit("An ordinary widget."), "Notes");
         splitter->addWidget(tabs);
         splitter->setSizes({520, 380});
         window.setCentralWidget(splitter);
 
         auto* const dock = new QDockWidget("Side: drag it out, and back");
-        dock->setWidget(new SurfaceView(4, 90.0f, 12.0f));
+        dock->setWidget(new SurfaceView(4, 90.0f, 12.0f, samples));
         window.addDockWidget(Qt::BottomDockWidgetArea, dock);
         window.resizeDocks({dock}, {200}, Qt::Vertical);
 

@@ -78,6 +78,14 @@ void AddSlider(QVBoxLayout& layout, QString const& text, int lowest, int highest
     layout.addWidget(slider);
 }
 
+// Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
+std::uint32_t ChooseSampleCount(QStringList const& arguments) {
+    QString const asked = arguments.filter("--samples=").value(0).section('=', 1);
+    if (!asked.isEmpty())
+        return asked.toUInt();
+    return zx3DQt::HasGpu(*bgfx::getCaps()) ? 4 : 1;
+}
+
 int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
@@ -88,6 +96,8 @@ int main(int argc, char* argv[]) {
     {
         SpiralView view; // goes before Shutdown
         view.setWindowTitle("zx3DQt: off-screen widget");
+        view.SetSampleCount(ChooseSampleCount(application.arguments()));
+        view.SetDepthFormat(bgfx::TextureFormat::D32F);
         view.resize(640, 480);
 
         auto* const panel = new QWidget(&view);

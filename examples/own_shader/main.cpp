@@ -144,7 +144,7 @@ public:
         SetUniform(m_eye, QVector4D(eye, 1.0f));
         SetUniform(m_glow, QVector4D(0.35f, 0.65f, 0.95f, 3.0f));
         bgfx::setState(BGFX_STATE_WRITE_RGB | BGFX_STATE_WRITE_A | BGFX_STATE_WRITE_Z |
-                       BGFX_STATE_DEPTH_TEST_LESS);
+                       BGFX_STATE_DEPTH_TEST_LESS | BGFX_STATE_MSAA); // the last for smooth edges on OpenGL
         bgfx::submit(view.GetViewId(), *m_program);
         renderer.PresentCurrentAndSubmitNextFrame(false);
     }
@@ -167,6 +167,14 @@ private:
     Uniform m_glow{bgfx::createUniform("u_glow", bgfx::UniformType::Vec4)};
 };
 
+// Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
+std::uint32_t ChooseSampleCount(QStringList const& arguments) {
+    QString const asked = arguments.filter("--samples=").value(0).section('=', 1);
+    if (!asked.isEmpty())
+        return asked.toUInt();
+    return zx3DQt::HasGpu(*bgfx::getCaps()) ? 4 : 1;
+}
+
 int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
@@ -178,6 +186,8 @@ int main(int argc, char* argv[]) {
         Scene const scene;
         zx3DQt::BGFXWindow window; // both go before Shutdown
         window.setTitle("zx3DQt: own shader");
+        window.SetSampleCount(ChooseSampleCount(application.arguments()));
+        window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(800, 600);
         window.show();
         QElapsedTimer clock;

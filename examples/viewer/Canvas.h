@@ -49,17 +49,10 @@ struct Canvas {
     void DrawLabel(QPointF place, QString const& text, QColor const& color, float size,
                    Qt::Alignment alignment) const;
 
-    // The renderer's states, smooth at the edges: OpenGL must be asked for that in every draw call.
-    static constexpr zarvex::zx3DQt::BGFXRenderState kSolid{zarvex::zx3DQt::BGFXRenderer::STATE_OPAQUE |
-                                                            BGFX_STATE_MSAA};
-    static constexpr zarvex::zx3DQt::BGFXRenderState kSolidPoints{zarvex::zx3DQt::BGFXRenderer::STATE_POINTS |
-                                                                  BGFX_STATE_MSAA};
-    static constexpr zarvex::zx3DQt::BGFXRenderState kSolidLines{zarvex::zx3DQt::BGFXRenderer::STATE_LINES |
-                                                                 BGFX_STATE_MSAA};
+    static constexpr zarvex::zx3DQt::BGFXRenderState kSolid = zarvex::zx3DQt::BGFXRenderer::STATE_OPAQUE;
     /// Lets what is behind shine through; leaves the depth to the surfaces.
-    static constexpr zarvex::zx3DQt::BGFXRenderState kBlended{BGFX_STATE_WRITE_RGB | BGFX_STATE_WRITE_A |
-                                                              BGFX_STATE_DEPTH_TEST_LEQUAL |
-                                                              BGFX_STATE_BLEND_ALPHA | BGFX_STATE_MSAA};
+    static constexpr zarvex::zx3DQt::BGFXRenderState kBlended{
+        BGFX_STATE_WRITE_RGB | BGFX_STATE_WRITE_A | BGFX_STATE_DEPTH_TEST_LEQUAL | BGFX_STATE_BLEND_ALPHA};
 };
 
 } // namespace viewer

@@ -23,6 +23,8 @@ QCommandLineOption const kView("view", "Look from there: iso, front, back, left,
 QCommandLineOption const kParallel("parallel", "Parallel instead of perspective projection.");
 QCommandLineOption const kUp("up", "The axis that points up: y or z.", "AXIS");
 QCommandLineOption const kRenderer("renderer", "Draw with opengl or vulkan.", "NAME");
+QCommandLineOption const
+    kSamples("samples", "Smooth edges with 2, 4, 8 or 16 samples for each pixel, or not with 1.", "N");
 QCommandLineOption const kCaps("caps", "Print what the GPU can do, and quit.");
 QCommandLineOption const kFrames("frames", "Draw N frames, turning the scene, print their times, and quit.",
                                  "N");
@@ -87,7 +89,8 @@ void AddOptions(QCommandLineParser& parser) {
     parser.setApplicationDescription("Shows a mesh: OBJ, STL, PLY, glTF and many other formats.\n"
                                      "Without a file it shows what the library can draw.");
     parser.addPositionalArgument("FILE", "The mesh.", "[FILE]");
-    parser.addOptions({kScreenshot, kSize, kView, kParallel, kUp, kRenderer, kCaps, kFrames, kTimeout});
+    parser.addOptions(
+        {kScreenshot, kSize, kView, kParallel, kUp, kRenderer, kSamples, kCaps, kFrames, kTimeout});
     parser.addHelpOption();
     parser.addVersionOption();
 }
@@ -119,6 +122,9 @@ Options ReadOptions(QCommandLineParser const& parser) {
         options.renderer = Choose<bgfx::RendererType::Enum>(
             parser, kRenderer,
             {{"opengl", bgfx::RendererType::OpenGL}, {"vulkan", bgfx::RendererType::Vulkan}});
+    if (parser.isSet(kSamples))
+        options.samples =
+            Choose<std::uint32_t>(parser, kSamples, {{"1", 1}, {"2", 2}, {"4", 4}, {"8", 8}, {"16", 16}});
     options.showCapabilities = parser.isSet(kCaps);
     if (parser.isSet(kFrames))
         options.frames = ParseNumber(parser, kFrames);

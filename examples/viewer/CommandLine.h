@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
 #include <optional>
 #include <variant>
 
@@ -25,9 +26,10 @@ struct Options {
     bool parallel = false;    ///< projection
     std::optional<UpAxis> up; ///< instead of the file's
     std::optional<bgfx::RendererType::Enum> renderer;
-    bool showCapabilities = false; ///< print them and end
-    int timeout = 300;             ///< seconds that a mesh may take where nobody can cancel it
-    int frames = 0;                ///< draw as many, print how long they took, and end
+    std::optional<std::uint32_t> samples; ///< for each pixel
+    bool showCapabilities = false;        ///< print them and end
+    int timeout = 300;                    ///< seconds that a mesh may take where nobody can cancel it
+    int frames = 0;                       ///< draw as many, print how long they took, and end
 };
 
 /// What to print instead of going on.

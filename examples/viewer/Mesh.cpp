@@ -143,16 +143,16 @@ void Submit(Canvas const& canvas, bgfx::ViewId view, bgfx::VertexBufferHandle ve
                           static_cast<std::uint32_t>(vertexRange.count));
     bgfx::setIndexBuffer(indices, static_cast<std::uint32_t>(indexRange.first),
                          static_cast<std::uint32_t>(indexRange.count));
-    bgfx::setState(state);
+    bgfx::setState(state | BGFX_STATE_MSAA); // OpenGL smooths edges only where it is asked to
     bgfx::submit(view, canvas.renderer.GetLightingProgram());
 }
 
 std::uint64_t StateOf(Primitive primitive) {
     switch (primitive) {
     case Primitive::Points:
-        return Canvas::kSolidPoints;
+        return zx3DQt::BGFXRenderer::STATE_POINTS;
     case Primitive::Lines:
-        return Canvas::kSolidLines;
+        return zx3DQt::BGFXRenderer::STATE_LINES;
     case Primitive::Triangles:
         break;
     }
@@ -252,7 +252,7 @@ void Mesh::DrawNormals(Canvas const& canvas) {
         if (!chunk.normals)
             CreateNormals(chunk);
         bgfx::setVertexBuffer(0, chunk.normals.Get());
-        bgfx::setState(Canvas::kSolidLines);
+        bgfx::setState(zx3DQt::BGFXRenderer::STATE_LINES | BGFX_STATE_MSAA);
         bgfx::submit(canvas.onSurfaces, canvas.renderer.GetBasicProgram());
     }
 }

@@ -65,6 +65,12 @@ QString LoadMesh(QString const& path, std::chrono::seconds timeout, Scene& scene
     return failure;
 }
 
+void ApplyAppearance(Options const& options, Scene& scene) {
+    Appearance appearance = scene.GetAppearance();
+    appearance.sampleCount = options.samples;
+    scene.SetAppearance(appearance);
+}
+
 void ApplyView(Options const& options, Scene& scene) {
     OrbitCamera camera = scene.GetCamera();
     if (options.up)
@@ -106,6 +112,7 @@ ExitCode RunWithoutWindow(Options const& options) {
         if (!failure.isEmpty())
             return Fail(options.file + ": " + failure);
     }
+    ApplyAppearance(options, scene);
     ApplyView(options, scene);
     NativeSceneView view(scene);
     view.resize(options.size.value_or(kPictureSize));
@@ -129,6 +136,7 @@ ExitCode RunWindow(Options const& options) {
     });
     if (options.size)
         window.resize(*options.size);
+    ApplyAppearance(options, window.GetScene());
     ApplyView(options, window.GetScene());
     window.show();
     if (!options.file.isEmpty()) {

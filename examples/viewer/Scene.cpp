@@ -4,12 +4,15 @@
 #include "BoundingBox.h"
 #include "Ground.h"
 
+#include <zx3DQt/CapsReport.h>
+
 namespace viewer {
 
 namespace {
 
-constexpr int kMovementEnds = 200;  ///< after the last move, milliseconds
-constexpr double kSlowFrame = 50.0; // milliseconds
+constexpr int kMovementEnds = 200;   ///< after the last move, milliseconds
+constexpr double kSlowFrame = 50.0;  // milliseconds
+constexpr std::uint32_t kSmooth = 4; // samples for each pixel
 
 } // namespace
 
@@ -40,13 +43,21 @@ void Scene::MoveCamera(OrbitCamera const& camera) {
     SetCamera(camera);
 }
 
-bool Scene::SmoothsEdges() const {
+std::uint32_t Scene::GetSampleCount() const {
+    return m_appearance.sampleCount.value_or(zarvex::zx3DQt::HasGpu(*bgfx::getCaps()) ? kSmooth : 1);
+}
+
+std::uint32_t Scene::GetNextSampleCount() const {
     bool const isInAHurry = m_movement.isActive() && m_smoothFrameTime > kSlowFrame;
-    return m_appearance.smoothsEdges && !isInAHurry;
+    return isInAHurry ? 1 : GetSampleCount();
+}
+
+std::uint32_t Scene::GetPictureSampleCount() const {
+    return m_appearance.sampleCount.value_or(kSmooth); // there is time for one frame
 }
 
 void Scene::ReportFrame(double milliseconds) {
-    if (SmoothsEdges())
+    if (GetNextSampleCount() > 1)
         m_smoothFrameTime = milliseconds;
     emit FrameDrawn(milliseconds);
 }

@@ -9,7 +9,9 @@
 #include <QObject>
 #include <QTimer>
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace viewer {
 
@@ -20,7 +22,7 @@ struct Appearance {
     bool showsBox = true;
     bool showsAxes = true;
     bool showsNormals = false;
-    bool smoothsEdges = true;
+    std::optional<std::uint32_t> sampleCount; ///< for each pixel; absent: as many as cost little
 };
 
 /// A mesh or, without one, the built-in scene, with lights, fonts and the camera that all views share.
@@ -60,8 +62,12 @@ public:
 
     Fonts& GetFonts() { return m_fonts; }
 
-    /// Whether the frame that is drawn next is to have smooth edges.
-    bool SmoothsEdges() const;
+    /// Samples for each pixel of views at rest, of the frame that is drawn next, and of pictures.
+    /// @{
+    std::uint32_t GetSampleCount() const;
+    std::uint32_t GetNextSampleCount() const;
+    std::uint32_t GetPictureSampleCount() const;
+    /// @}
 
     /// Tells how long a view has taken for a frame, milliseconds.
     void ReportFrame(double milliseconds);

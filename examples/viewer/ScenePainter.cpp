@@ -19,7 +19,6 @@ enum ViewId : std::uint16_t {
     kSurfaces,
     kOnSurfaces,
     kAxes,
-    kPicture,
     kLabels,
     kAxesLabels,
 };
@@ -64,9 +63,7 @@ void DrawBackground(zx3DQt::BGFXRenderer const& renderer, zx3DQt::BGFXViewContex
     Vertex const corners[] = {Vertex({-1.0f, 1.0f, 0.5f}, kTop), Vertex({1.0f, 1.0f, 0.5f}, kTop),
                               Vertex({-1.0f, -1.0f, 0.5f}, kBottom), Vertex({1.0f, -1.0f, 0.5f}, kBottom)};
     std::uint16_t const indices[] = {0, 1, 2, 1, 3, 2};
-    renderer.DrawTriangles(
-        view, corners, indices, std::nullopt,
-        zx3DQt::BGFXRenderState{zx3DQt::BGFXRenderer::STATE_MARKER_OVERLAY | BGFX_STATE_MSAA});
+    renderer.DrawTriangles(view, corners, indices, std::nullopt, zx3DQt::BGFXRenderer::STATE_MARKER_OVERLAY);
 }
 
 /// The directions of the axes, in a corner: the library's axes without their negative halves.
@@ -110,13 +107,10 @@ void LookAtAxes(zx3DQt::BGFXViewContext& view, OrbitCamera const& camera) {
 
 /// All views of a frame.
 struct Views {
-    // Into textures with several samples a pixel.
     zx3DQt::BGFXViewContext background;
     zx3DQt::BGFXViewContext surfaces;
     zx3DQt::BGFXViewContext onSurfaces;
     zx3DQt::BGFXViewContext axes;
-    // Onto the target.
-    zx3DQt::BGFXViewContext picture;
     zx3DQt::BGFXViewContext labels;
     zx3DQt::BGFXViewContext axesLabels;
 };
@@ -129,7 +123,6 @@ Views MakeViews(Scene const& scene, QSize size, float pixelRatio) {
                 MakeCameraView(kSurfaces, all, scene, 0.0f),
                 MakeCameraView(kOnSurfaces, all, scene, kNearer),
                 MakeView(kAxes, corner),
-                MakeView(kPicture, all),
                 MakeCameraView(kLabels, all, scene, 0.0f),
                 MakeView(kAxesLabels, corner)};
     views.background.SetViewClearOptions(
@@ -140,27 +133,22 @@ Views MakeViews(Scene const& scene, QSize size, float pixelRatio) {
     return views;
 }
 
-void Submit(Views const& views, zx3D::FrameBuffer const& frameBuffer, bgfx::FrameBufferHandle textures) {
-    for (auto const view : {&Views::background, &Views::surfaces, &Views::onSurfaces, &Views::axes}) {
-        (views.*view).Submit(frameBuffer);
-        bgfx::setViewFrameBuffer(views.*view, textures);
-    }
-    for (auto const view : {&Views::picture, &Views::labels, &Views::axesLabels})
+void Submit(Views const& views, zx3D::FrameBuffer const& frameBuffer) {
+    for (auto const view : {&Views::background, &Views::surfaces, &Views::onSurfaces, &Views::axes,
+                            &Views::labels, &Views::axesLabels})
         (views.*view).Submit(frameBuffer);
 }
 
 } // namespace
 
-bool ScenePainter::Paint(Scene& scene, zx3DQt::BGFXRenderer& renderer, zx3D::FrameBuffer& frameBuffer,
-                         float pixelRatio) {
+bool PaintScene(Scene& scene, zx3DQt::BGFXRenderer& renderer, zx3D::FrameBuffer& frameBuffer,
+                float pixelRatio) {
     if (!renderer.StartFrame(frameBuffer))
         return false;
     QSize const size = SizeOf(frameBuffer);
-    if (!m_target.Resize(size, scene.SmoothsEdges()))
-        return false;
     scene.PrepareCamera(static_cast<float>(size.width()) / static_cast<float>(size.height()));
     Views const views = MakeViews(scene, size, pixelRatio);
-    Submit(views, frameBuffer, m_target.GetFrameBuffer());
+    Submit(views, frameBuffer);
 
     renderer.SetModelTransform(QMatrix4x4()); // transforms are those of one frame
     DrawBackground(renderer, views.background);
@@ -169,7 +157,6 @@ bool ScenePainter::Paint(Scene& scene, zx3DQt::BGFXRenderer& renderer, zx3D::Fra
     if (scene.GetAppearance().showsAxes)
         DrawAxes(renderer, views.axes, views.axesLabels, scene.GetFonts().Get(12.0f * pixelRatio),
                  pixelRatio);
-    renderer.DrawFullscreenTexture(views.picture, m_target.GetColors());
     return true;
 }
 

@@ -36,6 +36,7 @@ public:
           m_control(scene) {
         Target::setFocusPolicy(Qt::StrongFocus);
         Target::setMinimumSize(160, 120);
+        Target::SetDepthFormat(bgfx::TextureFormat::D32F);
         QObject::connect(&scene, &Scene::Changed, this, [this] { Target::update(); });
     }
 
@@ -43,6 +44,7 @@ public:
 
     QPixmap TakePicture(QSize size) override {
         m_pictureRatio = std::max(1.0f, static_cast<float>(size.height()) / kLinesOfAView);
+        Target::SetSampleCount(m_scene.GetPictureSampleCount());
         QPixmap const picture = Target::RenderPixmap(size.width(), size.height());
         m_pictureRatio.reset();
         return picture;
@@ -62,8 +64,10 @@ protected:
         QElapsedTimer clock;
         clock.start();
         auto const ratio = static_cast<float>(Target::GetPixelRatio());
-        if (!m_painter.Paint(m_scene, Target::GetRenderer(), Target::GetFrameBuffer(),
-                             m_pictureRatio.value_or(ratio)))
+        if (event != nullptr)
+            Target::SetSampleCount(m_scene.GetNextSampleCount());
+        if (!PaintScene(m_scene, Target::GetRenderer(), Target::GetFrameBuffer(),
+                        m_pictureRatio.value_or(ratio)))
             return;
         if (event == nullptr) // RenderPixmap takes the picture
             return;
@@ -86,7 +90,6 @@ private:
     }
 
     Scene& m_scene;
-    ScenePainter m_painter;
     CameraControl m_control;
     std::optional<float> m_pictureRatio; ///< while a picture is taken
 };

@@ -128,7 +128,17 @@ void ViewerWindow::CreateShowMenu() {
     AddSwitch(menu, "&Bounding box", Qt::Key_B, &Appearance::showsBox);
     AddSwitch(menu, "&Axes", Qt::Key_A, &Appearance::showsAxes);
     menu.addSeparator();
-    AddSwitch(menu, "S&mooth edges", Qt::Key_M, &Appearance::smoothsEdges);
+    QMenu& samples = *menu.addMenu("S&mooth edges");
+    m_sampleCounts = new QActionGroup(this);
+    for (std::uint32_t const count : {1, 2, 4, 8, 16}) {
+        QString const text = count == 1 ? QString("&Off") : QString("%1 samples for each pixel").arg(count);
+        AddChoice(*m_sampleCounts, text, {}, [this, count] {
+            Appearance appearance = m_scene.GetAppearance();
+            appearance.sampleCount = count;
+            m_scene.SetAppearance(appearance);
+        })->setData(count);
+    }
+    samples.addActions(m_sampleCounts->actions());
 
     m_toolBar->addSeparator();
     m_toolBar->addActions(styles->actions());

@@ -9,6 +9,7 @@
 #include <zx3DQt/CapsReport.h>
 
 #include <QAction>
+#include <QActionGroup>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -62,6 +63,7 @@ ViewerWindow::ViewerWindow() {
         m_frameTime->setText(QString("%1 ms").arg(milliseconds, 0, 'f', 1));
     });
     connect(&m_scene, &Scene::Changed, this, &ViewerWindow::ShowCamera);
+    connect(&m_scene, &Scene::Changed, this, &ViewerWindow::ShowSampleCount);
     ShowBuiltInScene();
 }
 
@@ -227,6 +229,11 @@ void ViewerWindow::ShowCamera() {
     OrbitCamera const& camera = m_scene.GetCamera();
     m_perspective->setChecked(camera.GetProjection() == Projection::Perspective);
     (camera.GetUpAxis() == UpAxis::Z ? m_zIsUp : m_yIsUp)->setChecked(true);
+}
+
+void ViewerWindow::ShowSampleCount() {
+    for (QAction* const action : m_sampleCounts->actions())
+        action->setChecked(action->data() == m_scene.GetSampleCount());
 }
 
 void ViewerWindow::SetProjection(Projection projection) {

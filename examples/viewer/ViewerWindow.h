@@ -61,7 +61,11 @@ private:
     void ShowCapabilities();
     void ShowHelp();
     void LookFrom(StandardView view);
-    void ShowCamera(); ///< in the menus
+    /// In the menus.
+    /// @{
+    void ShowCamera();
+    void ShowSampleCount();
+    /// @}
     void SetProjection(Projection projection);
     void SetUpAxis(UpAxis up);
 
@@ -84,6 +88,7 @@ private:
     QAction* m_perspective = nullptr;
     QAction* m_yIsUp = nullptr;
     QAction* m_zIsUp = nullptr;
+    QActionGroup* m_sampleCounts = nullptr;
     QToolBar* m_toolBar = nullptr;
 
     QProgressBar* m_progress = nullptr;

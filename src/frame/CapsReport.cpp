@@ -170,6 +170,15 @@ void WriteFormats(QTextStream& stream, bgfx::Caps const& caps) {
 
 } // namespace
 
+bool HasGpu(bgfx::Caps const& caps) {
+    if (caps.vendorId == BGFX_PCI_ID_NONE || caps.vendorId == BGFX_PCI_ID_SOFTWARE_RASTERIZER)
+        return false;
+    // In the list, which OpenGL does not have, what runs on the processor has another maker than here.
+    auto const* const end = caps.gpu + GpuCount(caps);
+    return caps.numGPUs == 0 ||
+           std::any_of(caps.gpu, end, [&caps](bgfx::Caps::GPU const& gpu) { return IsActive(caps, gpu); });
+}
+
 QJsonObject ToJson(bgfx::Caps const& caps) {
     QJsonObject object;
     object.insert("rendererType", static_cast<int>(caps.rendererType));

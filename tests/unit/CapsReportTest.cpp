@@ -253,3 +253,23 @@ TEST(CapsReportTest, WithoutFormatsTheListIsEmpty) {
     EXPECT_TRUE(ToJson(caps)["formats"].toObject().isEmpty());
     EXPECT_TRUE(ToString(caps).endsWith("Texture Format Support:\n"));
 }
+
+TEST(CapsReportTest, AGpuIsOneOfAMakerThatBgfxKnows) {
+    bgfx::Caps caps = SampleCaps();
+    EXPECT_TRUE(HasGpu(caps));
+    caps.numGPUs = 0; // as on OpenGL
+    EXPECT_TRUE(HasGpu(caps));
+    for (std::uint16_t const none : {BGFX_PCI_ID_NONE, BGFX_PCI_ID_SOFTWARE_RASTERIZER}) {
+        caps.vendorId = none;
+        EXPECT_FALSE(HasGpu(caps));
+    }
+}
+
+TEST(CapsReportTest, AVulkanDriverThatDrawsOnTheProcessorIsNoGpu) {
+    bgfx::Caps caps = SampleCaps();
+    caps.numGPUs = 1;
+    caps.vendorId = 5; // the lower half of what Mesa's has
+    caps.deviceId = 0;
+    caps.gpu[0] = {BGFX_PCI_ID_SOFTWARE_RASTERIZER, 0};
+    EXPECT_FALSE(HasGpu(caps));
+}

@@ -25,21 +25,22 @@ TEST(CommandLineTest, WithoutArgumentsTheBuiltInSceneIsShownInAWindow) {
     EXPECT_TRUE(options.file.isEmpty());
     EXPECT_TRUE(options.screenshot.isEmpty());
     EXPECT_EQ(options.view, StandardView::Iso);
-    EXPECT_FALSE(options.size || options.renderer || options.up || options.parallel ||
+    EXPECT_FALSE(options.size || options.renderer || options.samples || options.up || options.parallel ||
                  options.showCapabilities);
     EXPECT_EQ(options.frames, 0);
     EXPECT_EQ(options.timeout, 300);
 }
 
 TEST(CommandLineTest, EveryOptionIsUnderstood) {
-    Options const options =
-        ParseOptions({"--screenshot", "out.png", "--size=640x480", "--view", "top", "--renderer", "Vulkan",
-                      "--parallel", "--up", "y", "--caps", "--frames", "12", "--timeout", "20", "mesh.obj"});
+    Options const options = ParseOptions({"--screenshot", "out.png", "--size=640x480", "--view", "top",
+                                          "--renderer", "Vulkan", "--samples", "8", "--parallel", "--up", "y",
+                                          "--caps", "--frames", "12", "--timeout", "20", "mesh.obj"});
     EXPECT_EQ(options.file, "mesh.obj");
     EXPECT_EQ(options.screenshot, "out.png");
     EXPECT_EQ(options.size, QSize(640, 480));
     EXPECT_EQ(options.view, StandardView::Top);
     EXPECT_EQ(options.renderer, bgfx::RendererType::Vulkan);
+    EXPECT_EQ(options.samples, 8u);
     EXPECT_EQ(options.up, UpAxis::Y);
     EXPECT_TRUE(options.parallel);
     EXPECT_TRUE(options.showCapabilities);
@@ -57,7 +58,7 @@ TEST(CommandLineTest, HelpNamesEveryOptionAndIsNoError) {
     auto const& message = std::get<Message>(parsed);
     EXPECT_EQ(message.exitCode, kSuccess);
     for (char const* option : {"--screenshot", "--size", "--view", "--renderer", "--caps", "--frames",
-                               "--help", "--parallel", "--up", "--timeout", "FILE"})
+                               "--help", "--parallel", "--up", "--timeout", "--samples", "FILE"})
         EXPECT_TRUE(message.text.contains(option)) << option;
 }
 
@@ -72,6 +73,8 @@ TEST(CommandLineTest, MisuseIsAnsweredWithWhatIsWrongAndAnExitCodeOfItsOwn) {
         {{"--view", "behind"}, "behind"},
         {{"--renderer", "metal"}, "metal"},
         {{"--up", "x"}, "\"x\""},
+        {{"--samples", "3"}, "\"3\""},
+        {{"--samples", "many"}, "many"},
         {{"--frames", "0"}, "\"0\""},
         {{"--frames", "many"}, "many"},
         {{"--frames", "99999999999"}, "99999999999"},
