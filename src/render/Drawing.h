@@ -75,10 +75,11 @@ public:
         SetVec4(Uniform::DepthOffsetBias, offset, bias);
     }
 
-    /// The state with what a view of several samples needs: OpenGL smooths the edges of those draws only that
-    /// ask for it.
+    /// The state with what the view's frame buffer needs. Several samples: OpenGL smooths the edges of those
+    /// draws only that ask for it. Alpha: it is blended otherwise than the colours.
     static BGFXRenderState ForView(bgfx::ViewId view, BGFXRenderState state) {
-        return zx3D::FrameBuffer::IsMultisampled(view) ? state | BGFX_STATE_MSAA : state;
+        BGFXRenderState const blended(zx3D::FrameBuffer::BlendedState(view, state.GetValue()));
+        return zx3D::FrameBuffer::IsMultisampled(view) ? blended | BGFX_STATE_MSAA : blended;
     }
 
     /// A call whose absent arguments have the renderer's and the operation's own values.

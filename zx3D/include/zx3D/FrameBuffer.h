@@ -19,6 +19,11 @@ struct FrameBufferOptions {
     /// `D16`, `D24S8`, `D32F` or another format of bgfx's for depth; `bgfx::TextureFormat::Count` means that
     /// there is no depth, though a window's surface of one sample may have it nonetheless.
     bgfx::TextureFormat::Enum depthFormat = bgfx::TextureFormat::D16;
+    /// For pictures that are laid over others: over a ground that was cleared to 0x00000000, what is blended
+    /// by its alpha leaves colours that are multiplied by their alpha, and that alpha. Otherwise blending
+    /// multiplies the alpha by itself, too, as bgfx has it, and leaves holes in it; the colours are the same.
+    /// Draw with the renderer of zx3DQt, or what blends with `BlendedState`.
+    bool blendsAlpha = false;
 
     friend bool operator==(FrameBufferOptions const&, FrameBufferOptions const&) = default; ///< in each
 };
@@ -112,6 +117,20 @@ public:
 
     /// Whether the view was last bound, this way, to a bgfx object of several samples.
     static bool IsMultisampled(bgfx::ViewId view);
+
+    /// Whether the view was last bound, this way, to a bgfx object that blends alpha.
+    static bool BlendsAlpha(bgfx::ViewId view);
+
+    /// The state to draw with in the view: where that blends alpha, `BGFX_STATE_BLEND_ALPHA` becomes the
+    /// same blending of colours with another one of alpha. What else there is in `state` stays.
+    static std::uint64_t BlendedState(bgfx::ViewId view, std::uint64_t state) {
+        constexpr std::uint64_t mask = BGFX_STATE_BLEND_MASK | BGFX_STATE_BLEND_EQUATION_MASK;
+        constexpr std::uint64_t withAlpha =
+            BGFX_STATE_BLEND_FUNC_SEPARATE(BGFX_STATE_BLEND_SRC_ALPHA, BGFX_STATE_BLEND_INV_SRC_ALPHA,
+                                           BGFX_STATE_BLEND_ONE, BGFX_STATE_BLEND_INV_SRC_ALPHA);
+        bool const isBlended = (state & mask) == BGFX_STATE_BLEND_ALPHA;
+        return isBlended && BlendsAlpha(view) ? (state & ~mask) | withAlpha : state;
+    }
 
     /// The native window is about to go, and drawing may go on: what is drawn from here on is shown nowhere,
     /// also by a bgfx object that is created later. Does nothing for an unattached frame buffer. Quicker than

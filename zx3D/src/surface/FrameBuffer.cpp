@@ -66,6 +66,10 @@ bool FrameBuffer::IsMultisampled(bgfx::ViewId view) {
     return SurfaceRegistry::Get().IsMultisampled(view);
 }
 
+bool FrameBuffer::BlendsAlpha(bgfx::ViewId view) {
+    return SurfaceRegistry::Get().BlendsAlpha(view);
+}
+
 void FrameBuffer::LeaveWindow() {
     m_surface->LeaveWindow();
 }

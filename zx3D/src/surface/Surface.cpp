@@ -125,7 +125,7 @@ void Surface::Renew() {
 }
 
 void Surface::BindToView(bgfx::ViewId view) const {
-    SurfaceRegistry::Get().BindView(view, GetHandle(), GetSampleCount() > 1);
+    SurfaceRegistry::Get().BindView(view, GetHandle(), HasObject() ? m_possible : FrameBufferOptions{});
 }
 
 void Surface::Destroy() {
@@ -275,7 +275,7 @@ void Surface::RecordResolve() const {
     SurfaceRegistry& registry = SurfaceRegistry::Get();
     bgfx::ViewId const view = registry.TakeResolveView(*this);
     bgfx::resetView(view);
-    registry.BindView(view, m_resolved.Get(), false);
+    registry.BindView(view, m_resolved.Get(), {});
     if (!IsAttached()) {
         bgfx::setViewRect(view, 0, 0, 1, 1);
         bgfx::touch(view);
@@ -316,7 +316,8 @@ Owned<bgfx::FrameBufferHandle> Surface::CreateOnWindow(bgfx::TextureFormat::Enum
 
 Owned<bgfx::FrameBufferHandle> Surface::CreateOnTextures() const {
     auto const [width, height] = m_requested;
-    auto const [sampleCount, depthFormat] = m_possible;
+    std::uint32_t const sampleCount = m_possible.sampleCount;
+    bgfx::TextureFormat::Enum const depthFormat = m_possible.depthFormat;
     bool const hasDepth = depthFormat != bgfx::TextureFormat::Count;
     std::uint64_t const colorFlags = SampleFlags(sampleCount) | BGFX_SAMPLER_U_CLAMP | BGFX_SAMPLER_V_CLAMP;
     std::uint64_t const depthFlags =

@@ -36,6 +36,7 @@ void SurfaceRegistry::OnContextStopping() {
     m_orphans.clear();
     m_boundViews.clear();
     m_multisampledViews.reset();
+    m_alphaViews.reset();
     m_resolveViews.clear();
 }
 
@@ -86,10 +87,10 @@ bgfx::ViewId SurfaceRegistry::TakeResolveView(Surface const& surface) {
     return view;
 }
 
-void SurfaceRegistry::BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle, bool isMultisampled) {
+void SurfaceRegistry::BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle,
+                               FrameBufferOptions const& options) {
     bgfx::setViewFrameBuffer(view, handle);
-    if (view < m_multisampledViews.size())
-        m_multisampledViews[view] = isMultisampled;
+    NoteOptions(view, options);
     if (bgfx::isValid(handle))
         m_boundViews.insert_or_assign(view, handle);
     else
@@ -102,10 +103,16 @@ void SurfaceRegistry::UnbindViews(bgfx::FrameBufferHandle handle) {
         if (itsHandle.idx != handle.idx)
             return false;
         bgfx::setViewFrameBuffer(view, BGFX_INVALID_HANDLE);
-        if (view < m_multisampledViews.size())
-            m_multisampledViews[view] = false;
+        NoteOptions(view, {});
         return true;
     });
+}
+
+void SurfaceRegistry::NoteOptions(bgfx::ViewId view, FrameBufferOptions const& options) {
+    if (view >= Views().size())
+        return;
+    m_multisampledViews[view] = options.sampleCount > 1;
+    m_alphaViews[view] = options.blendsAlpha;
 }
 
 void SurfaceRegistry::Adopt(std::unique_ptr<Surface> surface) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <zx3D/ContextListener.h>
+#include <zx3D/FrameBuffer.h>
 
 #include <bgfx/bgfx.h>
 
@@ -26,12 +27,11 @@ public:
     void Add(Surface& surface);
     void Remove(Surface& surface);
 
-    /// Has a view draw into a frame buffer of bgfx's, which may be invalid.
-    void BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle, bool isMultisampled);
+    /// Has a view draw into a frame buffer of bgfx's, which may be invalid and has these options.
+    void BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle, FrameBufferOptions const& options);
 
-    bool IsMultisampled(bgfx::ViewId view) const {
-        return view < m_multisampledViews.size() && m_multisampledViews[view];
-    }
+    bool IsMultisampled(bgfx::ViewId view) const { return IsIn(m_multisampledViews, view); }
+    bool BlendsAlpha(bgfx::ViewId view) const { return IsIn(m_alphaViews, view); }
 
     /// The view in which a surface's samples are resolved in the frame that is being recorded. No other
     /// surface has it in this frame.
@@ -55,8 +55,13 @@ public:
     void FreeDeadOrphans();
 
 private:
+    using Views = std::bitset<1024>; ///< bgfx has no more
+
     SurfaceRegistry() = default;
     ~SurfaceRegistry() = default;
+
+    static bool IsIn(Views const& views, bgfx::ViewId view) { return view < views.size() && views[view]; }
+    void NoteOptions(bgfx::ViewId view, FrameBufferOptions const& options);
 
     /// Destroys the bgfx objects that are left.
     void OnContextStopping() override;
@@ -66,7 +71,8 @@ private:
     std::vector<Surface*> m_withObject;
     std::vector<std::unique_ptr<Surface>> m_orphans;
     std::map<bgfx::ViewId, bgfx::FrameBufferHandle> m_boundViews;
-    std::bitset<1024> m_multisampledViews; ///< beside them: every draw call asks. bgfx has no more views
+    Views m_multisampledViews;                             ///< beside them: every draw call asks
+    Views m_alphaViews;                                    ///< likewise, what is drawn blended
     std::map<Surface const*, bgfx::ViewId> m_resolveViews; ///< of one frame
     std::uint32_t m_resolveFrame = 0;                      ///< its number
 };
