@@ -4,6 +4,7 @@
 #include <zx3DQt/BGFXWindow.h>
 #include <zx3DQt/zx3DQtExport.h>
 
+#include <QImage>
 #include <QPixmap>
 #include <QWidget>
 
@@ -24,7 +25,7 @@ class ReportedSize;
 ///         if (!GetRenderer().StartFrame(GetFrameBuffer()))
 ///             return;
 ///         // submit view contexts over GetViewport(), draw
-///         if (event) // not while RenderPixmap takes a picture
+///         if (event) // not while a picture is taken
 ///             GetRenderer().PresentCurrentAndSubmitNextFrame(false);
 ///     }
 ///
@@ -38,7 +39,7 @@ class ReportedSize;
 ///
 /// Paints: while a frame is in flight (`zx3D::Context::IsFrameInFlight`), what `update()` or the window
 /// system asks for is put off until it is finished, so that presenting does not wait for it; any number of
-/// requests is one paint. `repaint`, `grab`, `render` and `RenderPixmap` paint at once.
+/// requests is one paint. `repaint`, `grab`, `render`, `RenderPixmap` and `RenderPicture` paint at once.
 ///
 /// Input: mouse, key and wheel events over the embedded window arrive at the widget's own handlers, in widget
 /// coordinates; a right click asks for a context menu, too. The keyboard focus is the widget's: a click takes
@@ -56,14 +57,14 @@ public:
     BGFXRenderer const& GetRenderer() const { return m_window->GetRenderer(); }
     /// @}
 
-    /// The frame buffer on the embedded window; in `RenderPixmap` that of the picture.
+    /// The frame buffer on the embedded window; while a picture is drawn, that of the picture.
     /// @{
     zx3D::FrameBuffer& GetFrameBuffer() { return m_window->GetFrameBuffer(); }
     zx3D::FrameBuffer const& GetFrameBuffer() const { return m_window->GetFrameBuffer(); }
     /// @}
 
-    /// In `paintEvent` the area to draw, physical pixels: all of the widget, or of the picture that
-    /// `RenderPixmap` takes. After it, the part that Qt asked for.
+    /// In `paintEvent` the area to draw, physical pixels: all of the widget, or of the picture that is taken.
+    /// After it, the part that Qt asked for.
     /// @{
     QRect& GetViewport() { return m_window->GetViewport(); }
     QRect const& GetViewport() const { return m_window->GetViewport(); }
@@ -99,6 +100,15 @@ public:
     /// up meanwhile.
     QPixmap RenderPixmap(int width, int height);
 
+    /// A picture of the scene, upright, of any size that the GPU's textures can have, at a pixel ratio of its
+    /// own, which `GetPixelRatio()` follows meanwhile. Calls `paintEvent(nullptr)` once, with frame buffer
+    /// and viewport of that size; present nothing there. Blocks until bgfx has drawn it.
+    ///
+    /// The widget need not be shown, and shows what it showed; call it between frames. Null, with a warning:
+    /// when a side or the ratio is out of range, before `Init` and after `Shutdown`, where bgfx cannot blit
+    /// or read back, in `paintEvent(nullptr)` itself, and when the GPU or the memory refuses what it takes.
+    QImage RenderPicture(PictureOptions const& options);
+
     /// Qt's handlers. An override calls the one it overrides.
     /// @{
     bool event(QEvent* event) override;
@@ -122,7 +132,8 @@ protected:
     explicit BGFXNativeWidget(QWidget* parent = nullptr, Qt::WindowFlags flags = {});
     ~BGFXNativeWidget() override;
 
-    /// Physical pixels per device-independent pixel on the widget's screen, at least 1.
+    /// Physical pixels per device-independent pixel on the widget's screen, at least 1; while `RenderPicture`
+    /// has a picture drawn, the picture's.
     double GetPixelRatio() const;
 
     /// Follows the embedded window: its size, its surface, its focus and its paint events.

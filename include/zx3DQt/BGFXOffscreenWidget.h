@@ -2,6 +2,7 @@
 #pragma once
 
 #include <zx3DQt/BGFXRenderer.h>
+#include <zx3DQt/PictureOptions.h>
 #include <zx3DQt/zx3DQtExport.h>
 
 #include <zx3D/Context.h>
@@ -24,6 +25,7 @@
 
 namespace zarvex::zx3DQt {
 
+struct DrawTarget;
 class FrameRequest;
 
 /// A QWidget that is an ordinary widget to Qt: other widgets may lie over it, it may be transparent to
@@ -38,7 +40,7 @@ class FrameRequest;
 ///         if (!GetRenderer().StartFrame(GetFrameBuffer()))
 ///             return;
 ///         // submit view contexts over GetViewport(), draw
-///         if (event) // not while RenderPixmap takes a picture
+///         if (event) // not while a picture is taken
 ///             Flush();
 ///     }
 ///
@@ -72,7 +74,7 @@ public:
     BGFXRenderer const& GetRenderer() const { return m_renderer; }
     /// @}
 
-    /// The frame buffer without a window; in `RenderPixmap` that of the picture.
+    /// The frame buffer without a window; while a picture is drawn, that of the picture.
     /// @{
     zx3D::FrameBuffer& GetFrameBuffer() { return m_frameBuffer; }
     zx3D::FrameBuffer const& GetFrameBuffer() const { return m_frameBuffer; }
@@ -120,6 +122,15 @@ public:
     /// Only the size of `rect` counts.
     QPixmap RenderPixmap(QRect rect) { return RenderPixmap(rect.size()); }
 
+    /// A picture of the scene, upright, of any size that the GPU's textures can have, at a pixel ratio of its
+    /// own, which `GetPixelRatio()` follows meanwhile. Calls `paintEvent(nullptr)` once, with frame buffer
+    /// and viewport of that size. Blocks until bgfx has drawn it.
+    ///
+    /// The widget need not be shown, and shows what it showed; call it between frames. Null, with a warning:
+    /// when a side or the ratio is out of range, after `Shutdown`, in `paintEvent(nullptr)` itself, and when
+    /// the GPU or the memory refuses what it takes.
+    QImage RenderPicture(PictureOptions const& options);
+
 protected:
     /// A widget without a frame buffer object yet: the first frame creates it.
     explicit BGFXOffscreenWidget(QWidget* parent = nullptr, Qt::WindowFlags flags = {});
@@ -130,7 +141,8 @@ protected:
     /// there is no memory for it.
     std::optional<QImage> GrabFrameBuffer();
 
-    /// Physical pixels per device-independent pixel on the widget's screen, at least 1.
+    /// Physical pixels per device-independent pixel on the widget's screen, at least 1; while `RenderPicture`
+    /// has a picture drawn, the picture's.
     double GetPixelRatio() const;
 
     /// Qt's handlers. An override calls the one it overrides.
@@ -156,11 +168,13 @@ private:
     void PaintBackgroundWhereNothingIsDrawn();
     bool HasRequestedSize() const;
     std::optional<QImage> ReadFrameBuffer();
+    DrawTarget GetDrawTarget();
 
     BGFXRenderer m_renderer{nullptr};
     zx3D::FrameBufferOptions m_options; ///< of the frame buffers that are made for the widget
     zx3D::FrameBuffer m_frameBuffer;
     QRect m_viewport;
+    std::optional<double> m_pictureRatio; ///< of the picture that `RenderPicture` has drawn
     zx3D::Owned<bgfx::TextureHandle> m_readBackTexture;
     bool m_initialized = false;
     QSize m_readBackSize; ///< of that texture, pixels

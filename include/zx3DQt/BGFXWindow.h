@@ -2,6 +2,7 @@
 #pragma once
 
 #include <zx3DQt/BGFXRenderer.h>
+#include <zx3DQt/PictureOptions.h>
 #include <zx3DQt/UpdateEvents.h>
 #include <zx3DQt/zx3DQtExport.h>
 
@@ -9,6 +10,7 @@
 
 #include <bgfx/bgfx.h>
 
+#include <QImage>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QRect>
@@ -16,10 +18,13 @@
 #include <QWindow>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 
 namespace zarvex::zx3DQt {
 
+struct DrawTarget;
 class HeldEvents;
 
 /// A QWindow that owns a renderer, a frame buffer on its native surface, and a viewport.
@@ -88,6 +93,19 @@ public:
     bgfx::TextureFormat::Enum GetDepthFormat() const { return m_options.depthFormat; }
     /// @}
 
+    /// Physical pixels per device-independent pixel, at least 1; while a picture is drawn, the picture's.
+    double GetPixelRatio() const;
+
+    /// A picture, upright, of any size that the GPU's textures can have. Calls `draw` once with its pixel
+    /// ratio, while frame buffer and viewport are the picture's: start a frame and draw as for the screen, in
+    /// views up to 253, and present nothing. Blocks until bgfx has drawn it.
+    ///
+    /// The window need not be shown, and shows what it showed; call it between frames. Null, with a warning:
+    /// when a side or the ratio is out of range, before `Init` and after `Shutdown`, where bgfx cannot blit
+    /// or read back, in `draw` itself, and when the GPU or the memory refuses what it takes. What `draw`
+    /// throws comes through, and the window is as before.
+    QImage RenderPicture(PictureOptions const& options, std::function<void(double pixelRatio)> const& draw);
+
     /// Qt's handlers. An override calls the one it overrides.
     /// @{
     bool event(QEvent* event) override;
@@ -121,12 +139,14 @@ private:
     void InitializeFrameBufferOnce();
     void UpdateFrameBufferSize();
     void LeaveOwnSurface();
+    DrawTarget GetDrawTarget();
     void LogGeometry(char const* prefix) const;
 
     BGFXRenderer m_renderer;
     zx3D::FrameBufferOptions m_options; ///< of the frame buffers that are made for the window
     zx3D::FrameBuffer m_frameBuffer;
     QRect m_viewport;
+    std::optional<double> m_pictureRatio; ///< of the picture that is being drawn
     bool m_initialized = false;
     std::unique_ptr<HeldEvents> m_heldEvents; ///< null inside of a widget, which puts its paints off itself
 

@@ -17,6 +17,7 @@
 #include <zx3DQt/FrameNotifier.h>
 #include <zx3DQt/FrameStatistics.h>
 #include <zx3DQt/Library.h>
+#include <zx3DQt/PictureOptions.h>
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/Shapes.h>
 #include <zx3DQt/UpdateEvents.h>

@@ -1,8 +1,6 @@
 // The embedded window, how the widget follows it, and pictures of it.
 #include <zx3DQt/BGFXNativeWidget.h>
 
-#include <zx3D/Owned.h>
-
 #include "Capture.h"
 #include "FollowSize.h"
 #include "FrameRequest.h"
@@ -10,6 +8,7 @@
 #include "PaintTurn.h"
 #include "ReportedSize.h"
 #include "SurfaceFormats.h"
+#include "TakePicture.h"
 #include "TargetLog.h"
 
 #include <QApplication>
@@ -19,6 +18,8 @@
 #include <QScopeGuard>
 #include <QScopedValueRollback>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace zarvex::zx3DQt {
 
@@ -288,45 +289,26 @@ void BGFXNativeWidget::SetDepthFormat(bgfx::TextureFormat::Enum format) {
 }
 
 double BGFXNativeWidget::GetPixelRatio() const {
-    return PixelRatioOf(*this);
+    return m_window->m_pictureRatio.value_or(PixelRatioOf(*this));
 }
 
 QPixmap BGFXNativeWidget::RenderPixmap(int width, int height) {
     QSize const size(width, height);
-    if (!Capture::IsSupported() || !Capture::IsPossible(size))
+    DrawTarget const target = m_window->GetDrawTarget();
+    if (!Capture::IsSupported() || !Capture::IsPossible(size) || !CanDrawPicture(target))
         return {};
-    QRect const savedViewport = GetViewport();
-    zx3D::FrameBuffer const savedFrameBuffer = GetFrameBuffer();
-
-    zx3D::FrameBufferOptions const savedOptions = m_window->m_options;
-    zx3D::FrameBuffer target(nullptr, kOffscreenColorFormat, savedOptions);
     GetFrameBuffer().DestroyKeepingPicture();
-    RequestResize(target, size);
-    SetFrameBuffer(target);
-    GetFrameBuffer().SubmitOnDemand();
-    SetViewport(QRect(QPoint(0, 0), size));
-    zx3D::Owned<bgfx::TextureHandle> readBackTexture(Capture::CreateReadBackTexture(size));
-    auto const restore = qScopeGuard([&] { // also when the application's paintEvent throws
-        readBackTexture.Reset();
-        target.Destroy();
-        SetFrameBuffer(savedFrameBuffer);
-        if (m_window->m_options != savedOptions) // by paintEvent
-            GetFrameBuffer().SetOptions(m_window->m_options);
-        SetViewport(savedViewport);
-        m_frameRequest->Ask();
-    });
-
-    paintEvent(nullptr);
-    bgfx::TextureHandle const source = Capture::ColorTextureOf(GetFrameBuffer());
-    if (bgfx::isValid(source) && readBackTexture) {
-        QImage picture = Capture::Read(source, readBackTexture.Get(), size);
-        if (!picture.isNull())
-            return QPixmap::fromImage(std::move(picture)); // moved: converted in place
-    }
-    Capture::WarnNotTaken(size);
+    auto const showAgain = qScopeGuard([this] { m_frameRequest->Ask(); });
+    QImage picture = RenderToTextures(target, size, target.options, [this] { paintEvent(nullptr); });
+    if (!picture.isNull())
+        return QPixmap::fromImage(std::move(picture)); // moved: converted in place
     QPixmap empty(size);
     empty.fill(Qt::transparent);
     return empty;
+}
+
+QImage BGFXNativeWidget::RenderPicture(PictureOptions const& options) {
+    return TakePicture(m_window->GetDrawTarget(), options, GetPixelRatio(), [this] { paintEvent(nullptr); });
 }
 
 void BGFXNativeWidget::LogFilter(char const* prefix, QObject const* watched, QEvent const* event) const {

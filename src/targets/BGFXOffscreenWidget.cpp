@@ -8,6 +8,7 @@
 #include "FollowSize.h"
 #include "FrameRequest.h"
 #include "SurfaceFormats.h"
+#include "TakePicture.h"
 #include "TargetLog.h"
 
 #include <QApplication>
@@ -194,7 +195,7 @@ void BGFXOffscreenWidget::SetDepthFormat(bgfx::TextureFormat::Enum format) {
 }
 
 double BGFXOffscreenWidget::GetPixelRatio() const {
-    return PixelRatioOf(*this);
+    return m_pictureRatio.value_or(PixelRatioOf(*this));
 }
 
 std::optional<QImage> BGFXOffscreenWidget::ReadFrameBuffer() {
@@ -232,7 +233,8 @@ void BGFXOffscreenWidget::Flush() {
 
 QPixmap BGFXOffscreenWidget::RenderPixmap(int width, int height) {
     QSize const size(width, height);
-    if (!Capture::IsSupported() || !IsReady() || !Capture::IsPossible(size))
+    if (!Capture::IsSupported() || !IsReady() || !Capture::IsPossible(size) ||
+        !CanDrawPicture(GetDrawTarget()))
         return {};
     QRect const savedViewport = m_viewport;
     auto const restore = qScopeGuard([&] { // also when the application's paintEvent throws
@@ -252,6 +254,19 @@ QPixmap BGFXOffscreenWidget::RenderPixmap(int width, int height) {
     if (!picture)
         Capture::WarnNotTaken(size);
     return QPixmap::fromImage(std::move(picture).value_or(QImage())); // moved: converted in place
+}
+
+QImage BGFXOffscreenWidget::RenderPicture(PictureOptions const& options) {
+    auto const followAgain = qScopeGuard([this, followed = m_followedSize, read = m_readBackSize] {
+        // What `paintEvent` resized, or flushed, was the picture's.
+        if (m_followedSize != followed || m_readBackSize != read)
+            UpdateFrameBufferSize();
+    });
+    return TakePicture(GetDrawTarget(), options, GetPixelRatio(), [this] { paintEvent(nullptr); });
+}
+
+DrawTarget BGFXOffscreenWidget::GetDrawTarget() {
+    return {m_frameBuffer, m_viewport, m_options, m_pictureRatio};
 }
 
 } // namespace zarvex::zx3DQt

@@ -4,9 +4,12 @@
 #include "FollowSize.h"
 #include "HeldEvents.h"
 #include "SurfaceFormats.h"
+#include "TakePicture.h"
 #include "TargetLog.h"
 
 #include <QPlatformSurfaceEvent>
+
+#include <algorithm>
 
 namespace zarvex::zx3DQt {
 
@@ -37,6 +40,19 @@ void BGFXWindow::SetSampleCount(std::uint32_t count) {
 
 void BGFXWindow::SetDepthFormat(bgfx::TextureFormat::Enum format) {
     zx3DQt::SetDepthFormat(format, m_options, m_frameBuffer);
+}
+
+double BGFXWindow::GetPixelRatio() const {
+    return m_pictureRatio.value_or(std::max(devicePixelRatio(), 1.0));
+}
+
+QImage BGFXWindow::RenderPicture(PictureOptions const& options,
+                                 std::function<void(double pixelRatio)> const& draw) {
+    return TakePicture(GetDrawTarget(), options, GetPixelRatio(), [&] { draw(GetPixelRatio()); });
+}
+
+DrawTarget BGFXWindow::GetDrawTarget() {
+    return {m_frameBuffer, m_viewport, m_options, m_pictureRatio};
 }
 
 void BGFXWindow::LeaveOwnSurface() {

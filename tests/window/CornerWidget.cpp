@@ -42,6 +42,10 @@ public:
 
     QPixmap Capture(int width, int height) override { return Base::RenderPixmap(width, height); }
 
+    QImage TakePicture(zx3DQt::PictureOptions const& options) override {
+        return Base::RenderPicture(options);
+    }
+
     void paintEvent(QPaintEvent* event) override {
         Base::paintEvent(event);
         ++m_paints;

@@ -3,6 +3,8 @@
 
 #include "harness/WaitUntil.h"
 
+#include <zx3DQt/PictureOptions.h>
+
 #include <bgfx/bgfx.h>
 
 #include <QColor>
@@ -34,6 +36,7 @@ public:
     virtual QSize GetFrameBufferSize() const = 0;
     virtual QRect GetTargetViewport() const = 0;
     virtual QPixmap Capture(int width, int height) = 0;
+    virtual QImage TakePicture(zx3DQt::PictureOptions const& options) = 0;
 
     QColor const& GetColor() const { return m_color; }
     int CountPaints() const { return m_paints; }
