@@ -8,11 +8,11 @@
 
 using namespace zarvex;
 
-// Records one frame and hands it to bgfx. `seconds` since the start.
-void DrawFrame(zx3DQt::BGFXWindow& window, float seconds) {
+// Records one frame, `seconds` since the start. False when there is nothing to draw into.
+bool RecordFrame(zx3DQt::BGFXWindow& window, float seconds) {
     zx3DQt::BGFXRenderer& renderer = window.GetRenderer();
     if (!renderer.StartFrame(window.GetFrameBuffer()))
-        return; // the window has no area now
+        return false; // the window has no area now
 
     zx3DQt::BGFXViewContext view(
         0, zx3DQt::BGFXViewClearOptions{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, 0x1b2230ff, 1.0f, 0});
@@ -33,7 +33,7 @@ void DrawFrame(zx3DQt::BGFXWindow& window, float seconds) {
     };
     std::uint16_t const indices[] = {0, 1, 2};
     renderer.DrawTriangles(view, vertices, indices);
-    renderer.PresentCurrentAndSubmitNextFrame(false);
+    return true;
 }
 
 // Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
@@ -48,6 +48,9 @@ int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
     bool const openGL = application.arguments().contains("--opengl");
+    // The name of a picture as an argument: it is saved, with twice the pixels of the window.
+    QString const picture = application.arguments().filter(".png").value(0);
+    bool isSaved = true;
     zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
     if (!zx3DQt::Init(true)) // wait for the display's refresh
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
@@ -57,13 +60,24 @@ int main(int argc, char* argv[]) {
         window.SetSampleCount(ChooseSampleCount(application.arguments()));
         window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(640, 480);
-        window.show();
         QElapsedTimer clock;
         clock.start();
         QTimer timer;
-        timer.callOnTimeout(&window, [&] { DrawFrame(window, 0.001f * clock.elapsed()); });
+        timer.callOnTimeout(&window, [&] {
+            if (RecordFrame(window, 0.001f * clock.elapsed()))
+                window.GetRenderer().PresentCurrentAndSubmitNextFrame(false);
+        });
         timer.start(16);
-        application.exec();
+        if (picture.isEmpty()) {
+            window.show();
+            application.exec();
+        } else { // nothing is shown
+            isSaved = window
+                          .RenderPicture({.size = 2 * window.size(), .pixelRatio = 2.0},
+                                         [&](double) { RecordFrame(window, 0.0f); })
+                          .save(picture);
+        }
     }
     zx3DQt::Shutdown();
+    return isSaved ? 0 : 1;
 }

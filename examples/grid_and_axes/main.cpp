@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <numbers>
 #include <utility>
 #include <vector>
@@ -43,18 +44,42 @@ std::vector<zx3D::Line> MakeToolPath() {
     return path;
 }
 
+// ---- Sizes. Widths and fonts are pixels: more of them where there are more to the same length.
+
+class Pixels {
+public:
+    // Of the window, or of a picture of it.
+    void SetRatio(double ratio) { m_ratio = static_cast<float>(ratio); }
+
+    float Scaled(float length) const { return length * m_ratio; }
+
+    // Each size is a font of its own, which is loaded once.
+    zx3D::FontHandle FontOfSize(float size) {
+        auto const pixelSize = static_cast<std::uint16_t>(std::lround(Scaled(size)));
+        auto const [font, isNew] = m_fonts.try_emplace(pixelSize);
+        if (isNew)
+            font->second = zx3D::LoadDefaultFont(pixelSize).value_or(zx3D::FontHandle());
+        return font->second;
+    }
+
+private:
+    float m_ratio = 1.0f;
+    std::map<std::uint16_t, zx3D::FontHandle> m_fonts;
+};
+
 // ---- Grid and axes.
 
 // Every 50 mm from -200 to 200. The rectangle reaches 10 mm further than the last line: a line at its very
 // edge would not be drawn.
-void DrawGrid(Renderer const& renderer, View const& scene, View const& labels, zx3D::FontHandle font) {
+void DrawGrid(Renderer const& renderer, View const& scene, View const& labels, Pixels& pixels) {
     zx3DQt::CoordinateGridStyle style;
     style.gridSpacing = QVector2D(50.0f, 50.0f);
     style.gridMargins = QVector2D(0.0f, 0.0f);
     style.lineColor = QColor(62, 76, 96);
-    style.lineStipplePattern = {0x5555, 1};
+    style.lineWidth = pixels.Scaled(1.0f);
+    style.lineStipplePattern = {0x5555, static_cast<std::uint8_t>(std::lround(pixels.Scaled(1.0f)))};
     style.frameTickLabels.emplace();
-    style.frameTickLabels->font = font;
+    style.frameTickLabels->font = pixels.FontOfSize(12.0f);
     style.frameTickLabels->color = QColor(150, 165, 186);
     // Whole millimetres. In the corner there is room for one number.
     auto const xText = [](float x) { return QString::number(x, 'f', 0); };
@@ -64,17 +89,16 @@ void DrawGrid(Renderer const& renderer, View const& scene, View const& labels, z
 }
 
 // The positive halves solid, the negative ones dashed.
-void DrawAxes(Renderer const& renderer, View const& axes, View const& labels, zx3D::FontHandle font,
-              bool isPlan) {
+void DrawAxes(Renderer const& renderer, View const& axes, View const& labels, Pixels& pixels, bool isPlan) {
     zx3DQt::CoordinateAxesStyle style;
-    style.lineWidths = {2.0f, 2.0f, 2.0f};
+    style.lineWidths.fill(pixels.Scaled(2.0f));
     style.margins = QVector2D(0.1f, 0.1f); // the lines end within the arrow heads
     // Negative halves are dashed unless told otherwise, but y points down in the rectangle: its lesser side
     // is the positive one of the scene.
     std::swap(style.minSideLineStipplePatterns[zx3DQt::Y], style.maxSideLineStipplePatterns[zx3DQt::Y]);
     style.arrowHeads.emplace();
     style.labels.emplace();
-    style.labels->font = font;
+    style.labels->font = pixels.FontOfSize(15.0f);
     if (isPlan) {
         // Seen from above the z axis is a point, and its two letters would lie on each other.
         style.enabledAxes = {zx3DQt::X, zx3DQt::Y};
@@ -84,11 +108,6 @@ void DrawAxes(Renderer const& renderer, View const& axes, View const& labels, zx
 }
 
 // ---- The panes.
-
-struct Fonts {
-    zx3D::FontHandle ticks;
-    zx3D::FontHandle letters;
-};
 
 // Straight down, y upwards, as much of the world as the pane takes.
 void SetPlan(View& view) {
@@ -114,7 +133,7 @@ void SetPerspective(View& view, float seconds) {
 
 // Draws into three bgfx views over the same pixels: the scene in millimetres, the axes in their own unit, and
 // the text over both.
-void DrawPane(zx3DQt::BGFXWindow& window, View scene, Fonts const& fonts, bool isPlan) {
+void DrawPane(zx3DQt::BGFXWindow& window, View scene, Pixels& pixels, bool isPlan) {
     static std::vector<zx3D::Line> const toolPath = MakeToolPath();
     View axes = scene;
     axes.SetViewId(scene.GetViewId() + 1);
@@ -126,18 +145,20 @@ void DrawPane(zx3DQt::BGFXWindow& window, View scene, Fonts const& fonts, bool i
         view->Submit(window.GetFrameBuffer());
 
     Renderer const& renderer = window.GetRenderer();
-    DrawGrid(renderer, scene, labels, fonts.ticks);
-    renderer.DrawLines(scene, toolPath, 2.0f);
-    DrawAxes(renderer, axes, labels, fonts.letters, isPlan);
-    QPointF const corner = scene.GetViewport().topLeft() + QPointF(14.0, 10.0);
-    renderer.RenderText(labels, corner, isPlan ? "Plan, mm" : "3D, mm", fonts.letters, QColor(226, 233, 243),
-                        Qt::AlignLeft);
+    DrawGrid(renderer, scene, labels, pixels);
+    renderer.DrawLines(scene, toolPath, pixels.Scaled(2.0f));
+    DrawAxes(renderer, axes, labels, pixels, isPlan);
+    QPointF const corner =
+        scene.GetViewport().topLeft() + QPointF(pixels.Scaled(14.0f), pixels.Scaled(10.0f));
+    renderer.RenderText(labels, corner, isPlan ? "Plan, mm" : "3D, mm", pixels.FontOfSize(15.0f),
+                        QColor(226, 233, 243), Qt::AlignLeft);
 }
 
-void DrawFrame(zx3DQt::BGFXWindow& window, Fonts const& fonts, float seconds) {
+// Records a frame. False when there is nothing to draw into.
+bool RecordFrame(zx3DQt::BGFXWindow& window, Pixels& pixels, float seconds) {
     Renderer& renderer = window.GetRenderer();
     if (!renderer.StartFrame(window.GetFrameBuffer()))
-        return;                               // the window has no area now
+        return false;                         // the window has no area now
     renderer.SetModelTransform(QMatrix4x4()); // transforms are those of one frame
 
     // Side by side on a darker sheet. bgfx draws its views in the order of their ids.
@@ -146,25 +167,20 @@ void DrawFrame(zx3DQt::BGFXWindow& window, Fonts const& fonts, float seconds) {
     sheet.Submit(window.GetFrameBuffer());
     bgfx::touch(sheet);
 
-    constexpr int gap = 12;
+    pixels.SetRatio(window.GetPixelRatio());
+    int const gap = static_cast<int>(std::lround(pixels.Scaled(12.0f)));
     QRect const area = window.GetViewport().adjusted(gap, gap, -gap, -gap);
     int const width = (area.width() - gap) / 2;
     zx3DQt::BGFXViewClearOptions const clear{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, 0x161d28ff, 1.0f, 0};
     View plan(1, clear);
     plan.SetViewport(QRect(area.left(), area.top(), width, area.height()));
     SetPlan(plan);
-    DrawPane(window, plan, fonts, true);
+    DrawPane(window, plan, pixels, true);
     View perspective(4, clear);
     perspective.SetViewport(plan.GetViewport().translated(width + gap, 0));
     SetPerspective(perspective, seconds);
-    DrawPane(window, perspective, fonts, false);
-    renderer.PresentCurrentAndSubmitNextFrame(false);
-}
-
-// Sizes of fonts are physical pixels.
-zx3D::FontHandle LoadFont(QWindow const& window, double size) {
-    auto const pixelSize = static_cast<std::uint16_t>(std::lround(size * window.devicePixelRatio()));
-    return zx3D::LoadDefaultFont(pixelSize).value_or(zx3D::FontHandle());
+    DrawPane(window, perspective, pixels, false);
+    return true;
 }
 
 // Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
@@ -179,6 +195,9 @@ int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
     bool const openGL = application.arguments().contains("--opengl");
+    // The name of a picture as an argument: it is saved, with twice the pixels of the window.
+    QString const picture = application.arguments().filter(".png").value(0);
+    bool isSaved = true;
     zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
     if (!zx3DQt::Init(true)) // wait for the display's refresh
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
@@ -188,14 +207,25 @@ int main(int argc, char* argv[]) {
         window.SetSampleCount(ChooseSampleCount(application.arguments()));
         window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(1100, 580);
-        window.show();
-        Fonts const fonts{LoadFont(window, 12), LoadFont(window, 15)};
+        Pixels pixels;
         QElapsedTimer clock;
         clock.start();
         QTimer timer;
-        timer.callOnTimeout(&window, [&] { DrawFrame(window, fonts, 0.001f * clock.elapsed()); });
+        timer.callOnTimeout(&window, [&] {
+            if (RecordFrame(window, pixels, 0.001f * clock.elapsed()))
+                window.GetRenderer().PresentCurrentAndSubmitNextFrame(false);
+        });
         timer.start(16);
-        application.exec();
+        if (picture.isEmpty()) {
+            window.show();
+            application.exec();
+        } else { // nothing is shown
+            isSaved = window
+                          .RenderPicture({.size = 2 * window.size(), .pixelRatio = 2.0},
+                                         [&](double) { RecordFrame(window, pixels, 0.0f); })
+                          .save(picture);
+        }
     }
     zx3DQt::Shutdown();
+    return isSaved ? 0 : 1;
 }

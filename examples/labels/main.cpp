@@ -29,7 +29,8 @@ constexpr Color kAmber{1.00f, 0.72f, 0.38f, 1.0f};
 // screen's pixel ratio.
 class Fonts {
 public:
-    explicit Fonts(double pixelRatio) : m_pixelRatio(pixelRatio) {}
+    // Of the window, or of a picture of it.
+    void SetPixelRatio(double ratio) { m_pixelRatio = ratio; }
 
     double Pixels(double length) const { return length * m_pixelRatio; }
 
@@ -43,7 +44,7 @@ public:
     }
 
 private:
-    double m_pixelRatio;
+    double m_pixelRatio = 1.0;
     std::map<std::uint16_t, zx3D::FontHandle> m_fonts;
 };
 
@@ -140,7 +141,7 @@ void SetPerspective(View& view, float seconds) {
 
 void DrawGlobe(Renderer& renderer, View const& view, Fonts& fonts) {
     QVector3D const camera = view.ComputeViewPosition();
-    renderer.DrawLines(view, MakeGraticule(camera));
+    renderer.DrawLines(view, MakeGraticule(camera), static_cast<float>(fonts.Pixels(1.0)));
     std::vector<Vertex> dots;
     for (City const& city : kCities) {
         QVector3D const place = PlaceOnGlobe(city.latitude, city.longitude);
@@ -172,13 +173,13 @@ QRectF Inside(View const& view) {
 }
 
 // A cross at the middle of a pixel.
-void DrawCross(Renderer& renderer, View const& view, QPointF const& at, double arm) {
+void DrawCross(Renderer& renderer, View const& view, QPointF const& at, double arm, double width) {
     auto const x = static_cast<float>(at.x());
     auto const y = static_cast<float>(at.y());
     auto const length = static_cast<float>(arm);
     Line const lines[] = {{{x - length, y, 0.0f}, {x + length, y, 0.0f}, kAmber},
                           {{x, y - length, 0.0f}, {x, y + length, 0.0f}, kAmber}};
-    renderer.DrawLines(view, lines);
+    renderer.DrawLines(view, lines, static_cast<float>(width));
 }
 
 // A text for each pair of alignments. The crosses are where the pen is.
@@ -196,7 +197,7 @@ void DrawAlignments(Renderer& renderer, View const& view, Fonts& fonts) {
         for (int column = 0; column < 3; ++column) {
             QPointF const pen(std::floor(area.left() + (0.07 + 0.43 * column) * area.width()) + 0.5,
                               std::floor(area.top() + (0.1 + 0.4 * row) * area.height()) + 0.5);
-            DrawCross(renderer, view, pen, fonts.Pixels(14.0));
+            DrawCross(renderer, view, pen, fonts.Pixels(14.0), fonts.Pixels(1.0));
             QString const text = QString("%1\n%2").arg(columns[column].name, rows[row].name);
             renderer.RenderText(view, pen, text, fonts.OfSize(14), kText,
                                 columns[column].flag | rows[row].flag);
@@ -280,11 +281,13 @@ View MakePanel(std::uint16_t viewId, QRect const& viewport) {
     return view;
 }
 
-void DrawFrame(zx3DQt::BGFXWindow& window, Fonts& fonts, float seconds) {
+// Records a frame. False when there is nothing to draw into.
+bool RecordFrame(zx3DQt::BGFXWindow& window, Fonts& fonts, float seconds) {
     Renderer& renderer = window.GetRenderer();
     if (!renderer.StartFrame(window.GetFrameBuffer()))
-        return;                               // the window has no area now
+        return false;                         // the window has no area now
     renderer.SetModelTransform(QMatrix4x4()); // transforms are those of one frame
+    fonts.SetPixelRatio(window.GetPixelRatio());
 
     // bgfx draws its views in the order of their ids: the sheet first, then the panels on it.
     View sheet(0, zx3DQt::BGFXViewClearOptions{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, 0x0e131aff, 1.0f, 0});
@@ -305,7 +308,7 @@ void DrawFrame(zx3DQt::BGFXWindow& window, Fonts& fonts, float seconds) {
     DrawAlignments(renderer, panels[1], fonts);
     DrawSizes(renderer, panels[2], fonts);
     DrawScripts(renderer, panels[3], fonts);
-    renderer.PresentCurrentAndSubmitNextFrame(false);
+    return true;
 }
 
 // Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
@@ -320,6 +323,9 @@ int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
     bool const openGL = application.arguments().contains("--opengl");
+    // The name of a picture as an argument: it is saved, with twice the pixels of the window.
+    QString const picture = application.arguments().filter(".png").value(0);
+    bool isSaved = true;
     zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
     if (!zx3DQt::Init(true)) // wait for the display's refresh
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
@@ -330,14 +336,25 @@ int main(int argc, char* argv[]) {
         window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(1100, 750);
         window.setMinimumSize(QSize(1060, 700)); // below, texts touch each other
-        window.show();
-        Fonts fonts(window.devicePixelRatio());
+        Fonts fonts;
         QElapsedTimer clock;
         clock.start();
         QTimer timer;
-        timer.callOnTimeout(&window, [&] { DrawFrame(window, fonts, 0.001f * clock.elapsed()); });
+        timer.callOnTimeout(&window, [&] {
+            if (RecordFrame(window, fonts, 0.001f * clock.elapsed()))
+                window.GetRenderer().PresentCurrentAndSubmitNextFrame(false);
+        });
         timer.start(16);
-        application.exec();
+        if (picture.isEmpty()) {
+            window.show();
+            application.exec();
+        } else { // nothing is shown
+            isSaved = window
+                          .RenderPicture({.size = 2 * window.size(), .pixelRatio = 2.0},
+                                         [&](double) { RecordFrame(window, fonts, 0.0f); })
+                          .save(picture);
+        }
     }
     zx3DQt::Shutdown();
+    return isSaved ? 0 : 1;
 }

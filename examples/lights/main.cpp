@@ -176,7 +176,7 @@ protected:
 
         SubmitLamps(seconds);
         DrawMeshes(view, seconds);
-        if (event != nullptr) // not while RenderPixmap takes a picture
+        if (event != nullptr) // not while a picture is taken
             renderer.PresentCurrentAndSubmitNextFrame(false);
     }
 
@@ -316,6 +316,9 @@ int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
     bool const openGL = application.arguments().contains("--opengl");
+    // The name of a picture as an argument: it is saved, with twice the pixels of the widget.
+    QString const picture = application.arguments().filter(".png").value(0);
+    bool isSaved = true;
     zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
     if (!zx3DQt::Init(true)) // wait for the display's refresh
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
@@ -334,8 +337,13 @@ int main(int argc, char* argv[]) {
         layout->addWidget(view, 1);
         layout->addLayout(panel);
         window.resize(960, 560);
-        window.show();
-        application.exec();
+        if (picture.isEmpty()) {
+            window.show();
+            application.exec();
+        } else { // nothing is shown
+            isSaved = view->RenderPicture({.size = 2 * view->size(), .pixelRatio = 2.0}).save(picture);
+        }
     }
     zx3DQt::Shutdown();
+    return isSaved ? 0 : 1;
 }

@@ -19,6 +19,20 @@ using Vertex = zx3D::Vertex::Pos3fColorRGBA;
 using zx3D::Color;
 using zx3D::Line;
 
+// Widths and sizes are pixels: more of them where there are more to the same length, on the screen or in a
+// picture.
+class Pixels {
+public:
+    explicit Pixels(double ratio) : m_ratio(ratio) {}
+
+    int operator()(double length) const {
+        return std::max(1, static_cast<int>(std::lround(length * m_ratio)));
+    }
+
+private:
+    double m_ratio;
+};
+
 constexpr float kPi = std::numbers::pi_v<float>;
 constexpr Color kFaint{0.20f, 0.26f, 0.34f, 1.0f};
 
@@ -115,19 +129,19 @@ std::vector<Line> MakeBox() {
     return lines;
 }
 
-void DrawMeasuredSurface(Renderer& renderer, View const& view) {
+void DrawMeasuredSurface(Renderer& renderer, View const& view, Pixels const& pixels) {
     static std::vector<Line> const floor = MakeFloor();
     static std::vector<Line> const box = MakeBox();
     static std::vector<Vertex> const cloud = MakePointCloud();
     static std::vector<Line> const sections = MakeSections();
     static std::vector<Vertex> const touched = MakeTouchedPoints(sections);
 
-    zx3D::LineStipplePattern const dashes{0x0F0F, 1};
-    renderer.DrawLines(view, floor);
-    renderer.DrawLines(view, box, std::nullopt, std::nullopt, dashes);
-    renderer.DrawPoints(view, cloud);
-    renderer.DrawLines(view, sections, 2.0f);
-    renderer.DrawPoints(view, touched, 7);
+    zx3D::LineStipplePattern const dashes{0x0F0F, static_cast<std::uint8_t>(pixels(1.0))};
+    renderer.DrawLines(view, floor, pixels(1.0));
+    renderer.DrawLines(view, box, pixels(1.0), std::nullopt, dashes);
+    renderer.DrawPoints(view, cloud, static_cast<std::uint16_t>(pixels(1.0)));
+    renderer.DrawLines(view, sections, pixels(2.0));
+    renderer.DrawPoints(view, touched, static_cast<std::uint16_t>(pixels(7.0)));
 }
 
 // ---- Flat panels. Their world units are pixels of the window, with y down.
@@ -145,26 +159,30 @@ float MiddleOfPixels(double at, int size) {
 }
 
 // Lines 1 to 16 pixels wide, and what looks like their reflection: the same widths, stippled.
-void DrawWidths(Renderer& renderer, View const& view) {
+void DrawWidths(Renderer& renderer, View const& view, Pixels const& pixels) {
     QRectF const area = Inside(view);
-    double const gap = (area.width() - 136.0) / 15.0; // 1 + 2 + ... + 16 = 136
+    double const gap = (area.width() - pixels(136.0)) / 15.0; // 1 + 2 + ... + 16 = 136
     float const height = static_cast<float>(area.height());
     float const water = std::round(static_cast<float>(area.top()) + 0.66f * height);
     double left = area.left();
-    for (int width = 1; width <= 16; ++width) {
-        float const t = (width - 1) / 15.0f;
+    for (int i = 1; i <= 16; ++i) {
+        int const width = pixels(i);
+        float const t = (i - 1) / 15.0f;
         float const length = (0.4f + 0.6f * std::sin(kPi * t)) * height;
         float const x = MiddleOfPixels(left + 0.5 * width, width);
-        Line const above[] = {{{x, water - 2.0f, 0.0f}, {x, water - 0.66f * length, 0.0f}, Palette(t)}};
-        Line const below[] = {{{x, water + 2.0f, 0.0f}, {x, water + 0.34f * length, 0.0f}, Palette(t, 0.6f)}};
+        auto const shore = static_cast<float>(pixels(2.0));
+        Line const above[] = {{{x, water - shore, 0.0f}, {x, water - 0.66f * length, 0.0f}, Palette(t)}};
+        Line const below[] = {
+            {{x, water + shore, 0.0f}, {x, water + 0.34f * length, 0.0f}, Palette(t, 0.6f)}};
+        zx3D::LineStipplePattern const waves{0x7777, static_cast<std::uint8_t>(pixels(1.0))};
         renderer.DrawLines(view, above, width);
-        renderer.DrawLines(view, below, width, std::nullopt, zx3D::LineStipplePattern{0x7777, 1});
+        renderer.DrawLines(view, below, width, std::nullopt, waves);
         left += width + gap;
     }
 }
 
 // A row for each pattern, thin above wide; from column to column a bit of the pattern covers more pixels.
-void DrawStipples(Renderer& renderer, View const& view) {
+void DrawStipples(Renderer& renderer, View const& view, Pixels const& pixels) {
     constexpr std::uint16_t patterns[] = {0x5555,  // fine dots
                                           0x1111,  // dots
                                           0x0F0F,  // dashes
@@ -176,32 +194,34 @@ void DrawStipples(Renderer& renderer, View const& view) {
     double const gap = 0.06 * area.width();
     double const length = (area.width() - 2.0 * gap) / 3.0;
     for (int row = 0; row < 6; ++row) {
-        float const thinY = MiddleOfPixels(area.top() + (row + 0.3) * pitch, 1);
-        float const wideY = MiddleOfPixels(area.top() + (row + 0.7) * pitch, 4);
+        float const thinY = MiddleOfPixels(area.top() + (row + 0.3) * pitch, pixels(1.0));
+        float const wideY = MiddleOfPixels(area.top() + (row + 0.7) * pitch, pixels(4.0));
         Color const color = Palette(row / 5.0f);
         for (int column = 0; column < 3; ++column) {
             float const left = static_cast<float>(std::round(area.left() + column * (length + gap)));
             float const right = left + static_cast<float>(length);
-            zx3D::LineStipplePattern const stipple{patterns[row], static_cast<std::uint8_t>(1 << column)};
+            zx3D::LineStipplePattern const stipple{patterns[row],
+                                                   static_cast<std::uint8_t>(pixels(1 << column))};
             Line const thin[] = {{{left, thinY, 0.0f}, {right, thinY, 0.0f}, color}};
             Line const wide[] = {{{left, wideY, 0.0f}, {right, wideY, 0.0f}, color}};
-            renderer.DrawLines(view, thin, std::nullopt, std::nullopt, stipple);
-            renderer.DrawLines(view, wide, 4.0f, std::nullopt, stipple);
+            renderer.DrawLines(view, thin, pixels(1.0), std::nullopt, stipple);
+            renderer.DrawLines(view, wide, pixels(4.0), std::nullopt, stipple);
         }
     }
 }
 
 // Point sprites of 1 to 32 pixels, four in a column.
-void DrawPointSizes(Renderer& renderer, View const& view) {
+void DrawPointSizes(Renderer& renderer, View const& view, Pixels const& pixels) {
     QRectF const area = Inside(view);
-    double const gap = (area.width() - 144.0) / 7.0; // 4 + 8 + ... + 32 = 144
+    double const gap = (area.width() - pixels(144.0)) / 7.0; // 4 + 8 + ... + 32 = 144
     double left = area.left();
-    for (int size = 1; size <= 32; ++size) {
-        int const columnWidth = 4 * ((size + 3) / 4);
-        int const row = (size - 1) % 4;
+    for (int i = 1; i <= 32; ++i) {
+        int const size = pixels(i);
+        int const columnWidth = pixels(4 * ((i + 3) / 4));
+        int const row = (i - 1) % 4;
         float const x = MiddleOfPixels(left + 0.5 * columnWidth, size);
         float const y = MiddleOfPixels(area.top() + (row + 0.5) * area.height() / 4.0, size);
-        Vertex const point[] = {Vertex({x, y, 0.0f}, Palette((size - 1) / 31.0f))};
+        Vertex const point[] = {Vertex({x, y, 0.0f}, Palette((i - 1) / 31.0f))};
         renderer.DrawPoints(view, point, static_cast<std::uint16_t>(size));
         if (row == 3)
             left += columnWidth + gap;
@@ -209,7 +229,7 @@ void DrawPointSizes(Renderer& renderer, View const& view) {
 }
 
 // Positions on a circle: in their own order a ring, in the order of the indices a star.
-void DrawStrips(Renderer& renderer, View const& view) {
+void DrawStrips(Renderer& renderer, View const& view, Pixels const& pixels) {
     constexpr int count = 37;
     QRectF const area = Inside(view);
     auto const radius = static_cast<float>(0.5 * std::min(area.width(), area.height()));
@@ -223,9 +243,9 @@ void DrawStrips(Renderer& renderer, View const& view) {
         corners.push_back(Vertex({positions[i].x(), positions[i].y(), 0.0f}, Palette(0.1f)));
         star.push_back(static_cast<std::uint16_t>(i * 14 % count));
     }
-    renderer.DrawLines(view, positions, star, ToQColor(Palette(0.4f)));
-    renderer.DrawLines(view, positions, {}, ToQColor(Palette(0.1f)), 2.0f);
-    renderer.DrawPoints(view, corners, 6);
+    renderer.DrawLines(view, positions, star, ToQColor(Palette(0.4f)), pixels(1.0));
+    renderer.DrawLines(view, positions, {}, ToQColor(Palette(0.1f)), pixels(2.0));
+    renderer.DrawPoints(view, corners, static_cast<std::uint16_t>(pixels(6.0)));
 }
 
 // The outline of a gear around the origin. Two of them mesh when they are 2 apart, one half a tooth ahead.
@@ -248,7 +268,7 @@ std::vector<QVector3D> MakeGear() {
 }
 
 // One gear, six model transforms.
-void DrawGears(Renderer& renderer, View const& view, float seconds) {
+void DrawGears(Renderer& renderer, View const& view, Pixels const& pixels, float seconds) {
     static std::vector<QVector3D> const gear = MakeGear();
     QRectF const area = Inside(view);
     float const radius = static_cast<float>(std::min(area.width() / 6.2, area.height() / 4.2));
@@ -265,8 +285,8 @@ void DrawGears(Renderer& renderer, View const& view, float seconds) {
         zx3DQt::ModelTransformCacheId const transform = renderer.SetModelTransform(matrix);
         Color const color = Palette((column + row) / 3.0f);
         Vertex const hub[] = {Vertex({0.0f, 0.0f, 0.0f}, color)};
-        renderer.DrawLines(view, gear, {}, ToQColor(color), 2.0f);
-        renderer.DrawPoints(view, hub, 10, transform);
+        renderer.DrawLines(view, gear, {}, ToQColor(color), pixels(2.0));
+        renderer.DrawPoints(view, hub, static_cast<std::uint16_t>(pixels(10.0)), transform);
     }
 }
 
@@ -304,11 +324,14 @@ void SetPerspective(View& view, float seconds) {
                 bgfx::getCaps()->homogeneousDepth, bx::Handedness::Right);
 }
 
-void DrawFrame(zx3DQt::BGFXWindow& window, float seconds) {
+// Records a frame. False when there is nothing to draw into.
+bool RecordFrame(zx3DQt::BGFXWindow& window, float seconds) {
     Renderer& renderer = window.GetRenderer();
     if (!renderer.StartFrame(window.GetFrameBuffer()))
-        return;                               // the window has no area now
+        return false;                         // the window has no area now
     renderer.SetModelTransform(QMatrix4x4()); // transforms are those of one frame
+
+    Pixels const pixels(window.GetPixelRatio());
 
     // bgfx draws its views in the order of their ids: the sheet first, then the panels on it.
     View sheet(0, zx3DQt::BGFXViewClearOptions{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, 0x0e131aff, 1.0f, 0});
@@ -326,19 +349,20 @@ void DrawFrame(zx3DQt::BGFXWindow& window, float seconds) {
     SetPerspective(panels[0], seconds);
     for (View const& panel : panels) {
         panel.Submit(window.GetFrameBuffer());
-        QRectF const r = QRectF(panel.GetViewport()).adjusted(-0.5, -0.5, 0.5, 0.5);
+        double const outside = 0.5 * pixels(1.0);
+        QRectF const r = QRectF(panel.GetViewport()).adjusted(-outside, -outside, outside, outside);
         QVector3D const corners[] = {QVector3D(r.topLeft()), QVector3D(r.topRight()),
                                      QVector3D(r.bottomRight()), QVector3D(r.bottomLeft())};
         std::uint16_t const frame[] = {0, 1, 2, 3, 0};
-        renderer.DrawLines(sheet, corners, frame, ToQColor(kFaint));
+        renderer.DrawLines(sheet, corners, frame, ToQColor(kFaint), pixels(1.0));
     }
-    DrawMeasuredSurface(renderer, panels[0]);
-    DrawWidths(renderer, panels[1]);
-    DrawStipples(renderer, panels[2]);
-    DrawPointSizes(renderer, panels[3]);
-    DrawStrips(renderer, panels[4]);
-    DrawGears(renderer, panels[5], seconds);
-    renderer.PresentCurrentAndSubmitNextFrame(false);
+    DrawMeasuredSurface(renderer, panels[0], pixels);
+    DrawWidths(renderer, panels[1], pixels);
+    DrawStipples(renderer, panels[2], pixels);
+    DrawPointSizes(renderer, panels[3], pixels);
+    DrawStrips(renderer, panels[4], pixels);
+    DrawGears(renderer, panels[5], pixels, seconds);
+    return true;
 }
 
 // Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
@@ -353,6 +377,9 @@ int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
     bool const openGL = application.arguments().contains("--opengl");
+    // The name of a picture as an argument: it is saved, with twice the pixels of the window.
+    QString const picture = application.arguments().filter(".png").value(0);
+    bool isSaved = true;
     zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
     if (!zx3DQt::Init(true)) // wait for the display's refresh
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
@@ -363,13 +390,24 @@ int main(int argc, char* argv[]) {
         window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(1100, 750);
         window.setMinimumSize(QSize(640, 480)); // below, large points and wide lines touch each other
-        window.show();
         QElapsedTimer clock;
         clock.start();
         QTimer timer;
-        timer.callOnTimeout(&window, [&] { DrawFrame(window, 0.001f * clock.elapsed()); });
+        timer.callOnTimeout(&window, [&] {
+            if (RecordFrame(window, 0.001f * clock.elapsed()))
+                window.GetRenderer().PresentCurrentAndSubmitNextFrame(false);
+        });
         timer.start(16);
-        application.exec();
+        if (picture.isEmpty()) {
+            window.show();
+            application.exec();
+        } else { // nothing is shown
+            isSaved = window
+                          .RenderPicture({.size = 2 * window.size(), .pixelRatio = 2.0},
+                                         [&](double) { RecordFrame(window, 0.0f); })
+                          .save(picture);
+        }
     }
     zx3DQt::Shutdown();
+    return isSaved ? 0 : 1;
 }

@@ -138,11 +138,12 @@ void DrawBackground(zx3DQt::BGFXWindow& window) {
                                        zx3DQt::BGFXRenderer::STATE_MARKER_OVERLAY);
 }
 
-void DrawFrame(zx3DQt::BGFXWindow& window, std::vector<Piece> const& knot, Orbit const& orbit,
-               float seconds) {
+// Records a frame. False when there is nothing to draw into.
+bool RecordFrame(zx3DQt::BGFXWindow& window, std::vector<Piece> const& knot, Orbit const& orbit,
+                 float seconds) {
     zx3DQt::BGFXRenderer& renderer = window.GetRenderer();
     if (!renderer.StartFrame(window.GetFrameBuffer()))
-        return;                               // the window has no area now
+        return false;                         // the window has no area now
     renderer.SetModelTransform(QMatrix4x4()); // transforms are those of one frame
     DrawBackground(window);
 
@@ -165,7 +166,7 @@ void DrawFrame(zx3DQt::BGFXWindow& window, std::vector<Piece> const& knot, Orbit
     zx3DQt::BGFXRenderState const outside{zx3DQt::BGFXRenderer::STATE_OPAQUE | BGFX_STATE_CULL_CCW};
     for (Piece const& piece : knot)
         renderer.DrawTriangles(view, piece.vertices, piece.indices, std::nullopt, outside);
-    renderer.PresentCurrentAndSubmitNextFrame(false);
+    return true;
 }
 
 // Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
@@ -180,6 +181,9 @@ int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
     bool const openGL = application.arguments().contains("--opengl");
+    // The name of a picture as an argument: it is saved, with twice the pixels of the window.
+    QString const picture = application.arguments().filter(".png").value(0);
+    bool isSaved = true;
     zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
     if (!zx3DQt::Init(true)) // wait for the display's refresh
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
@@ -196,13 +200,24 @@ int main(int argc, char* argv[]) {
         QObject::connect(&window, &zx3DQt::BGFXWindow::mouseMovedEvent,
                          [&](QMouseEvent* e) { orbit.Drag(*e); });
         QObject::connect(&window, &zx3DQt::BGFXWindow::wheelEvent, [&](QWheelEvent* e) { orbit.Zoom(*e); });
-        window.show();
         QElapsedTimer clock;
         clock.start();
         QTimer timer;
-        timer.callOnTimeout(&window, [&] { DrawFrame(window, knot, orbit, 0.001f * clock.elapsed()); });
+        timer.callOnTimeout(&window, [&] {
+            if (RecordFrame(window, knot, orbit, 0.001f * clock.elapsed()))
+                window.GetRenderer().PresentCurrentAndSubmitNextFrame(false);
+        });
         timer.start(16);
-        application.exec();
+        if (picture.isEmpty()) {
+            window.show();
+            application.exec();
+        } else { // nothing is shown
+            isSaved = window
+                          .RenderPicture({.size = 2 * window.size(), .pixelRatio = 2.0},
+                                         [&](double) { RecordFrame(window, knot, orbit, 0.0f); })
+                          .save(picture);
+        }
     }
     zx3DQt::Shutdown();
+    return isSaved ? 0 : 1;
 }

@@ -46,9 +46,10 @@ protected:
         view.Submit(GetFrameBuffer());
 
         renderer.SetModelTransform(QMatrix4x4());
-        renderer.DrawLines(view, Surface(false));
-        renderer.DrawLines(view, Surface(true), 3.0f * static_cast<float>(GetPixelRatio()));
-        if (event != nullptr) // not while RenderPixmap takes a picture
+        auto const ratio = static_cast<float>(GetPixelRatio());
+        renderer.DrawLines(view, Surface(false), ratio);
+        renderer.DrawLines(view, Surface(true), 3.0f * ratio);
+        if (event != nullptr) // not while a picture is taken
             renderer.PresentCurrentAndSubmitNextFrame(false);
     }
 
@@ -118,6 +119,9 @@ int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
     bool const openGL = application.arguments().contains("--opengl");
+    // The name of a picture as an argument: it is saved, with twice the pixels of the widget.
+    QString const picture = application.arguments().filter(".png").value(0);
+    bool isSaved = true;
     zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
     if (!zx3DQt::Init(false))
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
@@ -127,7 +131,8 @@ int main(int argc, char* argv[]) {
 
         std::uint32_t const samples = ChooseSampleCount(application.arguments());
         auto* const splitter = new QSplitter;
-        splitter->addWidget(new SurfaceView(1, 30.0f, 30.0f, samples));
+        auto* const surface = new SurfaceView(1, 30.0f, 30.0f, samples);
+        splitter->addWidget(surface);
         auto* const tabs = new QTabWidget;
         tabs->addTab(new SurfaceView(2, 0.0f, 89.0f, samples), "Top");
         tabs->addTab(new SurfaceView(3, 0.0f, 0.0f, samples), "Front");
@@ -142,8 +147,13 @@ int main(int argc, char* argv[]) {
         window.resizeDocks({dock}, {200}, Qt::Vertical);
 
         window.resize(900, 640);
-        window.show();
-        application.exec();
+        if (picture.isEmpty()) {
+            window.show();
+            application.exec();
+        } else { // nothing is shown
+            isSaved = surface->RenderPicture({.size = QSize(1040, 860), .pixelRatio = 2.0}).save(picture);
+        }
     }
     zx3DQt::Shutdown();
+    return isSaved ? 0 : 1;
 }

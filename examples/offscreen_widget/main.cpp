@@ -44,7 +44,7 @@ protected:
         renderer.SetModelTransform(QMatrix4x4());
         auto const size = static_cast<std::uint16_t>(std::lround(m_size * GetPixelRatio()));
         renderer.DrawPoints(view, Points(), size);
-        if (event != nullptr) // not while RenderPixmap takes a picture
+        if (event != nullptr) // not while a picture is taken
             Flush();
     }
 
@@ -90,6 +90,9 @@ int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
     bool const openGL = application.arguments().contains("--opengl");
+    // The name of a picture as an argument: it is saved, with twice the pixels of the widget.
+    QString const picture = application.arguments().filter(".png").value(0);
+    bool isSaved = true;
     zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
     if (!zx3DQt::Init(false))
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
@@ -110,8 +113,13 @@ int main(int argc, char* argv[]) {
         AddSlider(*layout, "Size of points", 2, 32, 7, [&view](int size) { view.SetSize(size); });
         panel->setGeometry(20, 20, 220, panel->sizeHint().height());
 
-        view.show();
-        application.exec();
+        if (picture.isEmpty()) {
+            view.show();
+            application.exec();
+        } else { // nothing is shown
+            isSaved = view.RenderPicture({.size = 2 * view.size(), .pixelRatio = 2.0}).save(picture);
+        }
     }
     zx3DQt::Shutdown();
+    return isSaved ? 0 : 1;
 }

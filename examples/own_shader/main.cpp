@@ -117,10 +117,11 @@ zx3D::Owned<bgfx::TextureHandle> MakeTexture(QImage level) {
 
 class Scene {
 public:
-    void Draw(zx3DQt::BGFXWindow& window, float seconds) const {
+    // Records a frame. False when there is nothing to draw into, or with.
+    bool RecordFrame(zx3DQt::BGFXWindow& window, float seconds) const {
         zx3DQt::BGFXRenderer& renderer = window.GetRenderer();
         if (!m_program || !renderer.StartFrame(window.GetFrameBuffer()))
-            return; // said already, or the window has no area now
+            return false; // said already, or the window has no area now
         zx3DQt::BGFXViewContext view(
             0, zx3DQt::BGFXViewClearOptions{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, 0x161c26ff, 1.0f, 0});
         view.SetViewport(window.GetViewport());
@@ -146,7 +147,7 @@ public:
         bgfx::setState(BGFX_STATE_WRITE_RGB | BGFX_STATE_WRITE_A | BGFX_STATE_WRITE_Z |
                        BGFX_STATE_DEPTH_TEST_LESS | BGFX_STATE_MSAA); // the last for smooth edges on OpenGL
         bgfx::submit(view.GetViewId(), *m_program);
-        renderer.PresentCurrentAndSubmitNextFrame(false);
+        return true;
     }
 
 private:
@@ -179,6 +180,9 @@ int main(int argc, char* argv[]) {
     QLoggingCategory::setFilterRules("zarvex.*.debug=false\nzarvex.*.info=false");
     QApplication application(argc, argv);
     bool const openGL = application.arguments().contains("--opengl");
+    // The name of a picture as an argument: it is saved, with twice the pixels of the window.
+    QString const picture = application.arguments().filter(".png").value(0);
+    bool isSaved = true;
     zx3D::Context::PreferRenderer(openGL ? bgfx::RendererType::OpenGL : bgfx::RendererType::Vulkan);
     if (!zx3DQt::Init(true)) // wait for the display's refresh
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
@@ -189,13 +193,24 @@ int main(int argc, char* argv[]) {
         window.SetSampleCount(ChooseSampleCount(application.arguments()));
         window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(800, 600);
-        window.show();
         QElapsedTimer clock;
         clock.start();
         QTimer timer;
-        timer.callOnTimeout(&window, [&] { scene.Draw(window, 0.001f * clock.elapsed()); });
+        timer.callOnTimeout(&window, [&] {
+            if (scene.RecordFrame(window, 0.001f * clock.elapsed()))
+                window.GetRenderer().PresentCurrentAndSubmitNextFrame(false);
+        });
         timer.start(16);
-        application.exec();
+        if (picture.isEmpty()) {
+            window.show();
+            application.exec();
+        } else { // nothing is shown
+            isSaved = window
+                          .RenderPicture({.size = 2 * window.size(), .pixelRatio = 2.0},
+                                         [&](double) { scene.RecordFrame(window, 0.0f); })
+                          .save(picture);
+        }
     }
     zx3DQt::Shutdown();
+    return isSaved ? 0 : 1;
 }

@@ -119,7 +119,7 @@ ExitCode RunWithoutWindow(Options const& options) {
     if (options.frames > 0)
         PrintFrameTimes(view, scene, options.frames);
     if (!options.screenshot.isEmpty()) {
-        QPixmap const picture = view.TakePicture(options.size.value_or(kPictureSize));
+        QImage const picture = view.TakePicture(options.size.value_or(kPictureSize));
         if (picture.isNull() || !picture.save(options.screenshot))
             return Fail(options.screenshot + ": the picture cannot be saved");
     }

@@ -10,7 +10,6 @@
 #include <QElapsedTimer>
 
 #include <algorithm>
-#include <optional>
 
 namespace viewer {
 
@@ -23,7 +22,7 @@ public:
 
     /// A picture in another size than the widget's, pixels; null with a warning where the GPU cannot. Lines
     /// and text are as large as they would be in a view of a thousand lines.
-    virtual QPixmap TakePicture(QSize size) = 0;
+    virtual QImage TakePicture(QSize size) = 0;
 };
 
 /// `Target`: `BGFXNativeWidget` or `BGFXOffscreenWidget`. The difference for an application is one line.
@@ -42,12 +41,10 @@ public:
 
     QWidget& AsWidget() override { return *this; }
 
-    QPixmap TakePicture(QSize size) override {
-        m_pictureRatio = std::max(1.0f, static_cast<float>(size.height()) / kLinesOfAView);
-        Target::SetSampleCount(m_scene.GetPictureSampleCount());
-        QPixmap const picture = Target::RenderPixmap(size.width(), size.height());
-        m_pictureRatio.reset();
-        return picture;
+    QImage TakePicture(QSize size) override {
+        return Target::RenderPicture({.size = size,
+                                      .pixelRatio = std::max(1.0, size.height() / kLinesOfAView),
+                                      .sampleCount = m_scene.GetPictureSampleCount()});
     }
 
     bool event(QEvent* event) override {
@@ -63,20 +60,19 @@ protected:
         Target::paintEvent(event);
         QElapsedTimer clock;
         clock.start();
-        auto const ratio = static_cast<float>(Target::GetPixelRatio());
         if (event != nullptr)
             Target::SetSampleCount(m_scene.GetNextSampleCount());
         if (!PaintScene(m_scene, Target::GetRenderer(), Target::GetFrameBuffer(),
-                        m_pictureRatio.value_or(ratio)))
+                        static_cast<float>(Target::GetPixelRatio())))
             return;
-        if (event == nullptr) // RenderPixmap takes the picture
+        if (event == nullptr) // a picture is taken
             return;
         Show();
         m_scene.ReportFrame(1e-6 * static_cast<double>(clock.nsecsElapsed()));
     }
 
 private:
-    static constexpr float kLinesOfAView = 1000.0f;
+    static constexpr double kLinesOfAView = 1000.0;
 
     void Show() {
         if constexpr (requires { Target::Flush(); }) {
@@ -91,7 +87,6 @@ private:
 
     Scene& m_scene;
     CameraControl m_control;
-    std::optional<float> m_pictureRatio; ///< while a picture is taken
 };
 
 using NativeSceneView = SceneView<zarvex::zx3DQt::BGFXNativeWidget>;

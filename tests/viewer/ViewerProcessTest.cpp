@@ -48,6 +48,7 @@ TEST_P(ViewerProcessTest, SavesAPictureOfAMesh) {
     QImage const picture(path);
     EXPECT_EQ(picture.size(), QSize(400, 300));
     EXPECT_GT(CountColors(picture), 500);
+    EXPECT_FALSE(picture.hasAlphaChannel()) << "opaque";
 }
 
 TEST_P(ViewerProcessTest, ViewsAndProjectionsGiveDifferentPictures) {
