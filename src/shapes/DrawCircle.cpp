@@ -2,6 +2,7 @@
 #include <zx3DQt/BGFXRenderer.h>
 #include <zx3DQt/Shapes.h>
 
+#include "../render/Drawing.h"
 #include "../render/TransientBuffers.h"
 
 #include <cmath>
@@ -46,7 +47,7 @@ void DrawCircle(BGFXRenderer const& renderer, BGFXViewContext const& view, QVect
     FillIndices(reinterpret_cast<std::uint16_t*>(indexBuffer.data));
     bgfx::setVertexBuffer(0, &vertexBuffer);
     bgfx::setIndexBuffer(&indexBuffer);
-    bgfx::setState(state, 0);
+    bgfx::setState(Drawing::ForView(view, state), 0);
     bgfx::submit(view, renderer.GetBasicProgram(), 0, BGFX_DISCARD_ALL);
 }
 

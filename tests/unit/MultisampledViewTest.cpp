@@ -1,6 +1,8 @@
 // What draw operations ask of bgfx in views of several samples.
 #include <DrawFixture.h>
 
+#include <zx3DQt/Shapes.h>
+
 #include <zx3D/FrameBuffer.h>
 
 #include <functional>
@@ -44,6 +46,7 @@ protected:
         m_renderer->DrawTriangles(m_view, corners, indices);
         m_renderer->DrawTriangles(m_view, litCorners, indices);
         m_renderer->DrawTriangles(m_view, corners, indices, std::nullopt, BGFXRenderer::STATE_MARKER_OVERLAY);
+        DrawCircle(*m_renderer, m_view, QVector2D(), 1.0f, zx3D::Color(), 0.0f, BGFXRenderer::STATE_OPAQUE);
         m_renderer->DrawFullscreenTexture(m_view, BGFX_INVALID_HANDLE);
     }
 };
