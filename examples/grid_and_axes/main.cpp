@@ -21,7 +21,7 @@ using View = zx3DQt::BGFXViewContext;
 
 // World units are millimetres. Arrow heads and letters have their places and sizes in units, with the heads 2
 // from the origin, so the axes are drawn with a unit of their own.
-constexpr float kAxesUnit = 100.0f; // millimetres
+constexpr float kAxesUnit = 80.0f; // millimetres
 
 // ---- What is looked at: the path of a cutter that goes up in turns around a cam.
 
@@ -71,9 +71,10 @@ private:
 
 // Every 50 mm from -200 to 200. The rectangle reaches 10 mm further than the last line: a line at its very
 // edge would not be drawn.
-void DrawGrid(Renderer const& renderer, View const& scene, View const& labels, Pixels& pixels) {
+void DrawGrid(Renderer const& renderer, View const& scene, View const& labels, Pixels& pixels, bool isPlan) {
+    constexpr float spacing = 50.0f; // millimetres
     zx3DQt::CoordinateGridStyle style;
-    style.gridSpacing = QVector2D(50.0f, 50.0f);
+    style.gridSpacing = QVector2D(spacing, spacing);
     style.gridMargins = QVector2D(0.0f, 0.0f);
     style.lineColor = QColor(62, 76, 96);
     style.lineWidth = pixels.Scaled(1.0f);
@@ -81,15 +82,16 @@ void DrawGrid(Renderer const& renderer, View const& scene, View const& labels, P
     style.frameTickLabels.emplace();
     style.frameTickLabels->font = pixels.FontOfSize(12.0f);
     style.frameTickLabels->color = QColor(150, 165, 186);
-    // Whole millimetres. In the corner there is room for one number.
-    auto const xText = [](float x) { return QString::number(x, 'f', 0); };
-    auto const yText = [](float y) { return y > -200.0f ? QString::number(y, 'f', 0) : QString(); };
-    style.frameTickLabels->tickLabelFunctions = {xText, yText};
+    auto const text = zx3DQt::CoordinateGridFrameTickLabelStyle::PlainTickLabelFunction(spacing);
+    style.frameTickLabels->tickLabelFunctions = {text, text};
+    style.frameTickLabels->minimumGap = pixels.Scaled(4.0f); // in the corner there is room for one number
+    if (!isPlan)
+        style.fade = zx3DQt::DistanceFade{1000.0f, 1600.0f, std::nullopt}; // from the eye
     zx3DQt::DrawCoordinateGrid(renderer, scene, labels, QRectF(-210.0, -210.0, 420.0, 420.0), style);
 }
 
 // The positive halves solid, the negative ones dashed.
-void DrawAxes(Renderer const& renderer, View const& axes, View const& labels, Pixels& pixels, bool isPlan) {
+void DrawAxes(Renderer const& renderer, View const& axes, View const& labels, Pixels& pixels) {
     zx3DQt::CoordinateAxesStyle style;
     style.lineWidths.fill(pixels.Scaled(2.0f));
     style.margins = QVector2D(0.1f, 0.1f); // the lines end within the arrow heads
@@ -97,13 +99,10 @@ void DrawAxes(Renderer const& renderer, View const& axes, View const& labels, Pi
     // is the positive one of the scene.
     std::swap(style.minSideLineStipplePatterns[zx3DQt::Y], style.maxSideLineStipplePatterns[zx3DQt::Y]);
     style.arrowHeads.emplace();
+    style.arrowHeads->light.emplace();
     style.labels.emplace();
     style.labels->font = pixels.FontOfSize(15.0f);
-    if (isPlan) {
-        // Seen from above the z axis is a point, and its two letters would lie on each other.
-        style.enabledAxes = {zx3DQt::X, zx3DQt::Y};
-        style.labels->colors[zx3DQt::Z] = Qt::transparent;
-    }
+    style.labels->placement = zx3DQt::CoordinateAxesLabelStyle::Placement::BeyondHeads;
     zx3DQt::DrawCoordinateAxes(renderer, axes, labels, QRectF(-2.0, -2.0, 4.0, 4.0), style);
 }
 
@@ -145,9 +144,9 @@ void DrawPane(zx3DQt::BGFXWindow& window, View scene, Pixels& pixels, bool isPla
         view->Submit(window.GetFrameBuffer());
 
     Renderer const& renderer = window.GetRenderer();
-    DrawGrid(renderer, scene, labels, pixels);
+    DrawGrid(renderer, scene, labels, pixels, isPlan);
     renderer.DrawLines(scene, toolPath, pixels.Scaled(2.0f));
-    DrawAxes(renderer, axes, labels, pixels, isPlan);
+    DrawAxes(renderer, axes, labels, pixels);
     QPointF const corner =
         scene.GetViewport().topLeft() + QPointF(pixels.Scaled(14.0f), pixels.Scaled(10.0f));
     renderer.RenderText(labels, corner, isPlan ? "Plan, mm" : "3D, mm", pixels.FontOfSize(15.0f),
