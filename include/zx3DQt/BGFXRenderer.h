@@ -115,6 +115,13 @@ public:
     /// of `StartFrame` to the next that finds a frame buffer with a size.
     FrameStatistics GetFrameStatistics() const;
 
+    /// How many bytes of their data batches may hand to bgfx in one frame of this renderer's: 16 MiB unless
+    /// told otherwise. What is more follows in the next frames, so that a large batch never stops a window.
+    /// @{
+    void SetUploadBudget(std::uint64_t bytesPerFrame);
+    std::uint64_t GetUploadBudget() const;
+    /// @}
+
     // Draw operations. Each submits into the bgfx view of `view` at once and copies its data. Common to all:
     // - an empty span draws nothing;
     // - an absent `modelTransform` means the current one, an absent `state` the operation's own;
@@ -213,6 +220,8 @@ public:
     void DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle texture) const;
 
 private:
+    friend class PointBatch; // draws through the same inside
+
     std::unique_ptr<Drawing> m_drawing;
 };
 

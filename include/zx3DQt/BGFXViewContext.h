@@ -1,6 +1,7 @@
 // One bgfx view: where it draws, from where it looks, and what it clears.
 #pragma once
 
+#include <zx3DQt/WorldPosition.h>
 #include <zx3DQt/zx3DQtExport.h>
 
 #include <zx3D/FrameBuffer.h>
@@ -82,6 +83,15 @@ public:
     void SetViewMatrix(QMatrix4x4 const& viewMatrix) { m_viewMatrix = viewMatrix; }
     /// @}
 
+    /// The world position that the view's floats call (0, 0, 0), its matrices' and those of the positions
+    /// that are drawn; at first the world's own. Batches subtract it from their origins in double precision:
+    /// with one near what is looked at, a millimetre stays a millimetre a thousand kilometres from the
+    /// world's origin.
+    /// @{
+    WorldPosition const& GetOrigin() const { return m_origin; }
+    void SetOrigin(WorldPosition const& origin) { m_origin = origin; }
+    /// @}
+
     /// A view matrix that only rotates; any earlier translation is discarded.
     void SetViewMatrix(QQuaternion const& rotation);
 
@@ -157,6 +167,7 @@ private:
     QRect m_viewport;
     QMatrix4x4 m_projectionMatrix;
     QMatrix4x4 m_viewMatrix;
+    WorldPosition m_origin;
     std::uint16_t m_viewId;
     bgfx::ViewMode::Enum m_viewMode;
     std::optional<BGFXViewClearOptions> m_clearOptions;

@@ -11,6 +11,7 @@
 #include <zx3DQt/BGFXViewContext.h>
 #include <zx3DQt/BGFXWindow.h>
 #include <zx3DQt/CapsReport.h>
+#include <zx3DQt/ColorMap.h>
 #include <zx3DQt/CoordinateAxes.h>
 #include <zx3DQt/CoordinateGrid.h>
 #include <zx3DQt/DistanceFade.h>
@@ -18,9 +19,11 @@
 #include <zx3DQt/FrameStatistics.h>
 #include <zx3DQt/Library.h>
 #include <zx3DQt/PictureOptions.h>
+#include <zx3DQt/PointBatch.h>
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/Shapes.h>
 #include <zx3DQt/UpdateEvents.h>
+#include <zx3DQt/WorldPosition.h>
 
 #include <zx3D/zx3D.h>
 

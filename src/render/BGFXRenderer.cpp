@@ -50,6 +50,14 @@ bool BGFXRenderer::StartFrame(zx3D::FrameBuffer& frameBuffer) {
     return m_drawing->StartFrame(frameBuffer);
 }
 
+void BGFXRenderer::SetUploadBudget(std::uint64_t bytesPerFrame) {
+    m_drawing->GetUploadBudget().SetLimit(bytesPerFrame);
+}
+
+std::uint64_t BGFXRenderer::GetUploadBudget() const {
+    return m_drawing->GetUploadBudget().GetLimit();
+}
+
 FrameStatistics BGFXRenderer::GetFrameStatistics() const {
     return m_drawing->GetCounter().GetStatistics();
 }

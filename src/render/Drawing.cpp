@@ -179,6 +179,7 @@ bool Drawing::StartFrame(zx3D::FrameBuffer& frameBuffer) {
     Initialize();
     frameBuffer.SubmitOnDemand();
     m_counter.StartFrame();
+    m_uploadBudget.StartFrame();
     m_pool->StartFrame();
     if (!bgfx::isValid(frameBuffer.GetHandle())) {
         m_counter.LeaveOut(LeftOutReason::NoFrameBuffer);

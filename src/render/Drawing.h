@@ -7,6 +7,7 @@
 #include "FrameResources.h"
 #include "LineFading.h"
 #include "Programs.h"
+#include "UploadBudget.h"
 
 #include <zx3D/ContextListener.h>
 #include <zx3D/DataSpan.h>
@@ -48,6 +49,7 @@ public:
     bgfx::UniformHandle GetUniform(Uniform uniform) const { return m_uniforms[IndexOf(uniform)]; }
 
     FrameCounter& GetCounter() { return m_counter; }
+    UploadBudget& GetUploadBudget() { return m_uploadBudget; }
 
     // What each uniform is packed from, for the next submission.
     void UpdateLineStippleUniform(zx3D::LineStipplePattern const& stipple) const {
@@ -180,6 +182,7 @@ private:
     std::array<bgfx::ProgramHandle, IndexOf(Program::Count)> m_programs;
     LineFading m_lineFading;
     FrameCounter m_counter;
+    UploadBudget m_uploadBudget;
     zx3D::OncePerCause m_noUniforms;
     std::shared_ptr<BlockPool> m_pool = std::make_shared<BlockPool>();
     std::uint32_t m_frameBuffers = 0; ///< buffers in the store of the frame

@@ -8,6 +8,8 @@ set(ZX3D_SHADER_SOURCES
   fs_line_fading.frag
   fs_line_opengl_stipple.frag
   fs_line_simple_dash.frag
+  fs_point_batch_ball.frag
+  fs_point_batch_disc.frag
   fs_point_sprite.frag
   fs_rectangle_sprite_fading.frag
   fs_rectangle_sprite_opengl_stipple.frag
@@ -18,6 +20,12 @@ set(ZX3D_SHADER_SOURCES
   vs_line_fading.vert
   vs_line_opengl_stipple.vert
   vs_line_simple_dash.vert
+  vs_point_batch_pixel.vert
+  vs_point_batch_pixel_scalar.vert
+  vs_point_batch_round.vert
+  vs_point_batch_round_scalar.vert
+  vs_point_batch_square.vert
+  vs_point_batch_square_scalar.vert
   vs_point_sprite.vert
   vs_rectangle_sprite.vert
   vs_rectangle_sprite_fading.vert
@@ -32,6 +40,14 @@ set(ZX3D_SHADER_PROGRAMS
   vs_line_opengl_stipple.vert+fs_line_opengl_stipple.frag
   vs_line_fading.vert+fs_line_fading.frag
   vs_point_sprite.vert+fs_point_sprite.frag
+  vs_point_batch_pixel.vert+fs_basic.frag
+  vs_point_batch_pixel_scalar.vert+fs_basic.frag
+  vs_point_batch_square.vert+fs_basic.frag
+  vs_point_batch_square_scalar.vert+fs_basic.frag
+  vs_point_batch_round.vert+fs_point_batch_disc.frag
+  vs_point_batch_round.vert+fs_point_batch_ball.frag
+  vs_point_batch_round_scalar.vert+fs_point_batch_disc.frag
+  vs_point_batch_round_scalar.vert+fs_point_batch_ball.frag
   vs_rectangle_sprite.vert+fs_rectangle_sprite_opengl_stipple.frag
   vs_rectangle_sprite_fading.vert+fs_rectangle_sprite_fading.frag
   vs_fullscreen_triangle.vert+fs_fullscreen_texture.frag

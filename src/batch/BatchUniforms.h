@@ -1,0 +1,43 @@
+// The uniforms that batches' programs read.
+#pragma once
+
+#include <zx3D/ContextListener.h>
+#include <zx3D/Owned.h>
+
+#include <bgfx/bgfx.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace zarvex::zx3DQt {
+
+/// As the shaders name them.
+enum class BatchUniform : std::uint8_t { Texels, ColorMap, Range, PointSize, PointRange, Count };
+
+/// Made on first use in each run of the context, for all batches. Thread: the one that calls bgfx's API.
+class BatchUniforms final : private zx3D::ContextListener {
+public:
+    static BatchUniforms& Get();
+
+    /// False when bgfx has too few uniforms left.
+    bool Create();
+
+    /// After `Create` returned true.
+    bgfx::UniformHandle operator[](BatchUniform uniform) const {
+        return m_uniforms[static_cast<std::size_t>(uniform)].Get();
+    }
+    void Set(BatchUniform uniform, float x, float y = 0.0f) const {
+        float const value[] = {x, y, 0.0f, 0.0f};
+        bgfx::setUniform((*this)[uniform], value, 1);
+    }
+
+private:
+    BatchUniforms() = default;
+
+    void OnContextStopping() override;
+
+    std::array<zx3D::Owned<bgfx::UniformHandle>, static_cast<std::size_t>(BatchUniform::Count)> m_uniforms;
+};
+
+} // namespace zarvex::zx3DQt

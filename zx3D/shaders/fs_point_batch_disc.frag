@@ -1,0 +1,14 @@
+// Discs: what is left of a square inside a circle.
+
+layout(location = 0) in vec4 v_color;
+layout(location = 1) in vec2 v_place;
+layout(location = 2) flat in vec4 v_ball;
+
+layout(location = 0) out vec4 o_color;
+
+void main() {
+    if (dot(v_place, v_place) > 1.0) {
+        discard;
+    }
+    o_color = v_color;
+}

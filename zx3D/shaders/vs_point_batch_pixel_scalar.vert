@@ -1,0 +1,5 @@
+// Points of one pixel with the colours of numbers, from a batch.
+
+#include "batch_texels.glsl"
+#include "point_batch_scalar.glsl"
+#include "point_batch_pixel.glsl"

@@ -1,0 +1,5 @@
+// Discs and balls with the colours of numbers, from a batch.
+
+#include "batch_texels.glsl"
+#include "point_batch_scalar.glsl"
+#include "point_batch_round.glsl"
