@@ -1,9 +1,11 @@
-// W3: 1,000,000 points of one pixel, handed over anew in each frame.
+// W3: 1,000,000 points of one pixel, handed over anew in each frame, or kept.
 #include "runner/Floor.h"
 #include "runner/Scene.h"
 #include "workloads/RandomScene.h"
 #include "workloads/Variants.h"
 #include "workloads/Workloads.h"
+
+#include <zx3DQt/PointBatch.h>
 
 #include <cstring>
 
@@ -39,13 +41,54 @@ private:
     bgfx::ProgramHandle m_program = Program("vs_basic", "fs_basic");
 };
 
+/// The same points in a batch, or in a vertex buffer.
+class KeptPointsScene : public Scene {
+public:
+    KeptPointsScene() {
+        std::vector<zx3DQt::ColoredPoint> points;
+        for (Vertex const& point : m_points)
+            points.push_back({point.position, point.color.ToRGBA()});
+        m_batch.Set(points);
+        m_vertices = bgfx::createVertexBuffer(
+            bgfx::copy(m_points.data(), static_cast<std::uint32_t>(m_points.size() * sizeof(Vertex))),
+            Vertex::Layout());
+    }
+    ~KeptPointsScene() override { bgfx::destroy(m_vertices); }
+
+    std::size_t GetByteCount() const override { return 0; }
+
+private:
+    void DrawWithLibrary(zx3DQt::BGFXRenderer const& renderer, zx3DQt::BGFXViewContext const& view) override {
+        m_batch.Draw(renderer, view);
+    }
+
+    void DrawByHand(bgfx::ViewId view) override {
+        bgfx::setVertexBuffer(0, m_vertices);
+        bgfx::setState(zx3DQt::BGFXRenderer::STATE_POINTS);
+        bgfx::submit(view, m_program);
+    }
+
+    std::vector<Vertex> m_points = RandomPoints(3, 1'000'000);
+    zx3DQt::PointBatch m_batch;
+    bgfx::VertexBufferHandle m_vertices;
+    bgfx::ProgramHandle m_program = Program("vs_basic", "fs_basic");
+};
+
+std::vector<std::string> Variants() {
+    std::vector<std::string> variants = SizeVariants();
+    variants.push_back("kept");
+    return variants;
+}
+
 } // namespace
 
 WorkloadKind ThinPoints() {
     return {.name = "W3",
             .title = "1,000,000 points, 1 px",
-            .variants = SizeVariants(),
-            .create = [](std::string const& variant) {
+            .variants = Variants(),
+            .create = [](std::string const& variant) -> std::unique_ptr<Scene> {
+                if (variant == "kept")
+                    return std::make_unique<KeptPointsScene>();
                 return std::make_unique<ThinPointsScene>(PartOf(1000000, variant));
             }};
 }
