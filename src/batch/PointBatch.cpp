@@ -185,8 +185,9 @@ void PointBatch::Data::Draw(Drawing& drawing, BGFXViewContext const& view, Point
 
     QMatrix4x4 const model = ModelMatrix(origin, view.GetOrigin(), transform);
     std::uint32_t const modelId = bgfx::setTransform(model.constData(), 1);
-    BGFXRenderState const state = style.state.value_or(BGFXRenderer::STATE_OPAQUE) |
-                                  (technique.verticesPerPoint == 1 ? BGFX_STATE_PT_POINTS : 0);
+    BGFXRenderState const state =
+        Drawing::ForView(view, style.state.value_or(BGFXRenderer::STATE_OPAQUE) |
+                                   (technique.verticesPerPoint == 1 ? BGFX_STATE_PT_POINTS : 0));
     auto const submit = [&](bgfx::TextureHandle texture, std::uint32_t first, std::uint32_t count,
                             std::uint32_t rowLength) {
         bgfx::setTransform(modelId, 1);

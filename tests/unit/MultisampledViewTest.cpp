@@ -1,6 +1,7 @@
 // What draw operations ask of bgfx in views of several samples.
 #include <DrawFixture.h>
 
+#include <zx3DQt/PointBatch.h>
 #include <zx3DQt/Shapes.h>
 
 #include <zx3D/FrameBuffer.h>
@@ -48,7 +49,14 @@ protected:
         m_renderer->DrawTriangles(m_view, corners, indices, std::nullopt, BGFXRenderer::STATE_MARKER_OVERLAY);
         DrawCircle(*m_renderer, m_view, QVector2D(), 1.0f, zx3D::Color(), 0.0f, BGFXRenderer::STATE_OPAQUE);
         m_renderer->DrawFullscreenTexture(m_view, BGFX_INVALID_HANDLE);
+        m_batch.Set(zx3D::DataSpan<ColoredPoint const>(m_point, 1));
+        m_batch.Draw(*m_renderer, m_view);
+        m_batch.Draw(*m_renderer, m_view, {.size = 5.0f});
     }
+
+private:
+    ColoredPoint const m_point[1] = {};
+    PointBatch m_batch;
 };
 
 } // namespace
