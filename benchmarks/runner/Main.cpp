@@ -2,6 +2,7 @@
 #include "runner/Measurement.h"
 #include "runner/Memory.h"
 #include "runner/Report.h"
+#include "runner/Scene.h"
 #include "runner/Stage.h"
 #include "workloads/Workloads.h"
 
@@ -31,6 +32,7 @@ struct Options {
     QString variant, backend, jsonFile;
     std::optional<Side> profiledSide, sideWithMemory;
     std::size_t frames = 0;
+    bool comparesSamples = false;
 };
 
 [[noreturn]] void Fail(QString const& message) {
@@ -97,6 +99,11 @@ Options ParseArguments(int& argc, char* argv[]) {
         {"list", "Show the workloads and their variants."},
         {"header", "Show the table's header."},
         {"frames", "Timed frames of each; 100, and 500 on Noop. With --memory all frames; 10000.", "number"},
+        {"samples",
+         "Compare so many samples for each pixel with one, both drawn with the library: what smooth edges "
+         "cost. "
+         "Not for W8.",
+         "number"},
         {"json", "Append the result to a file.", "file"},
         {"profile", "Only draw, with the library or the floor, for a profiler to watch.", "side"},
         {"memory", "Measure no time, but whether memory grows, of the library or the floor.", "side"},
@@ -126,6 +133,9 @@ Options ParseArguments(int& argc, char* argv[]) {
                     ParseSide(parser, "profile"),
                     ParseSide(parser, "memory")};
     options.frames = ParseFrames(parser, options);
+    options.comparesSamples = parser.isSet("samples");
+    if (options.comparesSamples)
+        Scene::CompareSamples(parser.value("samples").toUInt());
     return options;
 }
 
@@ -180,6 +190,8 @@ bool Measure(Workload& workload, Options const& options) {
 
     if (!options.jsonFile.isEmpty() && !AppendJson(report, options.jsonFile.toStdString()))
         Fail("cannot write " + options.jsonFile);
+    if (options.comparesSamples) // which are different work, and different pictures
+        return true;
     if (!report.comparison.sameWork)
         std::printf("     The two sides give bgfx different work.\n");
     if (report.comparison.differentPixels != 0)

@@ -3,36 +3,44 @@
 
 namespace zarvex::benchmarks {
 
-void Scene::RecordWithLibrary() {
-    m_renderer.StartFrame(m_stage.GetFrameBuffer());
-    m_stage.GetView().Submit(m_stage.GetFrameBuffer());
-    DrawWithLibrary(m_renderer, m_stage.GetView());
+Scene::Scene(bx::Vec3 const& eye) : m_stage(eye) {
+    if (comparedSamples > 1)
+        m_smoothStage.emplace(eye, comparedSamples);
+    m_renderer.Initialize();
 }
 
-void Scene::RecordByHand() {
+void Scene::RecordWithLibrary(Stage& stage) {
+    m_renderer.StartFrame(stage.GetFrameBuffer());
+    stage.GetView().Submit(stage.GetFrameBuffer());
+    DrawWithLibrary(m_renderer, stage.GetView());
+}
+
+void Scene::RecordFloor() {
+    if (m_smoothStage)
+        return RecordWithLibrary(m_stage);
     m_stage.SetUpView();
     DrawByHand(m_stage.GetView());
 }
 
 void Scene::RunLibrary() {
-    RecordWithLibrary();
-    std::uint32_t const ready = m_stage.RequestPixel();
+    RecordWithLibrary(GetLibraryStage());
+    std::uint32_t const ready = GetLibraryStage().RequestPixel();
     WaitForFrame(ready, m_renderer.PresentCurrentAndSubmitNextFrame(false));
 }
 
 void Scene::RunFloor() {
-    RecordByHand();
+    RecordFloor();
     std::uint32_t const ready = m_stage.RequestPixel();
     WaitForFrame(ready, bgfx::frame());
 }
 
 FrameResult Scene::InspectLibrary() {
-    RecordWithLibrary();
-    return m_stage.Inspect();
+    RecordWithLibrary(GetLibraryStage());
+    return GetLibraryStage().Inspect();
 }
 
 FrameResult Scene::InspectFloor() {
-    RecordByHand();
+    RecordFloor();
     return m_stage.Inspect();
 }
 

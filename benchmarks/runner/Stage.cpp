@@ -28,8 +28,9 @@ bool DrawsNothing() {
     return bgfx::getRendererType() == bgfx::RendererType::Noop;
 }
 
-Stage::Stage(bx::Vec3 const& eye)
-    : m_frameBuffer(nullptr, bgfx::TextureFormat::RGBA8, bgfx::TextureFormat::D16),
+Stage::Stage(bx::Vec3 const& eye, std::uint32_t sampleCount)
+    : m_frameBuffer(nullptr, bgfx::TextureFormat::RGBA8,
+                    zx3D::FrameBufferOptions{.sampleCount = sampleCount}),
       m_view(kView, zx3DQt::BGFXViewClearOptions{kClearFlags, kClearColor, 1.0f, 0}) {
     m_frameBuffer.RequestResize(kWidth, kHeight);
     m_frameBuffer.SubmitOnDemand();

@@ -19,7 +19,7 @@ bool DrawsNothing();
 /// 1280 x 720 pixels of 8-bit colours and 16-bit depth off screen, and a camera that looks at the origin.
 class Stage {
 public:
-    explicit Stage(bx::Vec3 const& eye = {0.0f, 0.0f, 5.0f});
+    explicit Stage(bx::Vec3 const& eye = {0.0f, 0.0f, 5.0f}, std::uint32_t sampleCount = 1);
     ~Stage();
 
     Stage(Stage const&) = delete;
