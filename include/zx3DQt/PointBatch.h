@@ -48,7 +48,7 @@ enum class SizeUnit : std::uint8_t {
 
 /// How the points of a batch are drawn. A plain value.
 struct PointStyle {
-    PointShape shape = PointShape::Square;
+    PointShape shape = PointShape::Square;  ///< of all points
     float size = 1.0f;                      ///< diameter or edge; up to 1 pixel, a point is one pixel
     SizeUnit sizeUnit = SizeUnit::Pixels;   ///< of the size
     ColorMap colorMap{};                    ///< for points with numbers
@@ -78,13 +78,20 @@ struct PointStyle {
 class ZX3DQT_EXPORT PointBatch {
 public:
     /// Whether the process keeps a copy of what is on the GPU.
-    enum class KeepData : std::uint8_t { No, Yes };
+    enum class KeepData : std::uint8_t {
+        No, ///< what is on the GPU is nowhere else
+        Yes ///< 16 bytes a point, from which it is uploaded again
+    };
 
+    /// Without points.
     explicit PointBatch(KeepData keepData = KeepData::No);
     ~PointBatch();
 
+    /// Takes over what the other has, which may only be destroyed or assigned to afterwards.
+    /// @{
     PointBatch(PointBatch&& other) noexcept;
     PointBatch& operator=(PointBatch&& other) noexcept;
+    /// @}
 
     /// The world position that the points' coordinates are relative to; at first (0, 0, 0). Takes effect with
     /// the next `Draw`, at no cost.
