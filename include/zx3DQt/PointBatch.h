@@ -73,8 +73,9 @@ struct PointStyle {
 /// first `Draw`. It may be moved, not copied.
 ///
 /// Positions that are not finite are refused: the point keeps its index and is not drawn, and a warning
-/// counts them. Thread: the GUI thread. Errors: `std::bad_alloc` leaves the batch as it was; what the GPU has
-/// no room for is left out, counted (`FrameStatistics`) and warned about, and tried again in the next frame.
+/// counts them. Thread: the GUI thread. Errors: `std::bad_alloc` leaves the batch as it was, in `Set` empty;
+/// what the GPU has no room for is left out, counted (`FrameStatistics`) and warned about, and tried again in
+/// the next frame.
 class ZX3DQT_EXPORT PointBatch {
 public:
     /// Whether the process keeps a copy of what is on the GPU.

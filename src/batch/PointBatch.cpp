@@ -42,7 +42,7 @@ struct Technique {
 
 Technique TechniqueOf(PointStyle const& style, Kind kind) {
     bool const hasColor = kind == Kind::Colored;
-    if (style.sizeUnit == SizeUnit::Pixels && style.size <= 1.0f)
+    if (style.sizeUnit == SizeUnit::Pixels && !(style.size > 1.0f)) // a size that is not a number, too
         return {hasColor ? "vs_point_batch_pixel" : "vs_point_batch_pixel_scalar", "fs_basic", 1};
     if (style.shape == PointShape::Square)
         return {hasColor ? "vs_point_batch_square" : "vs_point_batch_square_scalar", "fs_basic", 6};

@@ -95,6 +95,16 @@ TEST_F(PointBatchTest, LargePointsAreSixVerticesAndHaveASize) {
     EXPECT_THAT(TheDraw().uniforms.at("u_pointSize"), ElementsAre(0.0f, 0.25f, 0.0f, 0.0f));
 }
 
+TEST_F(PointBatchTest, SizesThatMakeNoSenseArePixels) {
+    PointBatch batch;
+    batch.Set(Row(3));
+    for (float const size : {0.0f, -7.0f, std::numeric_limits<float>::quiet_NaN()}) {
+        recorder::ClearCalls();
+        Draw(batch, {.size = size});
+        EXPECT_THAT(recorder::CallTexts(), Contains("setVertexCount(3)")) << size;
+    }
+}
+
 TEST_F(PointBatchTest, OriginsAreSubtractedInDoublePrecision) {
     PointBatch batch;
     batch.Set(Row(3));
