@@ -11,7 +11,7 @@ namespace zarvex::zx3DQt {
 /// Why something was left out of a frame.
 enum class LeftOutReason : std::uint8_t {
     NoTransientSpace, ///< bgfx's transient buffers were full; `zx3D::ContextOptions` has their sizes
-    NoBuffer,         ///< bgfx had no buffer left
+    NoBuffer,         ///< bgfx had no buffer left, or no texture for a batch
     NoProgram,        ///< the shader program was invalid, or the renderer is not initialised
     NoFrameBuffer,    ///< the frame buffer could not be created: `StartFrame` returned false
     Count

@@ -17,7 +17,7 @@ constexpr Warning kWarnings[] = {
     {"draw.no-transient-space",
      "Draw calls are left out: bgfx's transient buffers are full. ContextOptions has "
      "their sizes"},
-    {"draw.no-buffer", "Draw calls are left out: bgfx has no buffer left"},
+    {"draw.no-buffer", "Draw calls are left out: bgfx has no buffer or texture left"},
     {"draw.no-program", "Draw calls are left out: their shader program is invalid"},
     {"draw.no-frame-buffer", "A frame is left out: its frame buffer could not be created"},
 };

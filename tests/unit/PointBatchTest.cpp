@@ -38,6 +38,15 @@ protected:
 
     void Draw(PointBatch& batch, PointStyle const& style = {}) { batch.Draw(*m_renderer, m_view, style); }
 
+    /// The caller destroys them.
+    static std::vector<bgfx::TextureHandle> TakeAllTextures() {
+        std::vector<bgfx::TextureHandle> textures;
+        while (textures.empty() || bgfx::isValid(textures.back()))
+            textures.push_back(bgfx::createTexture2D(1, 1, false, 1, bgfx::TextureFormat::RGBA8));
+        textures.pop_back();
+        return textures;
+    }
+
     /// Frames in which the batch is drawn until it is uploaded.
     int CountFrames(PointBatch& batch) {
         int frames = 0;
@@ -215,6 +224,40 @@ TEST_F(PointBatchTest, TheOtherKindOfPointsIsRefused) {
     EXPECT_EQ(batch.GetCount(), 10u);
     batch.Set(numbers);
     EXPECT_EQ(batch.GetCount(), 2u);
+}
+
+TEST_F(PointBatchTest, WhereTexturesRanOutItIsCountedAndTriedAgain) {
+    std::vector<bgfx::TextureHandle> const textures = TakeAllTextures();
+    PointBatch batch;
+    batch.Set(Row(10));
+    recorder::ClearCalls();
+    for (int frame = 0; frame < 3; ++frame) {
+        StartFrame();
+        Draw(batch);
+        EXPECT_EQ(m_renderer->GetFrameStatistics().CountLeftOut(LeftOutReason::NoBuffer), 1u);
+    }
+    EXPECT_THAT(TakeWarnings("draw.no-buffer"), SizeIs(1));
+    EXPECT_EQ(recorder::CountCalls("submit"), 0u);
+    for (bgfx::TextureHandle const texture : textures)
+        bgfx::destroy(texture);
+    EXPECT_EQ(CountFrames(batch), 1);
+    EXPECT_EQ(batch.GetCount(), 10u) << "nothing is lost";
+}
+
+TEST_F(PointBatchTest, WithoutATextureForItsColorMapItIsCounted) {
+    QColor const colors[] = {Qt::red, Qt::blue};
+    PointStyle const style{.colorMap = ColorMap(colors)};
+    std::vector<ScalarPoint> const numbers(3);
+    PointBatch batch;
+    batch.Set(numbers);
+    CountFrames(batch);
+    std::vector<bgfx::TextureHandle> const textures = TakeAllTextures();
+    StartFrame();
+    Draw(batch, style);
+    EXPECT_EQ(m_renderer->GetFrameStatistics().CountLeftOut(LeftOutReason::NoBuffer), 1u);
+    EXPECT_THAT(TakeWarnings("draw.no-buffer"), SizeIs(1));
+    for (bgfx::TextureHandle const texture : textures)
+        bgfx::destroy(texture);
 }
 
 TEST_F(PointBatchTest, AnEmptyBatchDrawsNothing) {
