@@ -1,6 +1,8 @@
 // Textures for texels: their sizes, and what is written to which.
 #include "TexelStore.h"
 
+#include <bit>
+
 namespace zarvex::zx3DQt {
 
 namespace {
@@ -18,6 +20,7 @@ constexpr std::uint64_t kTextureFlags = BGFX_SAMPLER_POINT | BGFX_SAMPLER_UVW_CL
 
 void TexelStore::Clear() {
     m_isLost = false;
+    m_hasDropped = false;
     m_dropped = 0;
     m_texels = {};
     m_uploaded = 0;
@@ -25,7 +28,7 @@ void TexelStore::Clear() {
 }
 
 void TexelStore::OnContextStopping() {
-    bool const loses = m_dropped > 0;
+    bool const loses = m_hasDropped;
     m_uploaded = 0;
     m_chunks.clear();
     if (!loses)
@@ -54,6 +57,7 @@ void TexelStore::Update(std::uint64_t first, std::span<Texel const> texels) {
 
 bool TexelStore::Upload(std::uint64_t maxBytes) {
     std::uint64_t left = maxBytes == 0 ? 0 : std::max(maxBytes / sizeof(Texel), kMaxWidth);
+    left -= left % m_grouping.groupSize;
     while (m_uploaded < GetCount() && left > 0) {
         if (m_uploaded == Capacity() && !AddChunk())
             return false;
@@ -67,46 +71,65 @@ bool TexelStore::Upload(std::uint64_t maxBytes) {
     return true;
 }
 
+/// All but those that the next texture begins with.
 void TexelStore::DropUploaded() {
-    m_dropped = m_uploaded;
-    m_texels = {};
+    std::uint64_t const kept = std::min<std::uint64_t>(m_grouping.before, m_uploaded);
+    if (m_uploaded == 0 || (m_hasDropped && m_texels.size() == kept))
+        return;
+    std::vector<Texel> rest(m_texels.end() - static_cast<std::ptrdiff_t>(kept), m_texels.end());
+    m_hasDropped = true;
+    m_dropped = m_uploaded - kept;
+    m_texels = std::move(rest);
 }
 
 bool TexelStore::AddChunk() {
-    // What waits fits exactly; what grows doubles, so that a stream of small pieces gets few textures.
+    // What waits fits; what grows doubles, so that a stream of small pieces gets few textures.
     std::uint64_t const growth = m_uploaded == 0 ? 0 : std::max(m_uploaded, kLeastGrowth);
-    std::uint64_t const wanted = std::min(std::max(GetCount() - m_uploaded, growth), kMaxWidth * kMaxHeight);
+    std::uint64_t const before = std::min<std::uint64_t>(m_grouping.before, m_uploaded);
+    std::uint64_t const wanted = std::min(
+        before + std::max(GetCount() - m_uploaded, growth) + m_grouping.after, kMaxWidth * kMaxHeight);
     Chunk chunk;
+    chunk.begin = m_uploaded - before;
     chunk.first = m_uploaded;
-    chunk.width = static_cast<std::uint16_t>(std::min(wanted, kMaxWidth));
+    // A power of two, by which shaders divide in no time.
+    chunk.width = static_cast<std::uint16_t>(std::bit_ceil(std::min(wanted, kMaxWidth)));
     chunk.height = static_cast<std::uint16_t>((wanted + chunk.width - 1) / chunk.width);
     chunk.texture = zx3D::Owned(bgfx::createTexture2D(chunk.width, chunk.height, false, 1,
                                                       bgfx::TextureFormat::RGBA32U, kTextureFlags));
     if (!chunk.texture)
         return false;
+    WriteTo(chunk, chunk.begin, std::span(m_texels).subspan(chunk.begin - m_dropped, before));
     m_chunks.push_back(std::move(chunk));
     return true;
 }
 
-/// To textures that are there: the rest of a row, whole rows, and the beginning of one.
-void TexelStore::Write(std::uint64_t first, std::span<Texel const> texels) {
-    for (Chunk const& chunk : m_chunks) {
-        std::uint64_t const end = chunk.first + chunk.Capacity();
-        while (!texels.empty() && first < end) {
-            std::uint64_t const place = first - chunk.first;
-            std::uint64_t const x = place % chunk.width;
-            std::uint64_t const inChunk = std::min<std::uint64_t>(texels.size(), end - first);
-            bool const isPartOfRow = x != 0 || inChunk < chunk.width;
-            std::uint64_t const width = isPartOfRow ? std::min(chunk.width - x, inChunk) : chunk.width;
-            std::uint64_t const height = isPartOfRow ? 1 : inChunk / chunk.width;
-            std::span<Texel const> const part = texels.first(width * height);
-            bgfx::updateTexture2D(chunk.texture.Get(), 0, 0, static_cast<std::uint16_t>(x),
-                                  static_cast<std::uint16_t>(place / chunk.width),
-                                  static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height),
-                                  bgfx::copy(part.data(), static_cast<std::uint32_t>(part.size_bytes())));
-            first += part.size();
-            texels = texels.subspan(part.size());
-        }
+/// To all textures that have some of them.
+void TexelStore::Write(std::uint64_t first, std::span<Texel const> texels) const {
+    for (Chunk const& chunk : m_chunks)
+        WriteTo(chunk, first, texels);
+}
+
+/// Those that a texture has: the rest of a row, whole rows, and the beginning of one.
+void TexelStore::WriteTo(Chunk const& chunk, std::uint64_t first, std::span<Texel const> texels) {
+    std::uint64_t const from = std::max(first, chunk.begin);
+    std::uint64_t const to = std::min(first + texels.size(), chunk.begin + chunk.Capacity());
+    if (from >= to)
+        return;
+    texels = texels.subspan(from - first, to - from);
+    std::uint64_t place = from - chunk.begin;
+    while (!texels.empty()) {
+        std::uint64_t const x = place % chunk.width;
+        bool const isPartOfRow = x != 0 || texels.size() < chunk.width;
+        std::uint64_t const width =
+            isPartOfRow ? std::min<std::uint64_t>(chunk.width - x, texels.size()) : chunk.width;
+        std::uint64_t const height = isPartOfRow ? 1 : texels.size() / chunk.width;
+        std::span<Texel const> const part = texels.first(width * height);
+        bgfx::updateTexture2D(chunk.texture.Get(), 0, 0, static_cast<std::uint16_t>(x),
+                              static_cast<std::uint16_t>(place / chunk.width),
+                              static_cast<std::uint16_t>(width), static_cast<std::uint16_t>(height),
+                              bgfx::copy(part.data(), static_cast<std::uint32_t>(part.size_bytes())));
+        place += part.size();
+        texels = texels.subspan(part.size());
     }
 }
 
