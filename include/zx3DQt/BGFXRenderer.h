@@ -220,7 +220,8 @@ public:
     void DrawFullscreenTexture(std::uint16_t viewId, bgfx::TextureHandle texture) const;
 
 private:
-    friend class PointBatch; // draws through the same inside
+    friend class LineBatch; // draw through the same inside
+    friend class PointBatch;
 
     std::unique_ptr<Drawing> m_drawing;
 };

@@ -4,6 +4,7 @@
 #include <zx3DQt/BGFXViewContext.h>
 #include <zx3DQt/ColorMap.h>
 #include <zx3DQt/RenderTypes.h>
+#include <zx3DQt/SizeUnit.h>
 #include <zx3DQt/WorldPosition.h>
 #include <zx3DQt/zx3DQtExport.h>
 
@@ -38,12 +39,6 @@ enum class PointShape : std::uint8_t {
     Square, ///< parallel to the picture's edges
     Disc,   ///< round and flat
     Ball,   ///< round, shaded from the viewer, and with the depth of a ball: balls cut into each other
-};
-
-/// What a length means.
-enum class SizeUnit : std::uint8_t {
-    Pixels, ///< physical pixels of the target, at every distance
-    World,  ///< world units: what is nearer is larger
 };
 
 /// How the points of a batch are drawn. A plain value.

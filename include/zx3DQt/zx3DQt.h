@@ -18,10 +18,12 @@
 #include <zx3DQt/FrameNotifier.h>
 #include <zx3DQt/FrameStatistics.h>
 #include <zx3DQt/Library.h>
+#include <zx3DQt/LineBatch.h>
 #include <zx3DQt/PictureOptions.h>
 #include <zx3DQt/PointBatch.h>
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/Shapes.h>
+#include <zx3DQt/SizeUnit.h>
 #include <zx3DQt/UpdateEvents.h>
 #include <zx3DQt/WorldPosition.h>
 

@@ -11,11 +11,13 @@ struct Named {
 };
 
 /// By `BatchUniform`.
-constexpr Named kUniforms[] = {{"s_batchTexels", bgfx::UniformType::Sampler},
-                               {"s_colorMap", bgfx::UniformType::Sampler},
-                               {"u_batchRange", bgfx::UniformType::Vec4},
-                               {"u_pointSize", bgfx::UniformType::Vec4},
-                               {"u_pointRange", bgfx::UniformType::Vec4}};
+constexpr Named kUniforms[] = {
+    {"s_batchTexels", bgfx::UniformType::Sampler}, {"s_colorMap", bgfx::UniformType::Sampler},
+    {"u_batchRange", bgfx::UniformType::Vec4},     {"u_pointSize", bgfx::UniformType::Vec4},
+    {"u_pointRange", bgfx::UniformType::Vec4},     {"u_lineSize", bgfx::UniformType::Vec4},
+    {"u_lineShape", bgfx::UniformType::Vec4},      {"u_lineStipple", bgfx::UniformType::Vec4},
+    {"u_lineRun", bgfx::UniformType::Vec4},        {"s_lineMeasures", bgfx::UniformType::Sampler},
+    {"s_lineCarries", bgfx::UniformType::Sampler}};
 static_assert(std::size(kUniforms) == static_cast<std::size_t>(BatchUniform::Count));
 
 } // namespace

@@ -13,7 +13,20 @@
 namespace zarvex::zx3DQt {
 
 /// As the shaders name them.
-enum class BatchUniform : std::uint8_t { Texels, ColorMap, Range, PointSize, PointRange, Count };
+enum class BatchUniform : std::uint8_t {
+    Texels,
+    ColorMap,
+    Range,
+    PointSize,
+    PointRange,
+    LineSize,
+    LineShape,
+    LineStipple,
+    LineRun,
+    LineMeasures,
+    LineCarries,
+    Count
+};
 
 /// Made on first use in each run of the context, for all batches. Thread: the one that calls bgfx's API.
 class BatchUniforms final : private zx3D::ContextListener {
@@ -27,8 +40,8 @@ public:
     bgfx::UniformHandle operator[](BatchUniform uniform) const {
         return m_uniforms[static_cast<std::size_t>(uniform)].Get();
     }
-    void Set(BatchUniform uniform, float x, float y = 0.0f) const {
-        float const value[] = {x, y, 0.0f, 0.0f};
+    void Set(BatchUniform uniform, float x, float y = 0.0f, float z = 0.0f, float w = 0.0f) const {
+        float const value[] = {x, y, z, w};
         bgfx::setUniform((*this)[uniform], value, 1);
     }
 

@@ -36,8 +36,12 @@ public:
 
     bool MayShow(Bounds const& bounds) const;
 
+    /// Whether all positions in the box are in front of the camera: their clip w is positive.
+    bool IsInFront(Bounds const& bounds) const;
+
 private:
     std::array<QVector4D, 5> m_planes; ///< inside where positive
+    QVector4D m_camera;                ///< in front where positive
     float m_reach;
 };
 
@@ -60,6 +64,13 @@ public:
 
     /// Around all pieces.
     Bounds Total() const;
+
+    /// Whether all that the volume may show is in front of the camera.
+    bool IsInFront(ViewVolume const& volume) const {
+        return std::all_of(m_pieces.begin(), m_pieces.end(), [&](Bounds const& piece) {
+            return volume.IsInFront(piece) || !volume.MayShow(piece);
+        });
+    }
 
     /// Calls `draw(first, count)` for each run of things, of `total`, in pieces that the volume may show.
     template<typename Draw>

@@ -5,6 +5,7 @@
 #include "../render/Drawing.h"
 #include "BatchUniforms.h"
 #include "ColorMapTable.h"
+#include "ModelMatrix.h"
 #include "PieceBounds.h"
 #include "TexelStore.h"
 
@@ -48,16 +49,6 @@ Technique TechniqueOf(PointStyle const& style, Kind kind) {
         return {hasColor ? "vs_point_batch_square" : "vs_point_batch_square_scalar", "fs_basic", 6};
     return {hasColor ? "vs_point_batch_round" : "vs_point_batch_round_scalar",
             style.shape == PointShape::Disc ? "fs_point_batch_disc" : "fs_point_batch_ball", 6};
-}
-
-/// From the batch's coordinates to the view's: the origins' distance is small where both are large.
-QMatrix4x4 ModelMatrix(WorldPosition const& batchOrigin, WorldPosition const& viewOrigin,
-                       QMatrix4x4 const& transform) {
-    QMatrix4x4 model;
-    model.translate(static_cast<float>(batchOrigin.x - viewOrigin.x),
-                    static_cast<float>(batchOrigin.y - viewOrigin.y),
-                    static_cast<float>(batchOrigin.z - viewOrigin.z));
-    return model * transform;
 }
 
 /// How far points reach beyond their positions: in NDC, or in the view's units, which a model may scale.

@@ -179,6 +179,8 @@ bool Drawing::StartFrame(zx3D::FrameBuffer& frameBuffer) {
     Initialize();
     frameBuffer.SubmitOnDemand();
     m_counter.StartFrame();
+    static std::uint64_t frames = 0;
+    m_frameNumber = ++frames;
     m_uploadBudget.StartFrame();
     m_pool->StartFrame();
     if (!bgfx::isValid(frameBuffer.GetHandle())) {

@@ -49,6 +49,8 @@ public:
     bgfx::UniformHandle GetUniform(Uniform uniform) const { return m_uniforms[IndexOf(uniform)]; }
 
     FrameCounter& GetCounter() { return m_counter; }
+    /// Of the frame that was started last, in all renderers.
+    std::uint64_t GetFrameNumber() const { return m_frameNumber; }
     UploadBudget& GetUploadBudget() { return m_uploadBudget; }
 
     // What each uniform is packed from, for the next submission.
@@ -182,6 +184,7 @@ private:
     std::array<bgfx::ProgramHandle, IndexOf(Program::Count)> m_programs;
     LineFading m_lineFading;
     FrameCounter m_counter;
+    std::uint64_t m_frameNumber = 0;
     UploadBudget m_uploadBudget;
     zx3D::OncePerCause m_noUniforms;
     std::shared_ptr<BlockPool> m_pool = std::make_shared<BlockPool>();

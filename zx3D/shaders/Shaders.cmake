@@ -1,10 +1,16 @@
 # Every shader of zx3D, and which of them make programs together: the arguments of zx3dqt_add_shaders.
 set(ZX3D_SHADER_SOURCES
+  cs_line_batch_carries.comp
+  cs_line_batch_lengths.comp
   cs_point_sprite.comp
   cs_rectangle_sprite.comp
   fs_basic.frag
   fs_fullscreen_texture.frag
   fs_lighting.frag
+  fs_line_batch_shape.frag
+  fs_line_batch_smooth.frag
+  fs_line_batch_smooth_stipple.frag
+  fs_line_batch_stipple.frag
   fs_line_fading.frag
   fs_line_opengl_stipple.frag
   fs_line_simple_dash.frag
@@ -17,6 +23,16 @@ set(ZX3D_SHADER_SOURCES
   vs_basic.vert
   vs_fullscreen_triangle.vert
   vs_lighting.vert
+  vs_line_batch_joined.vert
+  vs_line_batch_joined_cut.vert
+  vs_line_batch_run.vert
+  vs_line_batch_run_cut.vert
+  vs_line_batch_shape.vert
+  vs_line_batch_shape_cut.vert
+  vs_line_batch_thin.vert
+  vs_line_batch_thin_joined.vert
+  vs_line_batch_wide.vert
+  vs_line_batch_wide_cut.vert
   vs_line_fading.vert
   vs_line_opengl_stipple.vert
   vs_line_simple_dash.vert
@@ -39,6 +55,30 @@ set(ZX3D_SHADER_PROGRAMS
   vs_line_simple_dash.vert+fs_line_simple_dash.frag
   vs_line_opengl_stipple.vert+fs_line_opengl_stipple.frag
   vs_line_fading.vert+fs_line_fading.frag
+  vs_line_batch_thin.vert+fs_basic.frag
+  vs_line_batch_thin_joined.vert+fs_basic.frag
+  vs_line_batch_wide.vert+fs_basic.frag
+  vs_line_batch_wide_cut.vert+fs_basic.frag
+  vs_line_batch_joined.vert+fs_line_batch_shape.frag
+  vs_line_batch_joined.vert+fs_line_batch_smooth.frag
+  vs_line_batch_joined.vert+fs_line_batch_smooth_stipple.frag
+  vs_line_batch_joined.vert+fs_line_batch_stipple.frag
+  vs_line_batch_joined_cut.vert+fs_line_batch_shape.frag
+  vs_line_batch_joined_cut.vert+fs_line_batch_smooth.frag
+  vs_line_batch_joined_cut.vert+fs_line_batch_smooth_stipple.frag
+  vs_line_batch_joined_cut.vert+fs_line_batch_stipple.frag
+  vs_line_batch_run.vert+fs_line_batch_stipple.frag
+  vs_line_batch_run.vert+fs_line_batch_smooth_stipple.frag
+  vs_line_batch_run_cut.vert+fs_line_batch_stipple.frag
+  vs_line_batch_run_cut.vert+fs_line_batch_smooth_stipple.frag
+  vs_line_batch_shape.vert+fs_line_batch_shape.frag
+  vs_line_batch_shape.vert+fs_line_batch_smooth.frag
+  vs_line_batch_shape.vert+fs_line_batch_smooth_stipple.frag
+  vs_line_batch_shape.vert+fs_line_batch_stipple.frag
+  vs_line_batch_shape_cut.vert+fs_line_batch_shape.frag
+  vs_line_batch_shape_cut.vert+fs_line_batch_smooth.frag
+  vs_line_batch_shape_cut.vert+fs_line_batch_smooth_stipple.frag
+  vs_line_batch_shape_cut.vert+fs_line_batch_stipple.frag
   vs_point_sprite.vert+fs_point_sprite.frag
   vs_point_batch_pixel.vert+fs_basic.frag
   vs_point_batch_pixel_scalar.vert+fs_basic.frag

@@ -5,14 +5,23 @@
 // has rounded away (Dekker, "A Floating-Point Technique for Extending the Available Precision", 1971). "precise" keeps
 // compilers from simplifying that away.
 
+#if __VERSION__ < 400
+// The GLSL of vertex shaders has no "precise". There, what was rounded passes through a bitwise operation with a zero that
+// compilers do not know: a component of a batch's uniform that is never anything else.
+#define precise
+#define ROUNDED(a) uintBitsToFloat(floatBitsToUint(a) | uvec4(u_batchRange.w))
+#else
+#define ROUNDED(a) a
+#endif
+
 struct Vec4Sum {
     vec4 value;
     vec4 rest;
 };
 
 Vec4Sum Add(vec4 a, vec4 b) {
-    precise vec4 sum = a + b;
-    precise vec4 bInSum = sum - a;
+    precise vec4 sum = ROUNDED(a + b);
+    precise vec4 bInSum = ROUNDED(sum - a);
     precise vec4 rest = (a - (sum - bInSum)) + (b - bInSum);
     return Vec4Sum(sum, rest);
 }
@@ -33,7 +42,7 @@ Vec4Sum Multiply(vec4 a, vec4 b) {
     vec4 bUpper = UpperHalf(b);
     precise vec4 aLower = a - aUpper;
     precise vec4 bLower = b - bUpper;
-    precise vec4 product = a * b;
+    precise vec4 product = ROUNDED(a * b);
     precise vec4 rest = ((aUpper * bUpper - product) + aUpper * bLower + aLower * bUpper) + aLower * bLower;
     return Vec4Sum(product, rest);
 }

@@ -1,0 +1,157 @@
+// Which program draws which lines.
+#include "LineTechnique.h"
+
+#include "../render/Drawing.h"
+
+#include <zx3DQt/BGFXRenderer.h>
+
+#include <zx3D/FrameBuffer.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace zarvex::zx3DQt {
+
+namespace {
+
+/// Wider lines gain nothing, and numbers stay finite.
+constexpr float kLargestWidth = 65'535.0f;
+
+/// A line's width, of which one is 0.
+struct Width {
+    float pixels;
+    float world;
+};
+
+Width WidthOf(LineStyle const& style) {
+    if (!(style.width > 0.0f)) // what is not a number, too
+        return {1.0f, 0.0f};
+    if (style.widthUnit == SizeUnit::World)
+        return {0.0f, std::min(style.width, std::numeric_limits<float>::max())};
+    return {std::clamp(style.width, style.smoothEdges ? 0.0f : 1.0f, kLargestWidth), 0.0f};
+}
+
+bool IsStippled(LineStyle const& style) {
+    return style.stipple.pattern != 0xFFFF;
+}
+
+/// Whether the GPU's own lines will do.
+bool IsThin(LineStyle const& style) {
+    return WidthOf(style).pixels == 1.0f && !style.smoothEdges && !IsStippled(style);
+}
+
+/// Whether a rectangle is all that a line is.
+bool IsRectangle(LineStyle const& style, LineKind kind) {
+    return kind == LineKind::Segments && style.cap != LineCap::Round && !style.smoothEdges &&
+           !IsStippled(style);
+}
+
+bool Blends(BGFXRenderState state) {
+    return (state.GetValue() & BGFX_STATE_BLEND_MASK) != 0;
+}
+
+char const* FragmentShaderOf(bool isSmooth, bool isStippled) {
+    if (isStippled)
+        return isSmooth ? "fs_line_batch_smooth_stipple" : "fs_line_batch_stipple";
+    return isSmooth ? "fs_line_batch_smooth" : "fs_line_batch_shape";
+}
+
+/// Alpha is how much of a pixel is covered. What the target has of it grows to 1, where it is not 1 anyway.
+constexpr std::uint64_t kAlphaIsCoverage =
+    BGFX_STATE_BLEND_ALPHA_TO_COVERAGE |
+    BGFX_STATE_BLEND_FUNC_SEPARATE(BGFX_STATE_BLEND_ONE, BGFX_STATE_BLEND_ZERO, BGFX_STATE_BLEND_ONE,
+                                   BGFX_STATE_BLEND_INV_SRC_ALPHA);
+
+float SignOf(float value) {
+    return value < 0.0f ? -1.0f : 1.0f;
+}
+
+/// What clip z is multiplied by and what part of clip w is added to it to move depths towards the viewer.
+///
+/// A view-space z that is moved by c w, which is as long as so many pixels there, changes the depth from
+/// z / w to (z + c a w) / (w + c b w), where a and b are what z adds to clip z and clip w.
+struct DepthShift {
+    float ofZ;
+    float ofW;
+};
+
+DepthShift DepthShiftOf(BGFXViewContext const& view, float offset) {
+    QMatrix4x4 const& projection = view.GetProjectionMatrix();
+    float const a = projection(2, 2);
+    float const b = projection(3, 2);
+    float const pixelsPerUnit =
+        0.5f * std::abs(projection(1, 1)) * static_cast<float>(view.GetViewport().height());
+    // In a perspective view w is the distance; a parallel one looks along growing depths.
+    float const towardsViewer = b != 0.0f ? -SignOf(b) : -SignOf(a);
+    float const c = pixelsPerUnit > 0.0f ? towardsViewer * offset / pixelsPerUnit : 0.0f;
+    float const growth = SignOf(a * projection(3, 3) - projection(2, 3) * b) * towardsViewer;
+    float const range = bgfx::getCaps()->homogeneousDepth ? 2.0f : 1.0f;
+    float const scale = 1.0f / std::max(1.0f + c * b, 0.01f); // a hundredth of the distance is near enough
+    return {scale, scale * c * a + growth * offset * range / 65'536.0f};
+}
+
+} // namespace
+
+LineTechnique::LineTechnique(LineStyle const& style, LineKind kind, BGFXViewContext const& view,
+                             bool isInFront)
+    : m_state(Drawing::ForView(view, style.state.value_or(style.smoothEdges ? BGFXRenderer::STATE_TRANSPARENT
+                                                                            : BGFXRenderer::STATE_OPAQUE))) {
+    bool const isSegment = kind == LineKind::Segments;
+    if (IsThin(style)) {
+        m_vertexShader = isSegment ? "vs_line_batch_thin" : "vs_line_batch_thin_joined";
+        m_verticesPerLine = 2;
+        m_state = m_state | BGFX_STATE_PT_LINES;
+        return;
+    }
+    if (IsRectangle(style, kind)) {
+        m_vertexShader = isInFront ? "vs_line_batch_wide" : "vs_line_batch_wide_cut";
+        return;
+    }
+    m_hasShape = true;
+    m_isStippled = IsStippled(style);
+    m_runsOn = m_isStippled && !isSegment && (bgfx::getCaps()->supported & BGFX_CAPS_COMPUTE) != 0;
+    if (isSegment)
+        m_vertexShader = isInFront ? "vs_line_batch_shape" : "vs_line_batch_shape_cut";
+    else if (m_runsOn)
+        m_vertexShader = isInFront ? "vs_line_batch_run" : "vs_line_batch_run_cut";
+    else
+        m_vertexShader = isInFront ? "vs_line_batch_joined" : "vs_line_batch_joined_cut";
+    // Where a pixel has several samples, the fragment shader decides about each by its alpha.
+    bool const isMultisampled = zx3D::FrameBuffer::IsMultisampled(view);
+    m_fragmentShader = FragmentShaderOf(style.smoothEdges || isMultisampled, m_isStippled);
+    if (isMultisampled && !Blends(m_state))
+        m_state = m_state | kAlphaIsCoverage;
+}
+
+void LineTechnique::SetUniforms(BatchUniforms const& uniforms, LineStyle const& style,
+                                BGFXViewContext const& view) const {
+    Width const width = WidthOf(style);
+    float const pixelsPerUnit =
+        0.5f * std::abs(view.GetProjectionMatrix()(1, 1)) * static_cast<float>(view.GetViewport().height());
+    DepthShift const shift = DepthShiftOf(view, std::isfinite(style.depthOffset) ? style.depthOffset : 0.0f);
+    uniforms.Set(BatchUniform::LineSize, 0.5f * width.pixels, 0.5f * width.world * pixelsPerUnit, shift.ofZ,
+                 shift.ofW);
+    if (m_verticesPerLine > 2) {
+        float const miter = style.join == LineJoin::Miter ? 0.5f * style.miterLimit * style.miterLimit : 0.0f;
+        uniforms.Set(BatchUniform::LineShape, style.cap == LineCap::Square ? 1.0f : 0.0f,
+                     style.cap == LineCap::Round ? 1.0f : 0.0f, style.join == LineJoin::Round ? 1.0f : 0.0f,
+                     miter);
+    }
+    if (m_isStippled)
+        uniforms.Set(BatchUniform::LineStipple, static_cast<float>(style.stipple.pattern),
+                     static_cast<float>(style.stipple.factor));
+}
+
+float PatternLengthOf(LineStyle const& style) {
+    return 16.0f * static_cast<float>(std::max<int>(style.stipple.factor, 1));
+}
+
+LineReach ReachOf(LineStyle const& style) {
+    Width const width = WidthOf(style);
+    float const limit = style.join == LineJoin::Miter && style.miterLimit > 1.5f ? style.miterLimit : 1.5f;
+    // At least a pixel, and another one that the fading may reach beyond.
+    return {0.5f * std::max(width.pixels, 1.0f) * limit + 1.0f, 0.5f * width.world * limit};
+}
+
+} // namespace zarvex::zx3DQt

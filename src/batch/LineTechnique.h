@@ -1,0 +1,53 @@
+// With which program and state lines of a style are drawn, and what it is told of them.
+#pragma once
+
+#include "BatchUniforms.h"
+
+#include <zx3DQt/LineBatch.h>
+
+#include <cstdint>
+
+namespace zarvex::zx3DQt {
+
+/// What a batch has.
+enum class LineKind : std::uint8_t { Segments, Polylines };
+
+/// The programs differ by what a style needs, so that nobody pays for more.
+class LineTechnique {
+public:
+    /// `isInFront`: no line that the view may show reaches behind the camera.
+    LineTechnique(LineStyle const& style, LineKind kind, BGFXViewContext const& view, bool isInFront);
+
+    char const* GetVertexShader() const { return m_vertexShader; }
+    char const* GetFragmentShader() const { return m_fragmentShader; }
+    std::uint32_t GetVerticesPerLine() const { return m_verticesPerLine; }
+    BGFXRenderState GetState() const { return m_state; }
+
+    /// Whether the stipple runs on along polylines, which `LineRun` measures.
+    bool RunsOn() const { return m_runsOn; }
+
+    /// For the next submission.
+    void SetUniforms(BatchUniforms const& uniforms, LineStyle const& style,
+                     BGFXViewContext const& view) const;
+
+private:
+    char const* m_vertexShader;
+    char const* m_fragmentShader = "fs_basic";
+    std::uint32_t m_verticesPerLine = 6;
+    BGFXRenderState m_state;
+    bool m_hasShape = false; ///< of the fragment shader's making
+    bool m_isStippled = false;
+    bool m_runsOn = false;
+};
+
+/// Pixels after which the stipple begins again.
+float PatternLengthOf(LineStyle const& style);
+
+/// How far lines reach beyond their vertices: pixels, and world units.
+struct LineReach {
+    float pixels;
+    float world;
+};
+LineReach ReachOf(LineStyle const& style);
+
+} // namespace zarvex::zx3DQt

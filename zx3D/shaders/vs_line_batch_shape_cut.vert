@@ -1,0 +1,8 @@
+// Segments of any shape, which may reach behind the camera, from a batch.
+
+#include "batch_texels.glsl"
+#include "collapsed_vertex.glsl"
+#include "line_batch.glsl"
+#include "line_batch_cut.glsl"
+#include "line_batch_separate.glsl"
+#include "line_batch_shape.glsl"
