@@ -48,6 +48,15 @@ std::vector<zx3D::Line> RandomSegments(std::uint32_t workload, std::size_t count
     return lines;
 }
 
+std::vector<zx3DQt::LineSegment> KeptSegments(std::vector<zx3D::Line> const& lines) {
+    std::vector<zx3DQt::LineSegment> segments;
+    for (zx3D::Line const& line : lines) {
+        std::uint32_t const rgba = line.color.ToRGBA();
+        segments.push_back({{line.start, rgba}, {line.end, rgba}});
+    }
+    return segments;
+}
+
 std::vector<zx3D::Vertex::Pos3fColorRGBA> RandomPoints(std::uint32_t workload, std::size_t count) {
     Random random(workload);
     std::vector<zx3D::Vertex::Pos3fColorRGBA> points(count);

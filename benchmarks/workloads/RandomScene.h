@@ -1,6 +1,8 @@
 // Random segments and points, the same in every program that follows the same recipe.
 #pragma once
 
+#include <zx3DQt/LineBatch.h>
+
 #include <zx3D/Line.h>
 #include <zx3D/Vertex.h>
 
@@ -28,6 +30,9 @@ private:
 
 /// Short segments in a box that nearly fills the view: centre, half the vector, colour.
 std::vector<zx3D::Line> RandomSegments(std::uint32_t workload, std::size_t count);
+
+/// The same for a batch.
+std::vector<zx3DQt::LineSegment> KeptSegments(std::vector<zx3D::Line> const& lines);
 
 /// Points in the same box: position, colour.
 std::vector<zx3D::Vertex::Pos3fColorRGBA> RandomPoints(std::uint32_t workload, std::size_t count);

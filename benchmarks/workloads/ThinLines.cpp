@@ -1,9 +1,11 @@
-// W1: 100,000 segments of one pixel, handed over anew in each frame.
+// W1: 100,000 segments of one pixel, handed over anew in each frame, or kept.
 #include "runner/Floor.h"
 #include "runner/Scene.h"
 #include "workloads/RandomScene.h"
 #include "workloads/Variants.h"
 #include "workloads/Workloads.h"
+
+#include <zx3DQt/LineBatch.h>
 
 #include <algorithm>
 
@@ -64,13 +66,56 @@ private:
     Vec4Uniform m_stipple{"u_lineStipple"};
 };
 
+/// The same segments in a batch, or in a vertex buffer.
+class KeptLinesScene : public Scene {
+public:
+    KeptLinesScene() {
+        m_batch.Set(KeptSegments(m_lines));
+        std::vector<Vertex> vertices;
+        for (zx3D::Line const& line : m_lines) {
+            vertices.push_back(Vertex{line.start, line.color});
+            vertices.push_back(Vertex{line.end, line.color});
+        }
+        m_vertices = bgfx::createVertexBuffer(
+            bgfx::copy(vertices.data(), static_cast<std::uint32_t>(vertices.size() * sizeof(Vertex))),
+            Vertex::Layout());
+    }
+    ~KeptLinesScene() override { bgfx::destroy(m_vertices); }
+
+    std::size_t GetByteCount() const override { return 0; }
+
+private:
+    void DrawWithLibrary(zx3DQt::BGFXRenderer const& renderer, zx3DQt::BGFXViewContext const& view) override {
+        m_batch.Draw(renderer, view);
+    }
+
+    void DrawByHand(bgfx::ViewId view) override {
+        bgfx::setVertexBuffer(0, m_vertices);
+        bgfx::setState(zx3DQt::BGFXRenderer::STATE_LINES);
+        bgfx::submit(view, m_program);
+    }
+
+    std::vector<zx3D::Line> m_lines = RandomSegments(1, 100'000);
+    zx3DQt::LineBatch m_batch;
+    bgfx::VertexBufferHandle m_vertices;
+    bgfx::ProgramHandle m_program = Program("vs_basic", "fs_basic");
+};
+
+std::vector<std::string> Variants() {
+    std::vector<std::string> variants = SizeVariants();
+    variants.push_back("kept");
+    return variants;
+}
+
 } // namespace
 
 WorkloadKind ThinLines() {
     return {.name = "W1",
             .title = "100,000 segments, 1 px",
-            .variants = SizeVariants(),
-            .create = [](std::string const& variant) {
+            .variants = Variants(),
+            .create = [](std::string const& variant) -> std::unique_ptr<Scene> {
+                if (variant == "kept")
+                    return std::make_unique<KeptLinesScene>();
                 return std::make_unique<ThinLinesScene>(PartOf(100000, variant));
             }};
 }

@@ -1,10 +1,12 @@
-// W2: 20,000 segments of four pixels, expanded to rectangles by a compute shader or on the CPU.
+// W2: 20,000 segments of four pixels, expanded to rectangles by a compute shader or on the CPU, or kept.
 #include "runner/Floor.h"
 #include "runner/Scene.h"
 #include "workloads/RandomScene.h"
 #include "workloads/Variants.h"
 #include "workloads/WideLinesByHand.h"
 #include "workloads/Workloads.h"
+
+#include <zx3DQt/LineBatch.h>
 
 #include <algorithm>
 #include <cmath>
@@ -122,13 +124,71 @@ private:
     Vec4Uniform m_stipple{"u_lineStipple"};
 };
 
+/// The same segments in a batch; by hand, their rectangles in a vertex buffer, for one camera.
+class KeptWideLinesScene : public Scene {
+public:
+    KeptWideLinesScene() {
+        m_batch.Set(KeptSegments(m_lines));
+        QMatrix4x4 const toClip = m_stage.GetView().GetProjectionMatrix() * m_stage.GetView().GetViewMatrix();
+        std::vector<Vertex> vertices;
+        for (zx3D::Line const& line : m_lines) {
+            Float4 const start = Project(toClip.constData(), line.start);
+            Float4 const end = Project(toClip.constData(), line.end);
+            float const length = std::hypot(end.x - start.x, end.y - start.y);
+            float const x = -(end.y - start.y) / length * (kWidth * 0.5f);
+            float const y = (end.x - start.x) / length * (kWidth * 0.5f);
+            auto const corner = [&](Float4 const& at, float side) {
+                Float4 const ndc = ToNdc(at.x + side * x, at.y + side * y, at.z);
+                return Vertex{{ndc.x, ndc.y, ndc.z}, line.color};
+            };
+            vertices.insert(vertices.end(), {corner(start, -1.0f), corner(end, -1.0f), corner(end, 1.0f),
+                                             corner(end, 1.0f), corner(start, 1.0f), corner(start, -1.0f)});
+        }
+        m_vertices = bgfx::createVertexBuffer(
+            bgfx::copy(vertices.data(), static_cast<std::uint32_t>(vertices.size() * sizeof(Vertex))),
+            Vertex::Layout());
+    }
+    ~KeptWideLinesScene() override { bgfx::destroy(m_vertices); }
+
+    std::size_t GetByteCount() const override { return 0; }
+
+private:
+    using Vertex = zx3D::Vertex::Pos3fColorRGBA;
+
+    void DrawWithLibrary(zx3DQt::BGFXRenderer const& renderer, zx3DQt::BGFXViewContext const& view) override {
+        m_batch.Draw(renderer, view, {.width = kWidth});
+    }
+
+    void DrawByHand(bgfx::ViewId view) override {
+        QMatrix4x4 const fromNdc =
+            (m_stage.GetView().GetProjectionMatrix() * m_stage.GetView().GetViewMatrix()).inverted();
+        bgfx::setTransform(fromNdc.constData());
+        bgfx::setVertexBuffer(0, m_vertices);
+        bgfx::setState(zx3DQt::BGFXRenderer::STATE_OPAQUE);
+        bgfx::submit(view, m_program);
+    }
+
+    std::vector<zx3D::Line> m_lines = RandomSegments(2, kCount);
+    zx3DQt::LineBatch m_batch;
+    bgfx::VertexBufferHandle m_vertices;
+    bgfx::ProgramHandle m_program = Program("vs_basic", "fs_basic");
+};
+
+std::vector<std::string> Variants() {
+    std::vector<std::string> variants = ExpansionVariants();
+    variants.push_back("kept");
+    return variants;
+}
+
 } // namespace
 
 WorkloadKind WideLines() {
     return {.name = "W2",
             .title = "20,000 segments, 4 px",
-            .variants = ExpansionVariants(),
-            .create = [](std::string const& variant) {
+            .variants = Variants(),
+            .create = [](std::string const& variant) -> std::unique_ptr<Scene> {
+                if (variant == "kept")
+                    return std::make_unique<KeptWideLinesScene>();
                 return std::make_unique<WideLinesScene>(UseCompute(variant));
             }};
 }
