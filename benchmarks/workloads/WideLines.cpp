@@ -129,20 +129,27 @@ class KeptWideLinesScene : public Scene {
 public:
     KeptWideLinesScene() {
         m_batch.Set(KeptSegments(m_lines));
-        QMatrix4x4 const toClip = m_stage.GetView().GetProjectionMatrix() * m_stage.GetView().GetViewMatrix();
+        QMatrix4x4 const projection = m_stage.GetView().GetProjectionMatrix();
+        QMatrix4x4 const view = m_stage.GetView().GetViewMatrix();
+        QMatrix4x4 const toClip = projection * view;
         std::vector<Vertex> vertices;
         for (zx3D::Line const& line : m_lines) {
             Float4 const start = Project(toClip.constData(), line.start);
             Float4 const end = Project(toClip.constData(), line.end);
             float const length = std::hypot(end.x - start.x, end.y - start.y);
-            float const x = -(end.y - start.y) / length * (kWidth * 0.5f);
-            float const y = (end.x - start.x) / length * (kWidth * 0.5f);
-            auto const corner = [&](Float4 const& at, float side) {
-                Float4 const ndc = ToNdc(at.x + side * x, at.y + side * y, at.z);
-                return Vertex{{ndc.x, ndc.y, ndc.z}, line.color};
+            float const x = -(end.y - start.y) / length * (kWidth * 0.5f) * 2.0f / 1280.0f / projection(0, 0);
+            float const y = (end.x - start.x) / length * (kWidth * 0.5f) * -2.0f / 720.0f / projection(1, 1);
+            // Beside an end as many pixels as half the width, in the plane of the picture.
+            auto const corner = [&](bx::Vec3 const& position, float side) {
+                QVector3D const place(position.x, position.y, position.z);
+                float const w = side * QVector4D::dotProduct(toClip.row(3), QVector4D(place, 1.0f));
+                QVector3D const moved =
+                    place + w * x * view.row(0).toVector3D() + w * y * view.row(1).toVector3D();
+                return Vertex{{moved.x(), moved.y(), moved.z()}, line.color};
             };
-            vertices.insert(vertices.end(), {corner(start, -1.0f), corner(end, -1.0f), corner(end, 1.0f),
-                                             corner(end, 1.0f), corner(start, 1.0f), corner(start, -1.0f)});
+            vertices.insert(vertices.end(),
+                            {corner(line.start, -1.0f), corner(line.end, -1.0f), corner(line.end, 1.0f),
+                             corner(line.end, 1.0f), corner(line.start, 1.0f), corner(line.start, -1.0f)});
         }
         m_vertices = bgfx::createVertexBuffer(
             bgfx::copy(vertices.data(), static_cast<std::uint32_t>(vertices.size() * sizeof(Vertex))),
@@ -160,9 +167,6 @@ private:
     }
 
     void DrawByHand(bgfx::ViewId view) override {
-        QMatrix4x4 const fromNdc =
-            (m_stage.GetView().GetProjectionMatrix() * m_stage.GetView().GetViewMatrix()).inverted();
-        bgfx::setTransform(fromNdc.constData());
         bgfx::setVertexBuffer(0, m_vertices);
         bgfx::setState(zx3DQt::BGFXRenderer::STATE_OPAQUE);
         bgfx::submit(view, m_program);
