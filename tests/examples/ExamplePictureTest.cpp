@@ -65,7 +65,7 @@ INSTANTIATE_TEST_SUITE_P(
     , ExamplePictureTest,
     ::testing::Combine(::testing::Values("first_window", "grid_and_axes", "labels", "lights",
                                          "lines_and_points", "lit_mesh", "native_widget", "offscreen_widget",
-                                         "own_shader"),
+                                         "own_shader", "polylines"),
                        AllBackends()),
     [](auto const& row) { return std::get<0>(row.param) + ("_" + NameOf(std::get<1>(row.param))); });
 
