@@ -5,6 +5,7 @@
 
 #include <bgfx/bgfx.h>
 
+#include <bitset>
 #include <cstdint>
 #include <memory>
 
@@ -116,10 +117,10 @@ public:
     void BindToView(bgfx::ViewId view) const;
 
     /// Whether the view was last bound, this way, to a bgfx object of several samples.
-    static bool IsMultisampled(bgfx::ViewId view);
+    static bool IsMultisampled(bgfx::ViewId view) { return IsIn(s_multisampledViews, view); }
 
     /// Whether the view was last bound, this way, to a bgfx object that blends alpha.
-    static bool BlendsAlpha(bgfx::ViewId view);
+    static bool BlendsAlpha(bgfx::ViewId view) { return IsIn(s_alphaViews, view); }
 
     /// The state to draw with in the view: where that blends alpha, `BGFX_STATE_BLEND_ALPHA` becomes the
     /// same blending of colours with another one of alpha. What else there is in `state` stays.
@@ -146,6 +147,16 @@ public:
     void DestroyKeepingPicture();
 
 private:
+    using Views = std::bitset<1024>; ///< bgfx has no more
+
+    friend class SurfaceRegistry; // knows which views are bound to what
+
+    static bool IsIn(Views const& views, bgfx::ViewId view) { return view < views.size() && views[view]; }
+
+    // Here, since every draw call asks.
+    static Views s_multisampledViews;
+    static Views s_alphaViews;
+
     std::shared_ptr<Surface> m_surface;
 };
 

@@ -6,6 +6,9 @@
 
 namespace zarvex::zx3D {
 
+FrameBuffer::Views FrameBuffer::s_multisampledViews;
+FrameBuffer::Views FrameBuffer::s_alphaViews;
+
 FrameBuffer::FrameBuffer(void* nativeWindowHandle, bgfx::TextureFormat::Enum colorFormat,
                          bgfx::TextureFormat::Enum depthFormat)
     : FrameBuffer(nativeWindowHandle, colorFormat, FrameBufferOptions{.depthFormat = depthFormat}) {}
@@ -60,14 +63,6 @@ void FrameBuffer::SubmitOnDemand() {
 
 void FrameBuffer::BindToView(bgfx::ViewId view) const {
     m_surface->BindToView(view);
-}
-
-bool FrameBuffer::IsMultisampled(bgfx::ViewId view) {
-    return SurfaceRegistry::Get().IsMultisampled(view);
-}
-
-bool FrameBuffer::BlendsAlpha(bgfx::ViewId view) {
-    return SurfaceRegistry::Get().BlendsAlpha(view);
 }
 
 void FrameBuffer::LeaveWindow() {

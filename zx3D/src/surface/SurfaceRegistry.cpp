@@ -35,8 +35,8 @@ void SurfaceRegistry::OnContextStopping() {
     }
     m_orphans.clear();
     m_boundViews.clear();
-    m_multisampledViews.reset();
-    m_alphaViews.reset();
+    FrameBuffer::s_multisampledViews.reset();
+    FrameBuffer::s_alphaViews.reset();
     m_resolveViews.clear();
 }
 
@@ -98,7 +98,7 @@ void SurfaceRegistry::BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle
 }
 
 void SurfaceRegistry::UnbindViews(bgfx::FrameBufferHandle handle) {
-    std::erase_if(m_boundViews, [this, handle](auto const& bound) {
+    std::erase_if(m_boundViews, [handle](auto const& bound) {
         auto const [view, itsHandle] = bound;
         if (itsHandle.idx != handle.idx)
             return false;
@@ -109,10 +109,10 @@ void SurfaceRegistry::UnbindViews(bgfx::FrameBufferHandle handle) {
 }
 
 void SurfaceRegistry::NoteOptions(bgfx::ViewId view, FrameBufferOptions const& options) {
-    if (view >= Views().size())
+    if (view >= FrameBuffer::s_multisampledViews.size())
         return;
-    m_multisampledViews[view] = options.sampleCount > 1;
-    m_alphaViews[view] = options.blendsAlpha;
+    FrameBuffer::s_multisampledViews[view] = options.sampleCount > 1;
+    FrameBuffer::s_alphaViews[view] = options.blendsAlpha;
 }
 
 void SurfaceRegistry::Adopt(std::unique_ptr<Surface> surface) {

@@ -6,7 +6,6 @@
 
 #include <bgfx/bgfx.h>
 
-#include <bitset>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -30,9 +29,6 @@ public:
     /// Has a view draw into a frame buffer of bgfx's, which may be invalid and has these options.
     void BindView(bgfx::ViewId view, bgfx::FrameBufferHandle handle, FrameBufferOptions const& options);
 
-    bool IsMultisampled(bgfx::ViewId view) const { return IsIn(m_multisampledViews, view); }
-    bool BlendsAlpha(bgfx::ViewId view) const { return IsIn(m_alphaViews, view); }
-
     /// The view in which a surface's samples are resolved in the frame that is being recorded. No other
     /// surface has it in this frame.
     bgfx::ViewId TakeResolveView(Surface const& surface);
@@ -55,13 +51,10 @@ public:
     void FreeDeadOrphans();
 
 private:
-    using Views = std::bitset<1024>; ///< bgfx has no more
-
     SurfaceRegistry() = default;
     ~SurfaceRegistry() = default;
 
-    static bool IsIn(Views const& views, bgfx::ViewId view) { return view < views.size() && views[view]; }
-    void NoteOptions(bgfx::ViewId view, FrameBufferOptions const& options);
+    static void NoteOptions(bgfx::ViewId view, FrameBufferOptions const& options);
 
     /// Destroys the bgfx objects that are left.
     void OnContextStopping() override;
@@ -71,8 +64,6 @@ private:
     std::vector<Surface*> m_withObject;
     std::vector<std::unique_ptr<Surface>> m_orphans;
     std::map<bgfx::ViewId, bgfx::FrameBufferHandle> m_boundViews;
-    Views m_multisampledViews;                             ///< beside them: every draw call asks
-    Views m_alphaViews;                                    ///< likewise, what is drawn blended
     std::map<Surface const*, bgfx::ViewId> m_resolveViews; ///< of one frame
     std::uint32_t m_resolveFrame = 0;                      ///< its number
 };
