@@ -34,7 +34,8 @@ struct ScalarPoint {
     float value = 0.0f;                  ///< one that is not a number has the colour of the least
 };
 
-/// What a point looks like.
+/// What a point looks like. In targets of several samples, outlines are smooth; those of discs and balls
+/// where the state does not blend.
 enum class PointShape : std::uint8_t {
     Square, ///< parallel to the picture's edges
     Disc,   ///< round and flat

@@ -2,6 +2,7 @@
 #include "LineTechnique.h"
 
 #include "../render/Drawing.h"
+#include "AlphaCoverage.h"
 
 #include <zx3DQt/BGFXRenderer.h>
 
@@ -47,21 +48,11 @@ bool IsRectangle(LineStyle const& style, LineKind kind) {
            !IsStippled(style);
 }
 
-bool Blends(BGFXRenderState state) {
-    return (state.GetValue() & BGFX_STATE_BLEND_MASK) != 0;
-}
-
 char const* FragmentShaderOf(bool isSmooth, bool isStippled) {
     if (isStippled)
         return isSmooth ? "fs_line_batch_smooth_stipple" : "fs_line_batch_stipple";
     return isSmooth ? "fs_line_batch_smooth" : "fs_line_batch_shape";
 }
-
-/// Alpha is how much of a pixel is covered. What the target has of it grows to 1, where it is not 1 anyway.
-constexpr std::uint64_t kAlphaIsCoverage =
-    BGFX_STATE_BLEND_ALPHA_TO_COVERAGE |
-    BGFX_STATE_BLEND_FUNC_SEPARATE(BGFX_STATE_BLEND_ONE, BGFX_STATE_BLEND_ZERO, BGFX_STATE_BLEND_ONE,
-                                   BGFX_STATE_BLEND_INV_SRC_ALPHA);
 
 float SignOf(float value) {
     return value < 0.0f ? -1.0f : 1.0f;

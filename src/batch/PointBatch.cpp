@@ -3,6 +3,7 @@
 
 #include "../frame/Logging.h"
 #include "../render/Drawing.h"
+#include "AlphaCoverage.h"
 #include "BatchUniforms.h"
 #include "ColorMapTable.h"
 #include "ModelMatrix.h"
@@ -12,6 +13,7 @@
 #include <zx3DQt/BGFXRenderer.h>
 
 #include <zx3D/Context.h>
+#include <zx3D/FrameBuffer.h>
 #include <zx3D/ProgramFactory.h>
 
 #include <cmath>
@@ -41,14 +43,31 @@ struct Technique {
     std::uint32_t verticesPerPoint;
 };
 
-Technique TechniqueOf(PointStyle const& style, Kind kind) {
+bool IsSinglePixel(PointStyle const& style) {
+    return style.sizeUnit == SizeUnit::Pixels && !(style.size > 1.0f); // a size that is not a number, too
+}
+
+/// Whether the outlines of round points are made smooth: where a pixel has several samples, of which some can
+/// be left out. What is blended has its own use for alpha.
+bool HasSmoothOutline(PointStyle const& style, BGFXRenderState state, bgfx::ViewId view) {
+    return style.shape != PointShape::Square && !IsSinglePixel(style) && !Blends(state) &&
+           zx3D::FrameBuffer::IsMultisampled(view);
+}
+
+char const* FragmentShaderOf(PointShape shape, bool isSmooth) {
+    if (shape == PointShape::Disc)
+        return isSmooth ? "fs_point_batch_disc_smooth" : "fs_point_batch_disc";
+    return isSmooth ? "fs_point_batch_ball_smooth" : "fs_point_batch_ball";
+}
+
+Technique TechniqueOf(PointStyle const& style, Kind kind, bool isSmooth) {
     bool const hasColor = kind == Kind::Colored;
-    if (style.sizeUnit == SizeUnit::Pixels && !(style.size > 1.0f)) // a size that is not a number, too
+    if (IsSinglePixel(style))
         return {hasColor ? "vs_point_batch_pixel" : "vs_point_batch_pixel_scalar", "fs_basic", 1};
     if (style.shape == PointShape::Square)
         return {hasColor ? "vs_point_batch_square" : "vs_point_batch_square_scalar", "fs_basic", 6};
     return {hasColor ? "vs_point_batch_round" : "vs_point_batch_round_scalar",
-            style.shape == PointShape::Disc ? "fs_point_batch_disc" : "fs_point_batch_ball", 6};
+            FragmentShaderOf(style.shape, isSmooth), 6};
 }
 
 /// How far points reach beyond their positions: in NDC, or in the view's units, which a model may scale.
@@ -164,7 +183,9 @@ void PointBatch::Data::Draw(Drawing& drawing, BGFXViewContext const& view, Point
     counter.AddCall();
     Upload(drawing);
 
-    Technique const technique = TechniqueOf(style, kind);
+    BGFXRenderState const asked = Drawing::ForView(view, style.state.value_or(BGFXRenderer::STATE_OPAQUE));
+    bool const isSmooth = HasSmoothOutline(style, asked, view);
+    Technique const technique = TechniqueOf(style, kind, isSmooth);
     auto const program =
         zx3D::ProgramFactory::Get().CreateProgram(technique.vertexShader, technique.fragmentShader);
     BatchUniforms& uniforms = BatchUniforms::Get();
@@ -176,9 +197,8 @@ void PointBatch::Data::Draw(Drawing& drawing, BGFXViewContext const& view, Point
 
     QMatrix4x4 const model = ModelMatrix(origin, view.GetOrigin(), transform);
     std::uint32_t const modelId = bgfx::setTransform(model.constData(), 1);
-    BGFXRenderState const state =
-        Drawing::ForView(view, style.state.value_or(BGFXRenderer::STATE_OPAQUE) |
-                                   (technique.verticesPerPoint == 1 ? BGFX_STATE_PT_POINTS : 0));
+    BGFXRenderState const state = asked | (technique.verticesPerPoint == 1 ? BGFX_STATE_PT_POINTS : 0) |
+                                  (isSmooth ? kAlphaIsCoverage : 0);
     auto const submit = [&](bgfx::TextureHandle texture, std::uint32_t first, std::uint32_t count,
                             std::uint32_t rowLength) {
         bgfx::setTransform(modelId, 1);

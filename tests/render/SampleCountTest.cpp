@@ -8,6 +8,7 @@
 #include <harness/Trouble.h>
 
 #include <zx3DQt/CoordinateGrid.h>
+#include <zx3DQt/PointBatch.h>
 #include <zx3DQt/Shapes.h>
 
 #include <QtMath>
@@ -75,6 +76,15 @@ zx3D::Vertex::Pos3fColorRGBA VertexOf(QPointF point) {
     return {{static_cast<float>(point.x()), static_cast<float>(point.y()), 0.5f}, ToColor(Qt::white)};
 }
 
+int CountTranslucent(QImage const& image) {
+    int count = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            count += qAlpha(image.pixel(x, y)) != 255;
+    }
+    return count;
+}
+
 /// Far enough from each other for points and short lines of some pixels, each at another place in its pixel.
 std::vector<QPointF> ScatteredPlaces() {
     std::vector<QPointF> places;
@@ -133,6 +143,43 @@ TEST_P(SampleCountTest, PointsOfOnePixelAreSmooth) {
         points.push_back(VertexOf(place));
     }
     ExpectSmooth(shapes, [&](zx3DQt::BGFXViewContext const& view) { m_renderer.DrawPoints(view, points); });
+}
+
+TEST_P(SampleCountTest, RoundPointsOfABatchAreSmooth) {
+    std::vector<ConvexPolygon> shapes;
+    std::vector<zx3DQt::ColoredPoint> points;
+    for (QPointF const place : ScatteredPlaces()) {
+        ConvexPolygon circle;
+        for (int i = 0; i < 60; ++i)
+            circle.push_back(place + 4.0 * QPointF(std::cos(qDegreesToRadians(6.0 * i)),
+                                                   std::sin(qDegreesToRadians(6.0 * i))));
+        shapes.push_back(circle);
+        points.push_back({{static_cast<float>(place.x()), static_cast<float>(place.y()), 0.5f}, 0xFFFFFFFF});
+    }
+    zx3DQt::PointBatch batch;
+    batch.Set(points);
+    ExpectSmooth(shapes, [&](zx3DQt::BGFXViewContext const& view) {
+        batch.Draw(m_renderer, view, {.shape = zx3DQt::PointShape::Disc, .size = 8.0f});
+    });
+    // Balls have the outlines of discs.
+    auto const draw = [&](zx3DQt::PointShape shape) {
+        QImage picture = Draw(4, [&](zx3DQt::BGFXViewContext const& view) {
+            DrawRect(view, QRectF(QPointF(), kSize), Qt::black, 0.99f);
+            batch.Draw(m_renderer, view, {.shape = shape, .size = 8.0f});
+        });
+        EXPECT_EQ(CountTranslucent(picture), 0);
+        return picture;
+    };
+    QImage const discs = draw(zx3DQt::PointShape::Disc);
+    QImage const balls = draw(zx3DQt::PointShape::Ball);
+    for (int y = 0; y < kSize.height(); ++y) {
+        for (int x = 0; x < kSize.width(); ++x) {
+            int const ofDisc = qRed(discs.pixel(x, y));
+            int const ofBall = qRed(balls.pixel(x, y));
+            EXPECT_LE(ofBall, ofDisc) << x << ", " << y;
+            EXPECT_GE(ofBall, ofDisc * 29 / 100) << x << ", " << y; // what the shade leaves at the outline
+        }
+    }
 }
 
 TEST_P(SampleCountTest, ConesAreSmooth) {

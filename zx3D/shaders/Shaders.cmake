@@ -15,7 +15,9 @@ set(ZX3D_SHADER_SOURCES
   fs_line_opengl_stipple.frag
   fs_line_simple_dash.frag
   fs_point_batch_ball.frag
+  fs_point_batch_ball_smooth.frag
   fs_point_batch_disc.frag
+  fs_point_batch_disc_smooth.frag
   fs_point_sprite.frag
   fs_rectangle_sprite_fading.frag
   fs_rectangle_sprite_opengl_stipple.frag
@@ -86,8 +88,12 @@ set(ZX3D_SHADER_PROGRAMS
   vs_point_batch_square_scalar.vert+fs_basic.frag
   vs_point_batch_round.vert+fs_point_batch_disc.frag
   vs_point_batch_round.vert+fs_point_batch_ball.frag
+  vs_point_batch_round.vert+fs_point_batch_disc_smooth.frag
+  vs_point_batch_round.vert+fs_point_batch_ball_smooth.frag
   vs_point_batch_round_scalar.vert+fs_point_batch_disc.frag
   vs_point_batch_round_scalar.vert+fs_point_batch_ball.frag
+  vs_point_batch_round_scalar.vert+fs_point_batch_disc_smooth.frag
+  vs_point_batch_round_scalar.vert+fs_point_batch_ball_smooth.frag
   vs_rectangle_sprite.vert+fs_rectangle_sprite_opengl_stipple.frag
   vs_rectangle_sprite_fading.vert+fs_rectangle_sprite_fading.frag
   vs_fullscreen_triangle.vert+fs_fullscreen_texture.frag
