@@ -13,7 +13,7 @@ namespace zarvex::testing {
 namespace {
 
 int RunExample(char const* name, bgfx::RendererType::Enum backend, QString const& picture) {
-    QStringList arguments(picture);
+    QStringList arguments{picture, "--points=300000"}; // the latter for the one that knows it
     if (backend == bgfx::RendererType::OpenGL)
         arguments.prepend("--opengl");
     QProcess process;
@@ -65,7 +65,7 @@ INSTANTIATE_TEST_SUITE_P(
     , ExamplePictureTest,
     ::testing::Combine(::testing::Values("first_window", "grid_and_axes", "labels", "lights",
                                          "lines_and_points", "lit_mesh", "native_widget", "offscreen_widget",
-                                         "own_shader", "polylines"),
+                                         "own_shader", "point_cloud", "polylines"),
                        AllBackends()),
     [](auto const& row) { return std::get<0>(row.param) + ("_" + NameOf(std::get<1>(row.param))); });
 
