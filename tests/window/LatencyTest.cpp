@@ -1,6 +1,9 @@
 // How long the event loop is kept from a timer while points stream into a window and a widget.
 // ZX3D_FULL_COUNTS=1 in the environment makes it a million points for ten seconds, and prints what was
 // measured.
+#include "FullCounts.h"
+#include "LatencyMeter.h"
+
 #include "harness/LibraryRun.h"
 #include "harness/WaitUntil.h"
 
@@ -15,7 +18,6 @@
 #include <QMatrix4x4>
 #include <QTimer>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <vector>
@@ -25,10 +27,6 @@ namespace zarvex::testing {
 namespace {
 
 using Points = std::vector<zx3D::Vertex::Pos3fColorRGBA>;
-
-bool IsFull() {
-    return qEnvironmentVariableIsSet("ZX3D_FULL_COUNTS");
-}
 
 Points MakePoints() {
     int const count = IsFull() ? 1'000'000 : 300'000;
@@ -97,33 +95,18 @@ private:
     Points const& m_points;
 };
 
-/// By how much a timer of 5 ms comes too late, milliseconds, in order of size.
+/// By how much a timer comes too late while frames are asked for, milliseconds, in order of size.
 std::vector<double> MeasureLatencies(std::function<void()> const& askForFrames) {
-    constexpr double interval = 5.0;
     qint64 const duration = IsFull() ? 10'000 : 2'500;
     QTimer asking;
     QObject::connect(&asking, &QTimer::timeout, askForFrames);
     asking.start(10);
-    std::vector<double> latencies;
-    QTimer timer;
-    timer.setTimerType(Qt::PreciseTimer);
-    QElapsedTimer sinceLast;
-    QObject::connect(&timer, &QTimer::timeout, [&] {
-        latencies.push_back(std::max(0.0, static_cast<double>(sinceLast.nsecsElapsed()) / 1e6 - interval));
-        sinceLast.start();
-    });
+    LatencyMeter const meter;
     QElapsedTimer clock;
     clock.start();
-    sinceLast.start();
-    timer.start(static_cast<int>(interval));
     while (clock.elapsed() < duration)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    std::ranges::sort(latencies);
-    return latencies;
-}
-
-double Quantile(std::vector<double> const& sorted, double part) {
-    return sorted.at(static_cast<std::size_t>(part * static_cast<double>(sorted.size() - 1)));
+    return meter.Sorted();
 }
 
 /// The sum of the time in which the timer was late is a small part of all: it holds on a busy machine too.

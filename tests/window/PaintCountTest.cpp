@@ -1,6 +1,7 @@
 // How often widgets paint: once for each thing that asks for it. ZX3D_FULL_COUNTS=1 in the environment makes
 // it 500 resizes and 1,000 pictures.
 #include "CornerWidget.h"
+#include "FullCounts.h"
 
 #include "render/SharedRun.h"
 
@@ -11,10 +12,6 @@
 namespace zarvex::testing {
 
 namespace {
-
-bool IsFull() {
-    return qEnvironmentVariableIsSet("ZX3D_FULL_COUNTS");
-}
 
 /// The widget by itself, or in a window with a layout.
 struct Place {
