@@ -26,8 +26,7 @@ struct Frame {
     Random& random;
     BGFXRenderer& renderer;
     zx3DQt::BGFXViewContext view;
-    zx3D::FontHandle font;
-    bgfx::TextureHandle texture;
+    Content const& content;
     std::vector<zx3DQt::ModelTransformCacheId> transforms; ///< of this frame
 };
 
@@ -49,6 +48,8 @@ zx3DQt::BGFXViewContext SubmitView(Random& random, zx3D::FrameBuffer const& fram
         view.SetProjectionMatrix(Matrix(random));
     if (random.OneIn(4))
         view.SetViewMatrix(Matrix(random));
+    if (random.OneIn(8))
+        view.SetOrigin(Place(random));
     view.Submit(frameBuffer);
     return view;
 }
@@ -120,15 +121,16 @@ void RenderText(Frame& frame) {
     auto const alignment = Qt::Alignment::fromInt(static_cast<int>(frame.random.Below(512)));
     QPointF const position(100.0f * Number(frame.random), 100.0f * Number(frame.random));
     if (frame.random.OneIn(3))
-        frame.renderer.RenderText(frame.view, Position(frame.random), text, frame.font, color, alignment);
+        frame.renderer.RenderText(frame.view, Position(frame.random), text, frame.content.font, color,
+                                  alignment);
     else
         frame.renderer.RenderText(frame.view, std::pair(position, frame.random.Between(-3, 3)), text,
-                                  frame.font, color, alignment);
+                                  frame.content.font, color, alignment);
 }
 
 void SubmitTextBuffer(Frame& frame) {
     auto const type = static_cast<zx3D::TextBufferType>(frame.random.Below(3));
-    zx3D::TextBufferHandle const text = zx3D::CreateTextBuffer(type, frame.font);
+    zx3D::TextBufferHandle const text = zx3D::CreateTextBuffer(type, frame.content.font);
     zx3D::SetPenPosition(text, 100.0f * Number(frame.random), 100.0f * Number(frame.random));
     zx3D::AppendText(text, "broken \xff\xc3 bytes");
     zx3D::AlignText(text, Number(frame.random), Number(frame.random));
@@ -167,7 +169,7 @@ void DrawAxes(Frame& frame) {
     if (style.arrowHeads && frame.random.OneIn(2))
         style.arrowHeads->light.emplace().ambient = Number(frame.random);
     if (frame.random.OneIn(2))
-        style.labels.emplace().font = frame.font;
+        style.labels.emplace().font = frame.content.font;
     if (style.labels && frame.random.OneIn(2))
         style.labels->placement = zx3DQt::CoordinateAxesLabelStyle::Placement::BeyondHeads;
     DrawCoordinateAxes(frame.renderer, frame.view, frame.view, Rect(frame.random), style);
@@ -179,7 +181,7 @@ void DrawGrid(Frame& frame) {
     style.gridMargins = QPosition(frame.random).toVector2D();
     style.lineWidth = 3.0f * Number(frame.random);
     if (frame.random.OneIn(2))
-        style.frameTickLabels.emplace().font = frame.font;
+        style.frameTickLabels.emplace().font = frame.content.font;
     if (style.frameTickLabels && frame.random.OneIn(2))
         style.frameTickLabels->minimumGap = Number(frame.random);
     if (frame.random.OneIn(2))
@@ -190,21 +192,28 @@ void DrawGrid(Frame& frame) {
 }
 
 void DrawTexture(Frame& frame) {
-    if (bgfx::isValid(frame.texture))
-        frame.renderer.DrawFullscreenTexture(frame.view, frame.texture);
+    if (bgfx::isValid(frame.content.texture))
+        frame.renderer.DrawFullscreenTexture(frame.view, frame.content.texture);
+}
+
+void DrawBatch(Frame& frame) {
+    constexpr std::uint64_t kBudgets[] = {0, 1, 100, 1 << 16, 1 << 24};
+    if (frame.random.OneIn(8))
+        frame.renderer.SetUploadBudget(frame.random.PickFrom(kBudgets));
+    frame.content.batches.Draw(frame.random, frame.renderer, frame.view);
 }
 
 using Operation = void (*)(Frame&);
-constexpr Operation kOperations[] = {DrawLines,  DrawLineStrip,    DrawPoints, DrawTriangles,
-                                     RenderText, SubmitTextBuffer, DrawShape,  DrawLitTriangles,
-                                     DrawAxes,   DrawGrid,         DrawTexture};
+constexpr Operation kOperations[] = {
+    DrawLines,        DrawLineStrip, DrawPoints, DrawTriangles, RenderText, SubmitTextBuffer, DrawShape,
+    DrawLitTriangles, DrawAxes,      DrawGrid,   DrawTexture,   DrawBatch,  DrawBatch};
 
 } // namespace
 
 void DrawSomething(Random& random, BGFXRenderer& renderer, zx3D::FrameBuffer const& frameBuffer,
-                   QRect const& viewport, ViewIds views, zx3D::FontHandle font, bgfx::TextureHandle texture) {
+                   QRect const& viewport, ViewIds views, Content const& content) {
     for (int view = random.Between(0, 2); view > 0; --view) {
-        Frame frame{random, renderer, SubmitView(random, frameBuffer, viewport, views), font, texture, {}};
+        Frame frame{random, renderer, SubmitView(random, frameBuffer, viewport, views), content, {}};
         if (random.OneIn(2))
             frame.transforms.push_back(renderer.SetModelTransform(Matrix(random)));
         for (std::uint64_t operations = random.Below(6); operations > 0; --operations)

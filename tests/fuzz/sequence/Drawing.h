@@ -1,6 +1,7 @@
 // What is drawn into a frame: anything that the public operations allow.
 #pragma once
 
+#include "Batches.h"
 #include "Random.h"
 
 #include <zx3DQt/BGFXRenderer.h>
@@ -19,9 +20,15 @@ struct ViewIds {
     bgfx::ViewId count = 8;
 };
 
-/// Draws some operations into some views of a frame that was started. `font` may be none, or one that is
-/// gone; so may `texture`, which is left out then.
+/// What is drawn that outlives a frame.
+struct Content {
+    zx3D::FontHandle font;       ///< may be none, or one that is gone
+    bgfx::TextureHandle texture; ///< left out when it is invalid
+    Batches& batches;
+};
+
+/// Draws some operations into some views of a frame that was started.
 void DrawSomething(Random& random, zx3DQt::BGFXRenderer& renderer, zx3D::FrameBuffer const& frameBuffer,
-                   QRect const& viewport, ViewIds views, zx3D::FontHandle font, bgfx::TextureHandle texture);
+                   QRect const& viewport, ViewIds views, Content const& content);
 
 } // namespace zarvex::fuzz

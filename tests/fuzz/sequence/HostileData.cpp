@@ -43,6 +43,13 @@ bx::Vec3 Position(Random& random) {
     return {x, y, Number(random)};
 }
 
+zx3DQt::WorldPosition Place(Random& random) {
+    constexpr double kDistances[] = {1.0, 5.4e6, 1e300};
+    double const distance = random.PickFrom(kDistances);
+    bx::Vec3 const position = Position(random);
+    return {distance * position.x, distance * position.y, distance * position.z};
+}
+
 QVector3D QPosition(Random& random) {
     bx::Vec3 const position = Position(random);
     return {position.x, position.y, position.z};

@@ -3,6 +3,8 @@
 
 #include "Random.h"
 
+#include <zx3DQt/WorldPosition.h>
+
 #include <zx3D/Color.h>
 #include <zx3D/DataSpan.h>
 #include <zx3D/Line.h>
@@ -25,6 +27,7 @@ namespace zarvex::fuzz {
 float Number(Random& random);
 
 bx::Vec3 Position(Random& random);
+zx3DQt::WorldPosition Place(Random& random);
 QVector3D QPosition(Random& random);
 zx3D::Color Color(Random& random);
 QColor RgbColor(Random& random);

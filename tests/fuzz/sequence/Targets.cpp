@@ -18,18 +18,18 @@ void PutOnScreen(zx3DQt::BGFXOffscreenWidget& widget) {
 
 } // namespace
 
-bgfx::TextureHandle FindTexture(Shared const& shared, zx3D::FrameBuffer const& target) {
-    if (shared.texture == nullptr || !bgfx::isValid(shared.texture->GetHandle()) ||
-        shared.texture->GetHandle().idx == target.GetHandle().idx)
-        return BGFX_INVALID_HANDLE;
-    return bgfx::getTexture(shared.texture->GetHandle(), 0);
+Content Shared::For(zx3D::FrameBuffer const& target) {
+    bool const hasTexture = texture != nullptr && bgfx::isValid(texture->GetHandle()) &&
+                            texture->GetHandle().idx != target.GetHandle().idx;
+    bgfx::TextureHandle const none = BGFX_INVALID_HANDLE;
+    return {font, hasTexture ? bgfx::getTexture(texture->GetHandle(), 0) : none, batches};
 }
 
 void Window::DrawFrame() {
     if (!GetRenderer().StartFrame(GetFrameBuffer()))
         return;
-    DrawSomething(m_random, GetRenderer(), GetFrameBuffer(), GetViewport(), kViewsOfWindows, m_shared.font,
-                  FindTexture(m_shared, GetFrameBuffer()));
+    DrawSomething(m_random, GetRenderer(), GetFrameBuffer(), GetViewport(), kViewsOfWindows,
+                  m_shared.For(GetFrameBuffer()));
     if (m_random.OneIn(2))
         GetRenderer().PresentCurrentAndSubmitNextFrame(m_random.OneIn(8));
     else
@@ -48,7 +48,7 @@ void Widget<Base>::paintEvent(QPaintEvent* event) {
     if (!Base::GetRenderer().StartFrame(Base::GetFrameBuffer()))
         return;
     DrawSomething(m_random, Base::GetRenderer(), Base::GetFrameBuffer(), Base::GetViewport(), kViewsOfWidgets,
-                  m_shared.font, FindTexture(m_shared, Base::GetFrameBuffer()));
+                  m_shared.For(Base::GetFrameBuffer()));
     if (event != nullptr)
         PutOnScreen(*this);
 }

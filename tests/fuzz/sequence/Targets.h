@@ -10,25 +10,26 @@
 
 namespace zarvex::fuzz {
 
-/// The font and the texture that all targets draw with; either may be none.
+/// What all targets draw with; font and texture may be none.
 struct Shared {
     zx3D::FontHandle font;
     zx3D::FrameBuffer* texture = nullptr; ///< its colours; not those of the target's own frame buffer
-};
+    Batches batches;
 
-/// What the texture's handle is now; the invalid one where there is none, or when it is `target`'s own.
-bgfx::TextureHandle FindTexture(Shared const& shared, zx3D::FrameBuffer const& target);
+    /// What there is of it for a target now.
+    Content For(zx3D::FrameBuffer const& target);
+};
 
 /// A window that draws when it is exposed and when it is told to.
 class Window final : public zx3DQt::BGFXWindow {
 public:
-    Window(Shared const& shared, std::uint64_t seed) : m_shared(shared), m_random(seed) {}
+    Window(Shared& shared, std::uint64_t seed) : m_shared(shared), m_random(seed) {}
 
     void DrawFrame();
     void exposeEvent(QExposeEvent* event) override;
 
 private:
-    Shared const& m_shared;
+    Shared& m_shared;
     Random m_random;
 };
 
@@ -37,14 +38,12 @@ private:
 template<typename Base>
 class Widget final : public Base {
 public:
-    Widget(Shared const& shared, std::uint64_t seed) : m_shared(shared), m_random(seed) {
-        Base::resize(80, 60);
-    }
+    Widget(Shared& shared, std::uint64_t seed) : m_shared(shared), m_random(seed) { Base::resize(80, 60); }
 
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    Shared const& m_shared;
+    Shared& m_shared;
     Random m_random;
 };
 

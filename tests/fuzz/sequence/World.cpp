@@ -73,6 +73,8 @@ World::NamedStep const World::kSteps[] = {
     {"exchange frame buffers", &World::ExchangeFrameBuffers},
     {"change lights", &World::ChangeLights},
     {"change font", &World::ChangeFont},
+    {"change batches", &World::ChangeBatches},
+    {"change batches", &World::ChangeBatches},
     {"stop and start", &World::StopAndStart},
 };
 
@@ -290,7 +292,7 @@ void World::DrawUnattached() {
     if (!renderer.StartFrame(frameBuffer))
         return;
     DrawSomething(random, renderer, frameBuffer, QRect(0, 0, frameBuffer.GetWidth(), frameBuffer.GetHeight()),
-                  {20, 8}, m_shared.font, FindTexture(m_shared, frameBuffer));
+                  {20, 8}, m_shared.For(frameBuffer));
     renderer.PresentSubmittedFrame(random.OneIn(8));
 }
 
@@ -304,9 +306,9 @@ void World::InterleaveRenderers() {
         if (!isStarted[i])
             continue;
         zx3D::FrameBuffer const& frameBuffer = m_frameBuffers[i];
-        DrawSomething(
-            random, m_renderers[i], frameBuffer, QRect(0, 0, frameBuffer.GetWidth(), frameBuffer.GetHeight()),
-            {static_cast<bgfx::ViewId>(30 + 8 * i), 8}, m_shared.font, FindTexture(m_shared, frameBuffer));
+        DrawSomething(random, m_renderers[i], frameBuffer,
+                      QRect(0, 0, frameBuffer.GetWidth(), frameBuffer.GetHeight()),
+                      {static_cast<bgfx::ViewId>(30 + 8 * i), 8}, m_shared.For(frameBuffer));
     }
     if (isStarted[0] || isStarted[1])
         m_renderers[isStarted[0] ? 0 : 1].PresentCurrentAndSubmitNextFrame(false);
@@ -371,6 +373,11 @@ void World::ChangeFont() {
         return;
     if (auto const font = zx3D::LoadDefaultFont(m_random.PickFrom(kSizes)))
         m_shared.font = *font;
+}
+
+void World::ChangeBatches() {
+    Random random(m_random.NewSeed());
+    m_shared.batches.Change(random);
 }
 
 void World::StopAndStart() {

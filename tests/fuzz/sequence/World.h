@@ -65,6 +65,7 @@ private:
     void ExchangeFrameBuffers();
     void ChangeLights();
     void ChangeFont();
+    void ChangeBatches();
     void StopAndStart();
 
     void Start();

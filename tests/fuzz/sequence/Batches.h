@@ -1,0 +1,35 @@
+// Batches that sequences fill, change and draw.
+#pragma once
+
+#include "Random.h"
+
+#include <zx3DQt/LineBatch.h>
+#include <zx3DQt/PointBatch.h>
+
+#include <array>
+
+namespace zarvex::fuzz {
+
+/// One batch that keeps its data and one that does not, of each kind.
+class Batches {
+public:
+    /// Does something to the data of one of them, also what nobody should do.
+    void Change(Random& random);
+
+    /// Draws one of them in any style.
+    void Draw(Random& random, zx3DQt::BGFXRenderer const& renderer, zx3DQt::BGFXViewContext const& view);
+
+private:
+    using LineBatch = zx3DQt::LineBatch;
+    using PointBatch = zx3DQt::PointBatch;
+
+    void ChangeLines(Random& random);
+    void ChangePoints(Random& random);
+
+    std::array<LineBatch, 2> m_lines{LineBatch(LineBatch::KeepData::No), LineBatch(LineBatch::KeepData::Yes)};
+
+    std::array<PointBatch, 2> m_points{PointBatch(PointBatch::KeepData::No),
+                                       PointBatch(PointBatch::KeepData::Yes)};
+};
+
+} // namespace zarvex::fuzz
