@@ -57,6 +57,12 @@ public:
     BGFXRenderer const& GetRenderer() const { return m_window->GetRenderer(); }
     /// @}
 
+    /// The embedded window, owned by the widget: for filters of events that do not arrive at the widget.
+    /// @{
+    BGFXWindow& GetWindow() { return *m_window; }
+    BGFXWindow const& GetWindow() const { return *m_window; }
+    /// @}
+
     /// The frame buffer on the embedded window; while a picture is drawn, that of the picture.
     /// @{
     zx3D::FrameBuffer& GetFrameBuffer() { return m_window->GetFrameBuffer(); }

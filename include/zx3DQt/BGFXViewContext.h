@@ -142,6 +142,17 @@ public:
     std::optional<QPointF> ProjectToViewport(bx::Vec3 const& position) const;
     std::optional<QPointF> ProjectToViewport(QVector3D const& position) const;
     /// @}
+    /// The same for a position in the world, from which the view's origin is subtracted in double precision.
+    std::optional<QPointF> ProjectToViewport(WorldPosition const& position) const;
+
+    /// Whether a position in the world lies in what the view shows: in the viewport, and from the near plane
+    /// to the far plane; bgfx must run. Something may stand in front of it.
+    bool IsInView(WorldPosition const& position) const;
+
+    /// All positions in the world that appear at a place of the viewport, pixels, from the near plane on;
+    /// bgfx must run. Computed in double precision from the view's matrices, and relative to its origin.
+    /// Empty for a viewport without area and matrices without an inverse.
+    std::optional<WorldRay> ComputeRay(QPointF const& position) const;
 
     /// Binds the view to the frame buffer for the frame being recorded, with the context's viewport,
     /// matrices, mode and, if there are any, clear options. Does not touch the view: without a draw call into
@@ -163,6 +174,7 @@ protected:
 
 private:
     QVector4D TransformToClip(bx::Vec3 const& position) const;
+    bx::Vec3 RelativeToOrigin(WorldPosition const& position) const;
 
     QRect m_viewport;
     QMatrix4x4 m_projectionMatrix;

@@ -2,10 +2,12 @@
 #include <zx3DQt/BGFXViewContext.h>
 
 #include "../frame/Logging.h"
+#include "Unproject.h"
 
 #include <QQuaternion>
 
 #include <algorithm>
+#include <cmath>
 
 namespace zarvex::zx3DQt {
 
@@ -19,6 +21,11 @@ QVector4D DivideByW(QVector4D const& clip) {
 
 bx::Vec3 ToVec3(QVector3D const& position) {
     return {position.x(), position.y(), position.z()};
+}
+
+/// Of the near plane, in NDC.
+float NearestDepth() {
+    return bgfx::getCaps()->homogeneousDepth ? -1.0f : 0.0f;
 }
 
 } // namespace
@@ -102,6 +109,30 @@ std::optional<QPointF> BGFXViewContext::ProjectToViewport(bx::Vec3 const& positi
 
 std::optional<QPointF> BGFXViewContext::ProjectToViewport(QVector3D const& position) const {
     return ProjectToViewport(ToVec3(position));
+}
+
+bx::Vec3 BGFXViewContext::RelativeToOrigin(WorldPosition const& position) const {
+    WorldVector const relative = position - m_origin;
+    return {static_cast<float>(relative.x), static_cast<float>(relative.y), static_cast<float>(relative.z)};
+}
+
+std::optional<QPointF> BGFXViewContext::ProjectToViewport(WorldPosition const& position) const {
+    return ProjectToViewport(RelativeToOrigin(position));
+}
+
+bool BGFXViewContext::IsInView(WorldPosition const& position) const {
+    QVector4D const clip = TransformToClip(RelativeToOrigin(position));
+    float const w = clip.w();
+    return w > 0.0f && std::abs(clip.x()) <= w && std::abs(clip.y()) <= w && clip.z() >= NearestDepth() * w &&
+           clip.z() <= w;
+}
+
+std::optional<WorldRay> BGFXViewContext::ComputeRay(QPointF const& position) const {
+    if (m_viewport.isEmpty())
+        return std::nullopt;
+    double const x = 2.0 * (position.x() - m_viewport.x()) / m_viewport.width() - 1.0;
+    double const y = 1.0 - 2.0 * (position.y() - m_viewport.y()) / m_viewport.height();
+    return Unproject(m_projectionMatrix, m_viewMatrix, m_origin, x, y, NearestDepth());
 }
 
 void BGFXViewContext::Submit(zx3D::FrameBuffer const& frameBuffer) const {

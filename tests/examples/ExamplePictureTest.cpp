@@ -63,7 +63,7 @@ TEST_P(ExamplePictureTest, IsOpaqueAndShowsSomething) {
 
 INSTANTIATE_TEST_SUITE_P(
     , ExamplePictureTest,
-    ::testing::Combine(::testing::Values("first_window", "grid_and_axes", "labels", "lights",
+    ::testing::Combine(::testing::Values("cameras", "first_window", "grid_and_axes", "labels", "lights",
                                          "lines_and_points", "lit_mesh", "native_widget", "offscreen_widget",
                                          "own_shader", "point_cloud", "polylines"),
                        AllBackends()),
