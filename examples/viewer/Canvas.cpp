@@ -10,10 +10,6 @@ using namespace zarvex;
 
 namespace {
 
-QVector3D ToVector(bx::Vec3 const& place) {
-    return {place.x, place.y, place.z};
-}
-
 bx::Vec3 ToVec3(QVector3D const& place) {
     return {place.x(), place.y(), place.z()};
 }
@@ -22,9 +18,8 @@ bx::Vec3 ToVec3(QVector3D const& place) {
 std::optional<zx3D::Line> InFront(zx3D::Line const& line, OrbitCamera const& camera, float nearest) {
     QVector3D const start = ToVector(line.start);
     QVector3D const end = ToVector(line.end);
-    auto const depthOf = [&camera](QVector3D const& place) {
-        return QVector3D::dotProduct(camera.Position() - place, camera.TowardsViewer());
-    };
+    auto const depthOf = [eye = ToVector(camera.ComputePosition()), axis = TowardsViewer(camera)](
+                             QVector3D const& place) { return QVector3D::dotProduct(eye - place, axis); };
     float const startDepth = depthOf(start);
     float const endDepth = depthOf(end);
     if (std::min(startDepth, endDepth) >= nearest)
@@ -59,8 +54,9 @@ void Canvas::DrawLines(zx3DQt::BGFXViewContext const& view, std::span<zx3D::Line
     std::vector<zx3D::Line> inFront;
     inFront.reserve(lines.size());
     bool const isPerspective = camera.GetProjection() == Projection::Perspective;
+    float const nearest = 0.01f * static_cast<float>(camera.GetDistance());
     for (zx3D::Line const& line : lines) {
-        auto const visible = isPerspective ? InFront(line, camera, 0.01f * camera.GetDistance()) : line;
+        auto const visible = isPerspective ? InFront(line, camera, nearest) : line;
         if (visible)
             inFront.push_back(*visible);
     }

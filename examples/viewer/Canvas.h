@@ -1,8 +1,8 @@
 // What the parts of a scene draw on for the length of one frame.
 #pragma once
 
+#include "Camera.h"
 #include "Fonts.h"
-#include "OrbitCamera.h"
 
 #include <zx3DQt/BGFXRenderer.h>
 #include <zx3DQt/BGFXViewContext.h>
@@ -34,7 +34,8 @@ struct Canvas {
 
     /// World units that a pixel covers at the depth of the camera's target.
     float WorldPerPixel() const {
-        return 2.0f * pixelRatio * camera.HalfHeight() / static_cast<float>(std::max(size.height(), 1));
+        auto const height = static_cast<float>(2.0 * camera.ComputeHalfHeight());
+        return pixelRatio * height / static_cast<float>(std::max(size.height(), 1));
     }
 
     /// Where a place appears, physical pixels; empty for what is behind the camera.

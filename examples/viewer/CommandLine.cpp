@@ -107,7 +107,7 @@ Options ReadOptions(QCommandLineParser const& parser) {
     if (parser.isSet(kView)) {
         using enum StandardView;
         options.view = Choose<StandardView>(parser, kView,
-                                            {{"iso", Iso},
+                                            {{"iso", Isometric},
                                              {"front", Front},
                                              {"back", Back},
                                              {"left", Left},

@@ -1,7 +1,7 @@
 // What the viewer is told when it is started.
 #pragma once
 
-#include "OrbitCamera.h"
+#include "Camera.h"
 
 #include <bgfx/bgfx.h>
 
@@ -22,7 +22,7 @@ struct Options {
     QString file;              ///< empty: the built-in scene
     QString screenshot;        ///< picture to save instead of showing a window
     std::optional<QSize> size; ///< of the picture or the window, pixels
-    StandardView view = StandardView::Iso;
+    StandardView view = StandardView::Isometric;
     bool parallel = false;    ///< projection
     std::optional<UpAxis> up; ///< instead of the file's
     std::optional<bgfx::RendererType::Enum> renderer;

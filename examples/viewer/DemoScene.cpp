@@ -130,7 +130,7 @@ void DemoScene::DrawTitles(Canvas const& canvas) const {
         {Stand::kLitTriangles, "Lit triangles"}, {Stand::kShapes, "Shapes"},
     };
     // In front of the exhibit, from wherever one looks.
-    QVector3D towards = canvas.camera.TowardsViewer() - 0.001f * canvas.camera.ScreenUp();
+    QVector3D towards = TowardsViewer(canvas.camera) - 0.001f * ScreenUp(canvas.camera);
     towards.setZ(0.0f);
     towards.normalize();
     for (auto const& [stand, title] : titles) {

@@ -52,7 +52,7 @@ QVector3D PlaceOn(Grid const& grid, double first, double second) {
 
 /// From below the floor is a ceiling, and looked through: it stays at the mesh's lower side.
 void ChoosePlane(Grid& grid, OrbitCamera const& camera, Box const& box) {
-    QVector3D const sight = camera.TowardsViewer();
+    QVector3D const sight = TowardsViewer(camera);
     grid.across = camera.GetUpAxis() == UpAxis::Z ? 2 : 1;
     grid.height = box.min[grid.across];
     if (std::abs(sight[grid.across]) < kLowestSight) {
@@ -78,11 +78,11 @@ Grid ChooseGrid(Canvas const& canvas, Box const& box) {
     Grid grid;
     ChoosePlane(grid, canvas.camera, box);
     grid.step = RoundStep(double{canvas.WorldPerPixel()} * kPixelsPerStep);
-    double const reach = 1.1 * canvas.camera.HalfHeight() * std::max(1.0f, canvas.AspectRatio());
+    double const reach = 1.1 * canvas.camera.ComputeHalfHeight() * std::max(1.0f, canvas.AspectRatio());
+    QVector3D const target = ToVector(canvas.camera.GetTarget());
     for (int i = 0; i < 2; ++i) {
         int const axis = grid.axes[i];
-        grid.spans[i] =
-            ChooseSpan(box.min[axis], box.max[axis], canvas.camera.GetTarget()[axis], reach, grid.step);
+        grid.spans[i] = ChooseSpan(box.min[axis], box.max[axis], target[axis], reach, grid.step);
     }
     return grid;
 }
@@ -114,9 +114,9 @@ void DrawNumbers(Canvas const& canvas, Grid const& grid, int i, std::vector<QPoi
     int const otherAxis = grid.axes[1 - i];
     Span const& other = grid.spans[1 - i];
     // On a wall the lower and the left edge are nearest to where they are looked for.
-    QVector3D nearer = canvas.camera.TowardsViewer() - canvas.camera.ScreenUp();
+    QVector3D nearer = TowardsViewer(canvas.camera) - ScreenUp(canvas.camera);
     if (i == 1)
-        nearer -= 0.5f * canvas.camera.ScreenRight();
+        nearer -= 0.5f * ScreenRight(canvas.camera);
     double const edge = nearer[otherAxis] >= 0.0f ? other.high : other.low;
     double const inside = nearer[otherAxis] >= 0.0f ? edge - grid.step : edge + grid.step;
     for (double const tick : Ticks(grid.spans[i].low, grid.spans[i].high, grid.step)) {

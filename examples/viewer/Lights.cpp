@@ -41,9 +41,9 @@ void Lights::Submit(OrbitCamera const& camera) {
     for (std::size_t i = 0; i < m_lights.size(); ++i) {
         if (!m_created)
             m_lights[i].CreateUniforms();
-        QVector3D const direction = kLights[i].direction.x() * camera.ScreenRight() +
-                                    kLights[i].direction.y() * camera.ScreenUp() +
-                                    kLights[i].direction.z() * camera.TowardsViewer();
+        QVector3D const direction = kLights[i].direction.x() * ScreenRight(camera) +
+                                    kLights[i].direction.y() * ScreenUp(camera) +
+                                    kLights[i].direction.z() * TowardsViewer(camera);
         m_lights[i].SetPosition(QVector4D(direction, 0.0f)); // w = 0: infinitely far away
         m_lights[i].Submit();
     }

@@ -1,7 +1,7 @@
 // The lights of a studio, which stand around the camera and go with it.
 #pragma once
 
-#include "OrbitCamera.h"
+#include "Camera.h"
 
 #include <zx3DQt/BGFXPointLightSource.h>
 

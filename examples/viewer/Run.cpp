@@ -91,7 +91,7 @@ void PrintFrameTimes(AnySceneView& view, Scene& scene, int count) {
         if (static_cast<int>(times.size()) >= count)
             loop.quit();
         OrbitCamera camera = scene.GetCamera();
-        camera.Orbit(360.0f / static_cast<float>(count), 0.0f);
+        camera.Orbit(360.0 / count, 0.0);
         scene.MoveCamera(camera);
     });
     loop.exec();

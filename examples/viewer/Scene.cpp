@@ -6,6 +6,8 @@
 
 #include <zx3DQt/CapsReport.h>
 
+#include <utility>
+
 namespace viewer {
 
 namespace {
@@ -13,11 +15,12 @@ namespace {
 constexpr int kMovementEnds = 200;   ///< after the last move, milliseconds
 constexpr double kSlowFrame = 50.0;  // milliseconds
 constexpr std::uint32_t kSmooth = 4; // samples for each pixel
+constexpr double kMargin = 0.09; ///< share of the view that is free at each edge of what is fitted into it
 
 } // namespace
 
 Scene::Scene() {
-    m_camera.LookFrom(StandardView::Iso);
+    m_camera.LookFrom(StandardView::Isometric);
     m_movement.setSingleShot(true);
     m_movement.setInterval(kMovementEnds);
     connect(&m_movement, &QTimer::timeout, this, &Scene::Changed);
@@ -26,7 +29,7 @@ Scene::Scene() {
 void Scene::SetMesh(std::shared_ptr<MeshFile const> file) {
     m_camera.SetUpAxis(file == nullptr || file->IsZUp() ? UpAxis::Z : UpAxis::Y);
     m_mesh = file != nullptr ? std::make_unique<Mesh>(std::move(file)) : nullptr;
-    LookFrom(StandardView::Iso);
+    LookFrom(StandardView::Isometric);
 }
 
 Box Scene::GetBox() const {
@@ -78,9 +81,10 @@ void Scene::SetAppearance(Appearance const& appearance) {
 }
 
 void Scene::PrepareCamera(float aspectRatio) {
-    if (m_mustFit)
-        m_camera.Fit(GetBox(), aspectRatio);
-    m_mustFit = false;
+    if (!std::exchange(m_mustFit, false))
+        return;
+    m_camera.Fit(ToWorldBox(GetBox()), double{aspectRatio}, kMargin);
+    emit Fitted();
 }
 
 void Scene::Draw(Canvas const& canvas) {

@@ -1,10 +1,10 @@
 // What is shown, and from where: one scene, any number of views on it.
 #pragma once
 
+#include "Camera.h"
 #include "DemoScene.h"
 #include "Lights.h"
 #include "Mesh.h"
-#include "OrbitCamera.h"
 
 #include <QObject>
 #include <QTimer>
@@ -75,6 +75,8 @@ public:
 signals:
     /// The views must draw themselves anew.
     void Changed();
+    /// The camera has moved while a view draws itself.
+    void Fitted();
     void FrameDrawn(double milliseconds);
 
 private:

@@ -46,15 +46,13 @@ zx3DQt::BGFXViewContext MakeView(ViewId id, QRect const& viewport) {
 /// The views that look through the camera.
 zx3DQt::BGFXViewContext MakeCameraView(ViewId id, QRect const& viewport, Scene const& scene, float nearer) {
     zx3DQt::BGFXViewContext view = MakeView(id, viewport);
-    Box const box = scene.GetBox();
-    OrbitCamera const& camera = scene.GetCamera();
-    // The ground reaches beyond the box.
-    QMatrix4x4 projection =
-        camera.ProjectionMatrix(static_cast<float>(view.ComputeViewportAspectRatio()), box.Center(),
-                                1.7f * box.Radius(), bgfx::getCaps()->homogeneousDepth);
+    Box box = scene.GetBox();
+    QVector3D const beyond =
+        0.7f * box.Radius() * QVector3D(1.0f, 1.0f, 1.0f); // that is how far the ground goes
+    box.Extend(Box{box.min - beyond, box.max + beyond});
+    scene.GetCamera().Apply(view, ToWorldBox(box));
+    QMatrix4x4& projection = view.GetProjectionMatrix();
     projection.setRow(2, projection.row(2) - nearer * projection.row(3));
-    view.SetProjectionMatrix(projection);
-    view.SetViewMatrix(camera.ViewMatrix());
     return view;
 }
 
@@ -95,10 +93,10 @@ void DrawAxes(zx3DQt::BGFXRenderer const& renderer, zx3DQt::BGFXViewContext cons
     }
 }
 
-/// Looks at the axes from the camera's direction.
-void LookAtAxes(zx3DQt::BGFXViewContext& view, OrbitCamera const& camera) {
+/// Looks at the axes from the direction of another view.
+void LookAtAxes(zx3DQt::BGFXViewContext& view, zx3DQt::BGFXViewContext const& other) {
     constexpr float reach = 2.5f;
-    QMatrix4x4 rotation = camera.ViewMatrix();
+    QMatrix4x4 rotation = other.GetViewMatrix();
     rotation.setColumn(3, QVector4D(0.0f, 0.0f, 0.0f, 1.0f));
     view.SetViewMatrix(rotation);
     bx::mtxOrtho(view.GetProjectionMatrix().data(), -reach, reach, -reach, reach, -reach, reach, 0.0f,
@@ -128,8 +126,8 @@ Views MakeViews(Scene const& scene, QSize size, float pixelRatio) {
     views.background.SetViewClearOptions(
         zx3DQt::BGFXViewClearOptions{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, kTop.ToRGBA(), 1.0f, 0});
     views.axes.SetViewClearOptions(zx3DQt::BGFXViewClearOptions{BGFX_CLEAR_DEPTH, 0, 1.0f, 0});
-    LookAtAxes(views.axes, scene.GetCamera());
-    LookAtAxes(views.axesLabels, scene.GetCamera());
+    LookAtAxes(views.axes, views.surfaces);
+    LookAtAxes(views.axesLabels, views.surfaces);
     return views;
 }
 

@@ -1,15 +1,18 @@
 // A scene in a widget: in either of the library's.
 #pragma once
 
-#include "CameraControl.h"
 #include "ScenePainter.h"
 
 #include <zx3DQt/BGFXNativeWidget.h>
 #include <zx3DQt/BGFXOffscreenWidget.h>
+#include <zx3DQt/CameraController.h>
 
 #include <QElapsedTimer>
+#include <QSignalBlocker>
 
 #include <algorithm>
+#include <chrono>
+#include <vector>
 
 namespace viewer {
 
@@ -29,14 +32,16 @@ public:
 template<typename Target>
 class SceneView final : public Target, public AnySceneView {
 public:
-    explicit SceneView(Scene& scene, QWidget* parent = nullptr)
-        : Target(parent),
-          m_scene(scene),
-          m_control(scene) {
+    explicit SceneView(Scene& scene, QWidget* parent = nullptr) : Target(parent), m_scene(scene) {
         Target::setFocusPolicy(Qt::StrongFocus);
         Target::setMinimumSize(160, 120);
         Target::SetDepthFormat(bgfx::TextureFormat::D32F);
-        QObject::connect(&scene, &Scene::Changed, this, [this] { Target::update(); });
+        QObject::connect(&scene, &Scene::Changed, this, [this] {
+            FollowCamera();
+            Target::update();
+        });
+        QObject::connect(&scene, &Scene::Fitted, this, &SceneView::FollowCamera);
+        PrepareController();
     }
 
     QWidget& AsWidget() override { return *this; }
@@ -47,15 +52,9 @@ public:
                                       .sampleCount = m_scene.GetPictureSampleCount()});
     }
 
-    bool event(QEvent* event) override {
-        if (m_control.Handle(*event, Target::size())) {
-            event->accept();
-            return true;
-        }
-        return Target::event(event);
-    }
-
 protected:
+    void mouseDoubleClickEvent(QMouseEvent*) override { m_scene.Fit(); }
+
     void paintEvent(QPaintEvent* event) override {
         Target::paintEvent(event);
         QElapsedTimer clock;
@@ -85,8 +84,26 @@ private:
         }
     }
 
+    void PrepareController() {
+        zarvex::zx3DQt::CameraBindings bindings;
+        bindings.doubleClick.reset();                          // the scene knows what is to be seen
+        std::erase_if(bindings.keys, [](auto const& binding) { // the menus have them
+            return binding.command >= zarvex::zx3DQt::CameraCommand::Fit;
+        });
+        m_controller.SetBindings(bindings);
+        FollowCamera();
+        QObject::connect(&m_controller, &zarvex::zx3DQt::CameraController::cameraChanged, this,
+                         [this] { m_scene.MoveCamera(std::get<OrbitCamera>(m_controller.GetCamera())); });
+    }
+
+    /// All views share the scene's camera.
+    void FollowCamera() {
+        QSignalBlocker const blocker(m_controller);
+        m_controller.SetCamera(m_scene.GetCamera());
+    }
+
     Scene& m_scene;
-    CameraControl m_control;
+    zarvex::zx3DQt::CameraController m_controller{this};
 };
 
 using NativeSceneView = SceneView<zarvex::zx3DQt::BGFXNativeWidget>;

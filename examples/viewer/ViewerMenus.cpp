@@ -72,9 +72,9 @@ void ViewerWindow::CreateViewMenu() {
     };
     using enum StandardView;
     for (View const& entry :
-         {View{"&Iso", Qt::Key_0, Iso}, View{"F&ront", Qt::Key_1, Front}, View{"&Back", Qt::Key_2, Back},
-          View{"&Left", Qt::Key_3, Left}, View{"Ri&ght", Qt::Key_4, Right}, View{"&Top", Qt::Key_5, Top},
-          View{"B&ottom", Qt::Key_6, Bottom}})
+         {View{"&Iso", Qt::Key_0, Isometric}, View{"F&ront", Qt::Key_1, Front},
+          View{"&Back", Qt::Key_2, Back}, View{"&Left", Qt::Key_3, Left}, View{"Ri&ght", Qt::Key_4, Right},
+          View{"&Top", Qt::Key_5, Top}, View{"B&ottom", Qt::Key_6, Bottom}})
         menu.addAction(entry.text, entry.key, this, [this, view = entry.view] { LookFrom(view); });
     m_toolBar->addSeparator();
     m_toolBar->addActions(menu.actions()); // what there is so far
@@ -145,16 +145,17 @@ void ViewerWindow::CreateShowMenu() {
 }
 
 void ViewerWindow::ShowHelp() {
-    auto* const box = new QMessageBox(QMessageBox::NoIcon, "Mouse and keys",
-                                      "<table cellspacing='6'>"
-                                      "<tr><td><b>Left button</b></td><td>orbit</td></tr>"
-                                      "<tr><td><b>Middle or right button</b></td><td>pan</td></tr>"
-                                      "<tr><td><b>Wheel</b></td><td>zoom to the pointer</td></tr>"
-                                      "<tr><td><b>Double click</b></td><td>fit</td></tr>"
-                                      "<tr><td><b>Arrows</b></td><td>orbit; with Shift, pan</td></tr>"
-                                      "<tr><td><b>+ and −</b></td><td>zoom</td></tr>"
-                                      "</table>The menus name the other keys.",
-                                      QMessageBox::Ok, this);
+    auto* const box =
+        new QMessageBox(QMessageBox::NoIcon, "Mouse and keys",
+                        "<table cellspacing='6'>"
+                        "<tr><td><b>Left button</b></td><td>orbit</td></tr>"
+                        "<tr><td><b>Middle or right button</b></td><td>pan</td></tr>"
+                        "<tr><td><b>Wheel, pinch</b></td><td>zoom to the pointer</td></tr>"
+                        "<tr><td><b>Double click</b></td><td>fit</td></tr>"
+                        "<tr><td><b>Arrows</b></td><td>orbit; with Shift, pan; with Ctrl, roll</td></tr>"
+                        "<tr><td><b>+ and −</b></td><td>zoom</td></tr>"
+                        "</table>The menus name the other keys.",
+                        QMessageBox::Ok, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
 }

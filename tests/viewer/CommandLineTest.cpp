@@ -24,7 +24,7 @@ TEST(CommandLineTest, WithoutArgumentsTheBuiltInSceneIsShownInAWindow) {
     Options const options = ParseOptions({});
     EXPECT_TRUE(options.file.isEmpty());
     EXPECT_TRUE(options.screenshot.isEmpty());
-    EXPECT_EQ(options.view, StandardView::Iso);
+    EXPECT_EQ(options.view, StandardView::Isometric);
     EXPECT_FALSE(options.size || options.renderer || options.samples || options.up || options.parallel ||
                  options.showCapabilities);
     EXPECT_EQ(options.frames, 0);

@@ -74,7 +74,7 @@ void ViewerTest::Drag(QPointF from, QPointF to, InputDevice::Button button) {
             QPointF(share.x() * GetView().width(), share.y() * GetView().height()).toPoint());
     };
     OrbitCamera const before = GetCamera();
-    auto const isMoved = [&] { return (GetCamera().Position() - before.Position()).length() > 0.0f; };
+    auto const isMoved = [&] { return GetCamera() != before; };
     m_input.MoveTo(place(from) - QPoint(3, 3));
     m_input.MoveTo(place(from));
     HandlePendingEvents();
@@ -93,7 +93,7 @@ void ViewerTest::TurnWheel(QPointF share, int steps) {
     m_input.MoveTo(place - QPoint(3, 3));
     m_input.MoveTo(place);
     for (int i = 0; i < std::abs(steps); ++i) {
-        float const before = GetCamera().GetDistance();
+        double const before = GetCamera().GetDistance();
         m_input.Click(steps > 0 ? InputDevice::WheelUp : InputDevice::WheelDown);
         EXPECT_TRUE(WaitUntil([&] { return GetCamera().GetDistance() != before; }))
             << "the wheel does nothing";

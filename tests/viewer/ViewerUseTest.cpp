@@ -21,8 +21,11 @@
 #include <QUrl>
 #include <QWindow>
 
+#include <cmath>
+
 namespace viewer {
 
+using namespace zarvex;
 using namespace zarvex::testing;
 
 namespace {
@@ -107,20 +110,19 @@ TEST_P(ViewerUseTest, OrbitsPansAndZoomsWithTheMouseInBothWidgets) {
         OrbitCamera const start = GetCamera();
         Drag({0.5, 0.5}, {0.7, 0.4}, InputDevice::Left);
         EXPECT_EQ(GetCamera().GetTarget(), start.GetTarget());
-        EXPECT_GT((GetCamera().TowardsViewer() - start.TowardsViewer()).length(), 0.3f);
+        EXPECT_GT((TowardsViewer(GetCamera()) - TowardsViewer(start)).length(), 0.3f);
         ExpectChange(before, 0.05);
 
         OrbitCamera const turned = GetCamera();
         Drag({0.5, 0.5}, {0.6, 0.5}, InputDevice::Middle);
-        EXPECT_EQ(GetCamera().TowardsViewer(), turned.TowardsViewer());
-        EXPECT_LT(QVector3D::dotProduct(GetCamera().GetTarget() - turned.GetTarget(), turned.ScreenRight()),
-                  0.0f);
+        EXPECT_EQ(TowardsViewer(GetCamera()), TowardsViewer(turned));
+        EXPECT_LT(Dot(GetCamera().GetTarget() - turned.GetTarget(), turned.ComputeAxes().right), 0.0);
 
-        float const distance = GetCamera().GetDistance();
+        double const distance = GetCamera().GetDistance();
         TurnWheel({0.5, 0.5}, 3);
-        EXPECT_NEAR(GetCamera().GetDistance(), distance / 1.520875f, 0.01f * distance);
+        EXPECT_NEAR(GetCamera().GetDistance(), distance / 1.520875, 0.01 * distance);
         TurnWheel({0.5, 0.5}, -3);
-        EXPECT_NEAR(GetCamera().GetDistance(), distance, 0.01f * distance);
+        EXPECT_NEAR(GetCamera().GetDistance(), distance, 0.01 * distance);
     }
 }
 
@@ -128,11 +130,11 @@ TEST_P(ViewerUseTest, ZoomsToThePointer) {
     OpenFile(kDuck);
     Type("1");
     WaitForFrame();
-    QVector3D const target = GetCamera().GetTarget();
+    zx3DQt::WorldPosition const target = GetCamera().GetTarget();
     TurnWheel({0.8, 0.2}, 4);
-    QVector3D const moved = GetCamera().GetTarget() - target;
-    EXPECT_GT(QVector3D::dotProduct(moved, GetCamera().ScreenRight()), 0.0f);
-    EXPECT_GT(QVector3D::dotProduct(moved, GetCamera().ScreenUp()), 0.0f);
+    zx3DQt::WorldVector const moved = GetCamera().GetTarget() - target;
+    EXPECT_GT(Dot(moved, GetCamera().ComputeAxes().right), 0.0);
+    EXPECT_GT(Dot(moved, GetCamera().ComputeAxes().up), 0.0);
 }
 
 TEST_P(ViewerUseTest, FitsAfterWanderingOff) {
@@ -143,7 +145,8 @@ TEST_P(ViewerUseTest, FitsAfterWanderingOff) {
     Drag({0.5, 0.5}, {0.9, 0.9}, InputDevice::Right);
     Type("F");
     WaitForFrame();
-    EXPECT_LT((GetCamera().Position() - fitted.Position()).length(), 1e-3f * fitted.GetDistance());
+    zx3DQt::WorldVector const missing = GetCamera().ComputePosition() - fitted.ComputePosition();
+    EXPECT_LT(std::sqrt(Dot(missing, missing)), 1e-3 * fitted.GetDistance());
 }
 
 TEST_P(ViewerUseTest, KeysShowTheStandardViewsAndBothProjections) {
@@ -168,7 +171,7 @@ TEST_P(ViewerUseTest, ArrowsOrbitAndPlusZooms) {
     WaitForFrame();
     OrbitCamera const start = GetCamera();
     QTest::keyClick(&GetView(), Qt::Key_Left);
-    EXPECT_GT((GetCamera().TowardsViewer() - start.TowardsViewer()).length(), 0.05f);
+    EXPECT_GT((TowardsViewer(GetCamera()) - TowardsViewer(start)).length(), 0.05f);
     QTest::keyClick(&GetView(), Qt::Key_Up, Qt::ShiftModifier);
     EXPECT_NE(GetCamera().GetTarget(), start.GetTarget());
     QTest::keyClick(&GetView(), Qt::Key_Plus);
