@@ -1,4 +1,4 @@
-// A lit mesh that turns. Drag with the left button to look from elsewhere, use the wheel to come closer.
+// A lit mesh that turns. Drag to look from elsewhere, use the wheel to come closer, F to see all of it again.
 #include <zx3DQt/zx3DQt.h>
 
 #include <QApplication>
@@ -90,39 +90,6 @@ std::vector<Piece> MakeKnot() {
     return pieces;
 }
 
-// The camera's place on a sphere around the mesh, which the mouse changes.
-struct Orbit {
-    float yaw = 0.0f;    // degrees
-    float pitch = 50.0f; // degrees
-    float distance = 5.2f;
-    QPointF lastMouse;
-
-    void Press(QMouseEvent const& event) { lastMouse = event.position(); }
-
-    void Drag(QMouseEvent const& event) {
-        QPointF const moved = event.position() - lastMouse;
-        lastMouse = event.position();
-        if (!(event.buttons() & Qt::LeftButton))
-            return;
-        yaw += 0.4f * static_cast<float>(moved.x());
-        pitch = std::clamp(pitch + 0.4f * static_cast<float>(moved.y()), -89.0f, 89.0f);
-    }
-
-    void Zoom(QWheelEvent const& event) {
-        float const steps = static_cast<float>(event.angleDelta().y()) / 120.0f;
-        distance = std::clamp(distance * std::pow(0.9f, steps), 2.5f, 15.0f);
-    }
-
-    // Farther away where the window is narrow, so that the mesh fits into its width.
-    QMatrix4x4 ViewMatrix(float aspectRatio) const {
-        QMatrix4x4 matrix;
-        matrix.translate(0.0f, 0.0f, -distance / std::min(aspectRatio, 1.0f));
-        matrix.rotate(pitch - 90.0f, 1.0f, 0.0f, 0.0f);
-        matrix.rotate(yaw, 0.0f, 0.0f, 1.0f);
-        return matrix;
-    }
-};
-
 // Two unlit triangles over the whole window, darker at the top.
 void DrawBackground(zx3DQt::BGFXWindow& window) {
     zx3DQt::BGFXViewContext view(0);
@@ -139,8 +106,8 @@ void DrawBackground(zx3DQt::BGFXWindow& window) {
 }
 
 // Records a frame. False when there is nothing to draw into.
-bool RecordFrame(zx3DQt::BGFXWindow& window, std::vector<Piece> const& knot, Orbit const& orbit,
-                 float seconds) {
+bool RecordFrame(zx3DQt::BGFXWindow& window, std::vector<Piece> const& knot,
+                 zx3DQt::CameraController const& camera, float seconds) {
     zx3DQt::BGFXRenderer& renderer = window.GetRenderer();
     if (!renderer.StartFrame(window.GetFrameBuffer()))
         return false;                         // the window has no area now
@@ -149,11 +116,7 @@ bool RecordFrame(zx3DQt::BGFXWindow& window, std::vector<Piece> const& knot, Orb
 
     zx3DQt::BGFXViewContext view(1, zx3DQt::BGFXViewClearOptions{BGFX_CLEAR_DEPTH, 0, 1.0f, 0});
     view.SetViewport(window.GetViewport());
-    auto const aspectRatio = static_cast<float>(view.ComputeViewportAspectRatio());
-    view.SetViewMatrix(orbit.ViewMatrix(aspectRatio));
-    // Depths from -1 to 1 or from 0 to 1, as the running renderer has them.
-    bx::mtxProj(view.GetProjectionMatrix().data(), 40.0f, aspectRatio, 0.5f, 40.0f,
-                bgfx::getCaps()->homogeneousDepth, bx::Handedness::Right);
+    camera.Apply(view);
     view.Submit(window.GetFrameBuffer());
 
     QMatrix4x4 turn;
@@ -189,22 +152,23 @@ int main(int argc, char* argv[]) {
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
     {
         std::vector<Piece> const knot = MakeKnot();
-        Orbit orbit;
         zx3DQt::BGFXWindow window; // goes before Shutdown
         window.setTitle("zx3DQt: lit mesh");
         window.SetSampleCount(ChooseSampleCount(application.arguments()));
         window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(800, 600);
-        QObject::connect(&window, &zx3DQt::BGFXWindow::mouseClickedEvent,
-                         [&](QMouseEvent* e) { orbit.Press(*e); });
-        QObject::connect(&window, &zx3DQt::BGFXWindow::mouseMovedEvent,
-                         [&](QMouseEvent* e) { orbit.Drag(*e); });
-        QObject::connect(&window, &zx3DQt::BGFXWindow::wheelEvent, [&](QWheelEvent* e) { orbit.Zoom(*e); });
+        // Mouse, wheel, touch and keys turn it, and it is seen whole until they do.
+        zx3DQt::CameraController camera(&window);
+        zx3DQt::OrbitCamera fromAbove;
+        fromAbove.SetElevation(50.0);
+        camera.SetCamera(fromAbove);
+        camera.SetSceneBox(zx3DQt::WorldBox{{-1.75, -1.75, -0.75}, {1.75, 1.75, 0.75}});
+        camera.Fit();
         QElapsedTimer clock;
         clock.start();
         QTimer timer;
         timer.callOnTimeout(&window, [&] {
-            if (RecordFrame(window, knot, orbit, 0.001f * clock.elapsed()))
+            if (RecordFrame(window, knot, camera, 0.001f * clock.elapsed()))
                 window.GetRenderer().PresentCurrentAndSubmitNextFrame(false);
         });
         timer.start(16);
@@ -214,7 +178,7 @@ int main(int argc, char* argv[]) {
         } else { // nothing is shown
             isSaved = window
                           .RenderPicture({.size = 2 * window.size(), .pixelRatio = 2.0},
-                                         [&](double) { RecordFrame(window, knot, orbit, 0.0f); })
+                                         [&](double) { RecordFrame(window, knot, camera, 0.0f); })
                           .save(picture);
         }
     }

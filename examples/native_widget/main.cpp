@@ -1,5 +1,5 @@
 // Views in a main window with a splitter, tabs and a dock that floats: four widgets that bgfx draws into
-// directly. Drag in a view to look from elsewhere.
+// directly. Drag in a view to look from elsewhere, double click to see all of it.
 #include <zx3DQt/zx3DQt.h>
 
 #include <QApplication>
@@ -15,14 +15,19 @@
 
 using namespace zarvex;
 
-// A surface of wide and thin lines over a grid, seen from a direction that dragging changes.
+// A surface of wide and thin lines over a grid, seen by a camera that the mouse moves.
 class SurfaceView : public zx3DQt::BGFXNativeWidget {
 public:
     // Each view draws into a bgfx view of its own.
-    SurfaceView(bgfx::ViewId viewId, float azimuth, float elevation, std::uint32_t sampleCount)
-        : m_viewId(viewId),
-          m_azimuth(azimuth),
-          m_elevation(elevation) {
+    SurfaceView(bgfx::ViewId viewId, double azimuth, double elevation, std::uint32_t sampleCount)
+        : m_viewId(viewId) {
+        zx3DQt::OrbitCamera camera;
+        camera.SetAzimuth(azimuth);
+        camera.SetElevation(elevation);
+        m_controller.SetCamera(camera);
+        m_controller.SetSceneBox(zx3DQt::WorldBox{{-2.0, -2.0, -0.5}, {2.0, 2.0, 0.75}});
+        m_controller.Fit();
+        connect(&m_controller, &zx3DQt::CameraController::cameraChanged, this, [this] { update(); });
         setMinimumSize(160, 120);
         SetSampleCount(sampleCount);
         SetDepthFormat(bgfx::TextureFormat::D32F);
@@ -38,11 +43,7 @@ protected:
         zx3DQt::BGFXViewContext view(
             m_viewId, zx3DQt::BGFXViewClearOptions{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, 0x171c26ff, 1.0f, 0});
         view.SetViewport(GetViewport());
-        view.SetViewMatrix(ViewMatrix());
-        QMatrix4x4 projection;
-        bx::mtxProj(projection.data(), 35.0f, static_cast<float>(view.ComputeViewportAspectRatio()), 0.1f,
-                    100.0f, bgfx::getCaps()->homogeneousDepth, bx::Handedness::Right);
-        view.SetProjectionMatrix(projection);
+        m_controller.Apply(view);
         view.Submit(GetFrameBuffer());
 
         renderer.SetModelTransform(QMatrix4x4());
@@ -53,27 +54,7 @@ protected:
             renderer.PresentCurrentAndSubmitNextFrame(false);
     }
 
-    void mousePressEvent(QMouseEvent* event) override { m_pressedAt = event->position(); }
-
-    void mouseMoveEvent(QMouseEvent* event) override {
-        if (!(event->buttons() & Qt::LeftButton))
-            return;
-        QPointF const moved = event->position() - m_pressedAt;
-        m_pressedAt = event->position();
-        m_azimuth -= 0.5f * static_cast<float>(moved.x());
-        m_elevation = std::clamp(m_elevation + 0.5f * static_cast<float>(moved.y()), -89.0f, 89.0f);
-        update();
-    }
-
 private:
-    QMatrix4x4 ViewMatrix() const {
-        QMatrix4x4 view;
-        view.translate(0.0f, 0.0f, -7.0f);
-        view.rotate(m_elevation - 90.0f, 1.0f, 0.0f, 0.0f);
-        view.rotate(-m_azimuth, 0.0f, 0.0f, 1.0f);
-        return view;
-    }
-
     // Every fourth line of the surface is wide, the others are thin.
     static std::vector<zx3D::Line> Surface(bool wide) {
         constexpr int cells = 32;
@@ -102,9 +83,7 @@ private:
     }
 
     bgfx::ViewId m_viewId;
-    float m_azimuth;   // degrees
-    float m_elevation; // degrees
-    QPointF m_pressedAt;
+    zx3DQt::CameraController m_controller{this}; // mouse, wheel, touch and keys move its camera
 };
 
 // Edges are smooth where a GPU draws; --samples=1, or another number, decides otherwise.
@@ -131,18 +110,18 @@ int main(int argc, char* argv[]) {
 
         std::uint32_t const samples = ChooseSampleCount(application.arguments());
         auto* const splitter = new QSplitter;
-        auto* const surface = new SurfaceView(1, 30.0f, 30.0f, samples);
+        auto* const surface = new SurfaceView(1, 30.0, 30.0, samples);
         splitter->addWidget(surface);
         auto* const tabs = new QTabWidget;
-        tabs->addTab(new SurfaceView(2, 0.0f, 89.0f, samples), "Top");
-        tabs->addTab(new SurfaceView(3, 0.0f, 0.0f, samples), "Front");
+        tabs->addTab(new SurfaceView(2, 0.0, 90.0, samples), "Top");
+        tabs->addTab(new SurfaceView(3, 0.0, 0.0, samples), "Front");
         tabs->addTab(new QPlainTextEdit("An ordinary widget."), "Notes");
         splitter->addWidget(tabs);
         splitter->setSizes({520, 380});
         window.setCentralWidget(splitter);
 
         auto* const dock = new QDockWidget("Side: drag it out, and back");
-        dock->setWidget(new SurfaceView(4, 90.0f, 12.0f, samples));
+        dock->setWidget(new SurfaceView(4, 90.0, 12.0, samples));
         window.addDockWidget(Qt::BottomDockWidgetArea, dock);
         window.resizeDocks({dock}, {200}, Qt::Vertical);
 
