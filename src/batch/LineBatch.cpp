@@ -9,6 +9,7 @@
 #include "ModelMatrix.h"
 #include "PieceBounds.h"
 #include "PolylineTexels.h"
+#include "QuadIndices.h"
 #include "TexelStore.h"
 
 #include <zx3DQt/BGFXRenderer.h>
@@ -104,6 +105,7 @@ public:
     PieceBounds bounds; ///< of segments, or of the segments that begin at a texel
     PolylinePlaces places;
     LineRun run;
+    std::shared_ptr<QuadIndices> quads; ///< once they are wide
     LineKind kind = LineKind::Segments;
     zx3D::OncePerCause lost;
 
@@ -293,13 +295,22 @@ void LineBatch::Data::Draw(Drawing& drawing, BGFXViewContext const& view, LineSt
     if (technique.RunsOn() &&
         !run.Measure(view, drawing.GetFrameNumber(), {texels, CountDrawn(), modelId, PatternLengthOf(style)}))
         return counter.LeaveOut(LeftOutReason::NoBuffer);
+    // All at once where they are thin.
+    auto const most = static_cast<std::uint32_t>(
+        std::min<std::uint64_t>(CountDrawn(), technique.IsThin() ? UINT32_MAX : QuadIndices::kMaxQuads));
+    if (!technique.IsThin() && quads == nullptr)
+        quads = QuadIndices::Share();
+    if (!technique.IsThin() && !quads->Fit(most))
+        return counter.LeaveOut(LeftOutReason::NoBuffer);
     std::uint32_t const texelsPerLine = kind == LineKind::Segments ? 2 : 1;
-    auto const submit = [&](bgfx::TextureHandle texture, std::uint32_t first, std::uint32_t count,
-                            std::uint32_t rowLength) {
-        std::uint32_t const lines = count / texelsPerLine;
+    auto const submitSome = [&](bgfx::TextureHandle texture, std::uint32_t first, std::uint32_t lines,
+                                std::uint32_t rowLength) {
         bgfx::setTransform(modelId, 1);
         bgfx::setState(technique.GetState());
-        bgfx::setVertexCount(lines * technique.GetVerticesPerLine());
+        if (technique.IsThin())
+            bgfx::setVertexCount(2 * lines);
+        else
+            quads->Set(lines);
         bgfx::setTexture(0, uniforms[BatchUniform::Texels], texture);
         uniforms.Set(BatchUniform::Range, static_cast<float>(first), static_cast<float>(rowLength));
         technique.SetUniforms(uniforms, style, view);
@@ -307,6 +318,12 @@ void LineBatch::Data::Draw(Drawing& drawing, BGFXViewContext const& view, LineSt
             run.Bind(texture, uniforms);
         bgfx::submit(view, *program, 0, BGFX_DISCARD_ALL);
         counter.AddPrimitives(lines, 0);
+    };
+    auto const submit = [&](bgfx::TextureHandle texture, std::uint32_t first, std::uint32_t count,
+                            std::uint32_t rowLength) {
+        std::uint32_t const lines = count / texelsPerLine;
+        for (std::uint32_t done = 0; done < lines; done += most)
+            submitSome(texture, first + done * texelsPerLine, std::min(lines - done, most), rowLength);
     };
     bounds.ForEachVisible(volume, CountDrawn(), [&](std::uint64_t first, std::uint64_t count) {
         texels.ForEachTexture(first * texelsPerLine, count * texelsPerLine, submit);

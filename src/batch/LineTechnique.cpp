@@ -38,7 +38,7 @@ bool IsStippled(LineStyle const& style) {
 }
 
 /// Whether the GPU's own lines will do.
-bool IsThin(LineStyle const& style) {
+bool IsSinglePixel(LineStyle const& style) {
     return WidthOf(style).pixels == 1.0f && !style.smoothEdges && !IsStippled(style);
 }
 
@@ -89,9 +89,9 @@ LineTechnique::LineTechnique(LineStyle const& style, LineKind kind, BGFXViewCont
     : m_state(Drawing::ForView(view, style.state.value_or(style.smoothEdges ? BGFXRenderer::STATE_TRANSPARENT
                                                                             : BGFXRenderer::STATE_OPAQUE))) {
     bool const isSegment = kind == LineKind::Segments;
-    if (IsThin(style)) {
+    if (IsSinglePixel(style)) {
         m_vertexShader = isSegment ? "vs_line_batch_thin" : "vs_line_batch_thin_joined";
-        m_verticesPerLine = 2;
+        m_isThin = true;
         m_state = m_state | BGFX_STATE_PT_LINES;
         return;
     }
@@ -99,7 +99,6 @@ LineTechnique::LineTechnique(LineStyle const& style, LineKind kind, BGFXViewCont
         m_vertexShader = isInFront ? "vs_line_batch_wide" : "vs_line_batch_wide_cut";
         return;
     }
-    m_hasShape = true;
     m_isStippled = IsStippled(style);
     m_runsOn = m_isStippled && !isSegment && (bgfx::getCaps()->supported & BGFX_CAPS_COMPUTE) != 0;
     if (isSegment)
@@ -123,7 +122,7 @@ void LineTechnique::SetUniforms(BatchUniforms const& uniforms, LineStyle const& 
     DepthShift const shift = DepthShiftOf(view, std::isfinite(style.depthOffset) ? style.depthOffset : 0.0f);
     uniforms.Set(BatchUniform::LineSize, 0.5f * width.pixels, 0.5f * width.world * pixelsPerUnit, shift.ofZ,
                  shift.ofW);
-    if (m_verticesPerLine > 2) {
+    if (!m_isThin) {
         float const miter = style.join == LineJoin::Miter ? 0.5f * style.miterLimit * style.miterLimit : 0.0f;
         uniforms.Set(BatchUniform::LineShape, style.cap == LineCap::Square ? 1.0f : 0.0f,
                      style.cap == LineCap::Round ? 1.0f : 0.0f, style.join == LineJoin::Round ? 1.0f : 0.0f,

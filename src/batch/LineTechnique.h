@@ -20,7 +20,8 @@ public:
 
     char const* GetVertexShader() const { return m_vertexShader; }
     char const* GetFragmentShader() const { return m_fragmentShader; }
-    std::uint32_t GetVerticesPerLine() const { return m_verticesPerLine; }
+    /// Whether they are the GPU's own lines, of two vertices; otherwise rectangles of four.
+    bool IsThin() const { return m_isThin; }
     BGFXRenderState GetState() const { return m_state; }
 
     /// Whether the stipple runs on along polylines, which `LineRun` measures.
@@ -33,9 +34,8 @@ public:
 private:
     char const* m_vertexShader;
     char const* m_fragmentShader = "fs_basic";
-    std::uint32_t m_verticesPerLine = 6;
     BGFXRenderState m_state;
-    bool m_hasShape = false; ///< of the fragment shader's making
+    bool m_isThin = false;
     bool m_isStippled = false;
     bool m_runsOn = false;
 };

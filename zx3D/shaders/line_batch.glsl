@@ -16,9 +16,9 @@ float ShiftedDepth(vec4 clip) { return dot(clip.zw, u_lineSize.zw); }
 // In pixels, where clip w has this value.
 float HalfWidth(float w) { return min(u_lineSize.x + u_lineSize.y / w, 32768.0); }
 
-// Of the six vertices of a line's rectangle: whether it is at the end (1) or the start (0), and its side, -1 or 1.
-float IsAtEnd(int corner) { return float((22 >> corner) & 1); }
-float SideOf(int corner) { return float((52 >> corner) & 1) * 2.0 - 1.0; }
+// Of the four corners of a line's rectangle, in order around it: whether it is at the end (1) or the start (0), and its side, -1 or 1.
+float IsAtEnd(int corner) { return float((6 >> corner) & 1); }
+float SideOf(int corner) { return float((12 >> corner) & 1) * 2.0 - 1.0; }
 
 // From a position in front of the camera to any other: the direction on the screen and the distance, 0 when it is too short
 // for one.

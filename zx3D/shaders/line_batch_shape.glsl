@@ -1,4 +1,4 @@
-// The vertex stage of lines whose shape is the fragment stage's: rectangles, six vertices each, that are large enough for
+// The vertex stage of lines whose shape is the fragment stage's: rectangles, four vertices each, that are large enough for
 // joins, caps and fading edges. Everything is in pixels from the viewport's top left corner, y down.
 // u_lineShape is (1 for square caps, 1 for round ones, 1 for round joins, half the squared miter limit or 0).
 
@@ -47,8 +47,8 @@ float ReachBeyond(vec2 inwards, vec3 neighbour, float halfWidth) {
 
 void main() {
     const vec3 kCutOff = vec3(0.0, 0.0, -1.0);
-    int line = gl_VertexID / 6;
-    int corner = gl_VertexID - 6 * line;
+    int line = gl_VertexID >> 2;
+    int corner = gl_VertexID & 3;
     LineTexels texels = FetchLine(line);
     bool isDrawn = IsFinite(texels.start.xyz) && IsFinite(texels.end.xyz);
     vec4 start = ToClipSpace(texels.start);

@@ -1,12 +1,12 @@
-// The vertex stage of segments that are rectangles on the screen, six vertices each.
+// The vertex stage of segments that are rectangles on the screen, four vertices each.
 
 layout(location = 0) out vec4 v_color;
 
 uniform vec4 u_lineShape;
 
 void main() {
-    int line = gl_VertexID / 6;
-    int corner = gl_VertexID - 6 * line;
+    int line = gl_VertexID >> 2;
+    int corner = gl_VertexID & 3;
     uvec4 startTexel = FetchTexel(2 * line);
     uvec4 endTexel = FetchTexel(2 * line + 1);
     vec4 start = ToClipSpace(startTexel);
