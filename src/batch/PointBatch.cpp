@@ -9,6 +9,7 @@
 #include "ModelMatrix.h"
 #include "PieceBounds.h"
 #include "TexelStore.h"
+#include "VertexCount.h"
 
 #include <zx3DQt/BGFXRenderer.h>
 
@@ -203,7 +204,7 @@ void PointBatch::Data::Draw(Drawing& drawing, BGFXViewContext const& view, Point
                             std::uint32_t rowLength) {
         bgfx::setTransform(modelId, 1);
         bgfx::setState(state);
-        bgfx::setVertexCount(count * technique.verticesPerPoint);
+        SetVertexCount(count * technique.verticesPerPoint);
         bgfx::setTexture(0, uniforms[BatchUniform::Texels], texture);
         uniforms.Set(BatchUniform::Range, static_cast<float>(first), static_cast<float>(rowLength));
         if (technique.verticesPerPoint > 1) {
