@@ -11,6 +11,7 @@
 #include "PolylineTexels.h"
 #include "QuadIndices.h"
 #include "TexelStore.h"
+#include "VertexCount.h"
 
 #include <zx3DQt/BGFXRenderer.h>
 
@@ -308,7 +309,7 @@ void LineBatch::Data::Draw(Drawing& drawing, BGFXViewContext const& view, LineSt
         bgfx::setTransform(modelId, 1);
         bgfx::setState(technique.GetState());
         if (technique.IsThin())
-            bgfx::setVertexCount(2 * lines);
+            SetVertexCount(2 * lines);
         else
             quads->Set(lines);
         bgfx::setTexture(0, uniforms[BatchUniform::Texels], texture);
