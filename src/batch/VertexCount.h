@@ -7,10 +7,11 @@
 
 namespace zarvex::zx3DQt {
 
-/// For the next submission: so many vertices, which a shader makes of their indices. Noop draws none, and a
-/// debug build of bgfx stops when it is told of them.
+/// For the next submission: so many vertices, which a shader makes of their indices. Noop does not have them,
+/// and a debug build of bgfx stops there; it draws nothing anyway. OpenGL may have them without saying so.
 inline void SetVertexCount(std::uint32_t count) {
-    if (bgfx::getRendererType() != bgfx::RendererType::Noop)
+    bool const isKnown = (bgfx::getCaps()->supported & BGFX_CAPS_VERTEX_ID) != 0;
+    if (isKnown || bgfx::getRendererType() != bgfx::RendererType::Noop)
         bgfx::setVertexCount(count);
 }
 

@@ -13,7 +13,8 @@ constexpr uint32_t kFramesUntilRelease = 2;
 constexpr std::size_t kFloatsPerMatrix = 16;
 
 constexpr uint64_t kDefaultCaps = BGFX_CAPS_COMPUTE | BGFX_CAPS_TEXTURE_BLIT | BGFX_CAPS_TEXTURE_READ_BACK |
-                                  BGFX_CAPS_SWAP_CHAIN | BGFX_CAPS_INDEX32 | BGFX_CAPS_INSTANCING;
+                                  BGFX_CAPS_SWAP_CHAIN | BGFX_CAPS_INDEX32 | BGFX_CAPS_INSTANCING |
+                                  BGFX_CAPS_VERTEX_ID;
 
 } // namespace
 
