@@ -19,6 +19,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -219,17 +220,17 @@ TEST_F(CameraControllerTest, TrackpadGesturesZoomPanAndRoll) {
 
 class CameraTouchTest : public CameraControllerTest {
 protected:
-    QPointingDevice* m_screen = QTest::createTouchDevice();
+    std::unique_ptr<QPointingDevice> const m_screen{QTest::createTouchDevice()}; // nobody else owns it
 };
 
 TEST_F(CameraTouchTest, OneFingerOrbits) {
     double const azimuth = GetOrbit().GetAzimuth();
-    QTest::touchEvent(&m_target, m_screen).press(0, {300, 200});
-    QTest::touchEvent(&m_target, m_screen).move(0, {350, 200});
-    QTest::touchEvent(&m_target, m_screen).release(0, {350, 200});
+    QTest::touchEvent(&m_target, m_screen.get()).press(0, {300, 200});
+    QTest::touchEvent(&m_target, m_screen.get()).move(0, {350, 200});
+    QTest::touchEvent(&m_target, m_screen.get()).release(0, {350, 200});
     EXPECT_NEAR(GetOrbit().GetAzimuth(), azimuth - 20.0, 1e-9);
-    QTest::touchEvent(&m_target, m_screen).press(0, {100, 100});
-    QTest::touchEvent(&m_target, m_screen).release(0, {100, 100});
+    QTest::touchEvent(&m_target, m_screen.get()).press(0, {100, 100});
+    QTest::touchEvent(&m_target, m_screen.get()).release(0, {100, 100});
     EXPECT_EQ(m_changes.count(), 1);
     EXPECT_THAT(m_target.heard, testing::IsEmpty()); // no mouse is made of it
 }
@@ -240,14 +241,14 @@ TEST_F(CameraTouchTest, WhatIsUnderTwoFingersStaysUnderThem) {
     m_controller.SetBindings(bindings);
     WorldPosition const first = GetOrbit().ComputeWorldPosition({300, 200}, Viewport());
     WorldPosition const second = GetOrbit().ComputeWorldPosition({400, 220}, Viewport());
-    QTest::touchEvent(&m_target, m_screen).press(0, {300, 200}).press(1, {400, 220});
-    QTest::touchEvent(&m_target, m_screen).move(0, {290, 190}).move(1, {480, 250});
-    QTest::touchEvent(&m_target, m_screen).move(0, {310, 120}).move(1, {380, 300});
+    QTest::touchEvent(&m_target, m_screen.get()).press(0, {300, 200}).press(1, {400, 220});
+    QTest::touchEvent(&m_target, m_screen.get()).move(0, {290, 190}).move(1, {480, 250});
+    QTest::touchEvent(&m_target, m_screen.get()).move(0, {310, 120}).move(1, {380, 300});
     ExpectNear(GetOrbit().ComputeWorldPosition({310, 120}, Viewport()) - first, {}, 1e-9);
     ExpectNear(GetOrbit().ComputeWorldPosition({380, 300}, Viewport()) - second, {}, 1e-9);
     OrbitCamera const pinched = GetOrbit();
-    QTest::touchEvent(&m_target, m_screen).release(0, {310, 120}).stationary(1);
-    QTest::touchEvent(&m_target, m_screen).release(1, {380, 300});
+    QTest::touchEvent(&m_target, m_screen.get()).release(0, {310, 120}).stationary(1);
+    QTest::touchEvent(&m_target, m_screen.get()).release(1, {380, 300});
     EXPECT_EQ(GetOrbit(), pinched);
 }
 
