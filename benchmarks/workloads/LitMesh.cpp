@@ -1,12 +1,23 @@
-// W5: a bumpy sphere of 500,000 lit triangles, handed over anew in each frame or kept in static buffers.
+// W5: a bumpy sphere of 500,000 lit triangles, handed over anew in each frame, or kept: in static buffers, or
+// in a batch.
 #include "runner/Floor.h"
 #include "runner/Scene.h"
 #include "workloads/Workloads.h"
+
+#include <zx3DQt/BGFXLightingContext.h>
+#include <zx3DQt/BGFXMaterial.h>
+#include <zx3DQt/MeshBatch.h>
+
+#include <zx3D/Owned.h>
+
+#include <QColor>
+#include <QVector4D>
 
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <numbers>
+#include <optional>
 
 namespace zarvex::benchmarks {
 
@@ -153,15 +164,142 @@ private:
     bgfx::ProgramHandle m_program = Program("vs_lighting", "fs_lighting");
 };
 
+/// A batch under one far light, or buffers like its own with its programs.
+class BatchScene : public Scene {
+public:
+    /// Shiny ones have a highlight.
+    explicit BatchScene(bool isShiny)
+        : m_program(isShiny ? Program("vs_mesh_lit", "fs_mesh_lit_1")
+                            : Program("vs_mesh_diffuse", "fs_mesh_diffuse")),
+          m_shininess(isShiny ? 32.0f : 1.0f) {
+        m_lights.Add(zx3DQt::BGFXPointLightSource("u_light0", QVector4D(1.0f, 1.0f, 2.0f, 0.0f),
+                                                  QColor::fromRgbF(0.2f, 0.2f, 0.2f),
+                                                  QColor::fromRgbF(0.8f, 0.8f, 0.8f), Qt::white));
+        if (isShiny)
+            m_material =
+                zx3DQt::BGFXMaterial("u_material", Qt::white, Qt::white, Qt::white, Qt::black, m_shininess);
+        FillBatch();
+        m_indexBuffer = zx3D::Owned(bgfx::createIndexBuffer(Copy(ChunkIndices())));
+        for (int chunk = 0; chunk < kChunks; ++chunk)
+            m_vertexBuffers[chunk] =
+                zx3D::Owned(bgfx::createVertexBuffer(Copy(Pack(ChunkVertices(chunk))), Layout()));
+    }
+
+private:
+    /// As the batch has it.
+    struct PackedVertex {
+        bx::Vec3 position;
+        std::array<std::uint8_t, 4> color;
+        std::array<std::int16_t, 4> normal;
+    };
+
+    static bgfx::VertexLayout Layout() {
+        bgfx::VertexLayout layout;
+        layout.begin()
+            .add(bgfx::Attrib::Position, 3, bgfx::AttribType::Float)
+            .add(bgfx::Attrib::Color0, 4, bgfx::AttribType::Uint8, true)
+            .add(bgfx::Attrib::Normal, 4, bgfx::AttribType::Int16, true)
+            .end();
+        return layout;
+    }
+
+    static std::vector<PackedVertex> Pack(std::vector<Vertex> const& vertices) {
+        std::vector<PackedVertex> packed;
+        for (Vertex const& vertex : vertices) {
+            bx::Vec3 const& n = vertex.normal;
+            double const length = std::hypot(double{n.x}, double{n.y}, double{n.z});
+            auto const part = [length](float of) {
+                return static_cast<std::int16_t>(std::lround(of / length * 32'767.0));
+            };
+            std::uint32_t const rgba = vertex.color.ToRGBA();
+            auto const byte = [rgba](int shift) { return static_cast<std::uint8_t>(rgba >> shift); };
+            packed.push_back({vertex.position,
+                              {byte(24), byte(16), byte(8), byte(0)},
+                              {part(n.x), part(n.y), part(n.z), 0}});
+        }
+        return packed;
+    }
+
+    template<typename T>
+    static bgfx::Memory const* Copy(std::vector<T> const& values) {
+        return bgfx::copy(values.data(), static_cast<std::uint32_t>(values.size() * sizeof(T)));
+    }
+
+    void FillBatch() {
+        std::vector<bx::Vec3> positions;
+        std::vector<bx::Vec3> normals;
+        std::vector<std::uint32_t> colors;
+        std::vector<std::uint32_t> indices;
+        for (int row = 0; row <= kQuads; ++row) {
+            for (int column = 0; column < kColumns; ++column) {
+                Vertex const vertex = MeshVertex(row, column);
+                positions.push_back(vertex.position);
+                normals.push_back(vertex.normal);
+                colors.push_back(vertex.color.ToRGBA());
+            }
+        }
+        for (int chunk = 0; chunk < kChunks; ++chunk) {
+            for (std::uint16_t const index : ChunkIndices())
+                indices.push_back(static_cast<std::uint32_t>(chunk * kQuadRows * kColumns + index));
+        }
+        m_batch.Set({.positions = positions, .normals = normals, .colors = colors}, indices);
+    }
+
+    void DrawWithLibrary(zx3DQt::BGFXRenderer const& renderer, zx3DQt::BGFXViewContext const& view) override {
+        m_batch.Draw(renderer, view, {.lights = &m_lights, .material = m_material ? &*m_material : nullptr});
+    }
+
+    void DrawByHand(bgfx::ViewId view) override {
+        using Vec4 = std::array<float, 4>;
+        float const highlight = m_material ? 1.0f : 0.0f;
+        float const part = 1.0f / std::sqrt(6.0f);
+        Vec4 const ofVertices[] = {{1.0f}, {0.0f, 1.0f}, {0.0f, 0.0f, 1.0f}, {}, {0.0f, 1.0f}};
+        // Seen from (0, 0, 5); the corners are counter-clockwise from within.
+        Vec4 const ofSurface[] = {{0.2f, 0.2f, 0.2f, 1.0f},
+                                  {0.0f, 0.0f, 0.0f, m_shininess},
+                                  {},
+                                  {0.0f, 1.0f, -1.0f, 1.0f},
+                                  {0.0f, 0.0f, 5.0f, 1.0f}};
+        Vec4 const ofLights[] = {
+            {part, part, 2.0f * part}, {0.8f, 0.8f, 0.8f}, {highlight, highlight, highlight}};
+        for (auto const& vertexBuffer : m_vertexBuffers) {
+            bgfx::setVertexBuffer(0, vertexBuffer.Get());
+            bgfx::setIndexBuffer(m_indexBuffer.Get());
+            bgfx::setState(zx3DQt::BGFXRenderer::STATE_OPAQUE);
+            bgfx::setUniform(m_vertexUniform.Get(), ofVertices, 5);
+            bgfx::setUniform(m_surfaceUniform.Get(), ofSurface, 5);
+            bgfx::setUniform(m_lightsUniform.Get(), ofLights, 3);
+            bgfx::submit(view, m_program);
+        }
+    }
+
+    static zx3D::Owned<bgfx::UniformHandle> Uniform(char const* name, std::uint16_t count) {
+        return zx3D::Owned(bgfx::createUniform(name, bgfx::UniformType::Vec4, count));
+    }
+
+    zx3DQt::MeshBatch m_batch;
+    zx3DQt::BGFXLightingContext m_lights;
+    std::optional<zx3DQt::BGFXMaterial> m_material;
+    zx3D::Owned<bgfx::IndexBufferHandle> m_indexBuffer;
+    std::array<zx3D::Owned<bgfx::VertexBufferHandle>, kChunks> m_vertexBuffers;
+    zx3D::Owned<bgfx::UniformHandle> m_vertexUniform = Uniform("u_meshVertex", 5);
+    zx3D::Owned<bgfx::UniformHandle> m_surfaceUniform = Uniform("u_meshSurface", 5);
+    zx3D::Owned<bgfx::UniformHandle> m_lightsUniform = Uniform("u_meshLights", 24);
+    bgfx::ProgramHandle m_program;
+    float m_shininess;
+};
+
 } // namespace
 
 WorkloadKind LitMesh() {
     return {.name = "W5",
             .title = "500,000 lit triangles",
-            .variants = {"anew", "kept"},
+            .variants = {"anew", "kept", "batch", "batch-shiny"},
             .create = [](std::string const& variant) -> std::unique_ptr<Workload> {
                 if (variant == "kept")
                     return std::make_unique<KeptScene>();
+                if (variant.starts_with("batch"))
+                    return std::make_unique<BatchScene>(variant == "batch-shiny");
                 return std::make_unique<AnewScene>();
             }};
 }

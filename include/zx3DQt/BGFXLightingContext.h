@@ -47,6 +47,8 @@ public:
     void Submit() const;
 
 private:
+    friend class SurfaceLight; // has batches lit by them
+
     void SubmitDarkness() const;
 
     [[maybe_unused]] int m_reserved = -1;

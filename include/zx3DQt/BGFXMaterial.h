@@ -75,6 +75,8 @@ public:
     void SetName(std::string const& name);
 
 private:
+    friend class SurfaceLight; // has batches made of it
+
     enum Value { Ambient, Diffuse, Specular, Emission, Shininess, Count };
 
     void OnContextStopping() override;

@@ -68,6 +68,7 @@ public:
 
 private:
     friend class BGFXLightingContext;
+    friend class SurfaceLight; // has batches lit by it
 
     enum Value { Position, Ambient, Diffuse, Specular, Count };
 

@@ -221,6 +221,7 @@ public:
 
 private:
     friend class LineBatch; // draw through the same inside
+    friend class MeshBatch;
     friend class PointBatch;
 
     std::unique_ptr<Drawing> m_drawing;

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace zarvex::zx3DQt {
 
@@ -25,6 +26,10 @@ enum class BatchUniform : std::uint8_t {
     LineRun,
     LineMeasures,
     LineCarries,
+    MeshTexture,
+    MeshVertex,
+    MeshSurface,
+    MeshLights,
     Count
 };
 
@@ -43,6 +48,10 @@ public:
     void Set(BatchUniform uniform, float x, float y = 0.0f, float z = 0.0f, float w = 0.0f) const {
         float const value[] = {x, y, z, w};
         bgfx::setUniform((*this)[uniform], value, 1);
+    }
+    /// Of an array, the first ones.
+    void Set(BatchUniform uniform, std::span<std::array<float, 4> const> values) const {
+        bgfx::setUniform((*this)[uniform], values.data(), static_cast<std::uint16_t>(values.size()));
     }
 
 private:

@@ -12,6 +12,7 @@
 #include "QuadIndices.h"
 #include "TexelStore.h"
 #include "VertexCount.h"
+#include "WorldPlace.h"
 
 #include <zx3DQt/BGFXRenderer.h>
 
@@ -384,14 +385,9 @@ std::uint64_t LineBatch::GetUploadedCount() const {
 }
 
 std::optional<WorldBox> LineBatch::GetBoundingBox() const {
-    Bounds const total = m_data->bounds.Total();
-    if (total.IsEmpty() || GetCount() == 0)
+    if (GetCount() == 0)
         return std::nullopt;
-    auto const inWorld = [this](QVector3D const& position) {
-        WorldPosition const& origin = m_data->origin;
-        return WorldPosition{origin.x + position.x(), origin.y + position.y(), origin.z + position.z()};
-    };
-    return WorldBox{inWorld(total.minimum), inWorld(total.maximum)};
+    return InWorld(m_data->bounds.Total(), m_data->origin);
 }
 
 void LineBatch::Draw(BGFXRenderer const& renderer, BGFXViewContext const& view, LineStyle const& style,

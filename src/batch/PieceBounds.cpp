@@ -51,12 +51,8 @@ bool ViewVolume::IsInFront(Bounds const& bounds) const {
 
 Bounds PieceBounds::Total() const {
     Bounds total;
-    for (Bounds const& piece : m_pieces) {
-        if (piece.IsEmpty())
-            continue;
-        total.Add(piece.minimum.x(), piece.minimum.y(), piece.minimum.z());
-        total.Add(piece.maximum.x(), piece.maximum.y(), piece.maximum.z());
-    }
+    for (Bounds const& piece : m_pieces)
+        total.Add(piece);
     return total;
 }
 

@@ -1,16 +1,23 @@
 // Where a batch's pieces are, and which of them a view shows.
 #pragma once
 
+#include <bx/math.h>
+
 #include <QMatrix4x4>
 #include <QVector3D>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <vector>
 
 namespace zarvex::zx3DQt {
+
+inline bool IsFinite(bx::Vec3 const& position) {
+    return std::isfinite(position.x) && std::isfinite(position.y) && std::isfinite(position.z);
+}
 
 /// The box around positions. Empty at first.
 struct Bounds {
@@ -23,6 +30,12 @@ struct Bounds {
     void Add(float x, float y, float z) {
         minimum = {std::min(minimum.x(), x), std::min(minimum.y(), y), std::min(minimum.z(), z)};
         maximum = {std::max(maximum.x(), x), std::max(maximum.y(), y), std::max(maximum.z(), z)};
+    }
+    void Add(Bounds const& other) {
+        if (other.IsEmpty())
+            return;
+        Add(other.minimum.x(), other.minimum.y(), other.minimum.z());
+        Add(other.maximum.x(), other.maximum.y(), other.maximum.z());
     }
 };
 
@@ -52,11 +65,13 @@ public:
     /// asking for ten million costs little.
     static constexpr std::uint64_t kPieceSize = 262'144;
 
+    explicit PieceBounds(std::uint64_t pieceSize = kPieceSize) : m_pieceSize(pieceSize) {}
+
     void Clear() { m_pieces.clear(); }
 
     /// The box of the piece that has this thing.
     Bounds& At(std::uint64_t index) {
-        std::size_t const piece = index / kPieceSize;
+        std::size_t const piece = index / m_pieceSize;
         if (piece >= m_pieces.size())
             m_pieces.resize(piece + 1);
         return m_pieces[piece];
@@ -77,21 +92,22 @@ public:
     void ForEachVisible(ViewVolume const& volume, std::uint64_t total, Draw draw) const {
         std::uint64_t first = 0;
         std::uint64_t end = 0;
-        for (std::size_t piece = 0; piece < m_pieces.size() && piece * kPieceSize < total; ++piece) {
+        for (std::size_t piece = 0; piece < m_pieces.size() && piece * m_pieceSize < total; ++piece) {
             if (!volume.MayShow(m_pieces[piece]))
                 continue;
-            if (end != piece * kPieceSize) {
+            if (end != piece * m_pieceSize) {
                 if (first < end)
                     draw(first, end - first);
-                first = piece * kPieceSize;
+                first = piece * m_pieceSize;
             }
-            end = std::min((piece + 1) * kPieceSize, total);
+            end = std::min((piece + 1) * m_pieceSize, total);
         }
         if (first < end)
             draw(first, end - first);
     }
 
 private:
+    std::uint64_t m_pieceSize;
     std::vector<Bounds> m_pieces;
 };
 

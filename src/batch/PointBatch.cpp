@@ -10,6 +10,7 @@
 #include "PieceBounds.h"
 #include "TexelStore.h"
 #include "VertexCount.h"
+#include "WorldPlace.h"
 
 #include <zx3DQt/BGFXRenderer.h>
 
@@ -32,10 +33,6 @@ enum class Kind : std::uint8_t { Colored, Scalar };
 
 template<typename Point>
 constexpr Kind kKindOf = std::is_same_v<Point, ScalarPoint> ? Kind::Scalar : Kind::Colored;
-
-bool IsFinite(bx::Vec3 const& position) {
-    return std::isfinite(position.x) && std::isfinite(position.y) && std::isfinite(position.z);
-}
 
 /// How points are expanded and filled: as they were handed over, or to squares of six vertices.
 struct Technique {
@@ -277,14 +274,9 @@ std::uint64_t PointBatch::GetUploadedCount() const {
 }
 
 std::optional<WorldBox> PointBatch::GetBoundingBox() const {
-    Bounds const total = m_data->bounds.Total();
-    if (total.IsEmpty() || GetCount() == 0)
+    if (GetCount() == 0)
         return std::nullopt;
-    auto const inWorld = [this](QVector3D const& position) {
-        WorldPosition const& origin = m_data->origin;
-        return WorldPosition{origin.x + position.x(), origin.y + position.y(), origin.z + position.z()};
-    };
-    return WorldBox{inWorld(total.minimum), inWorld(total.maximum)};
+    return InWorld(m_data->bounds.Total(), m_data->origin);
 }
 
 void PointBatch::Draw(BGFXRenderer const& renderer, BGFXViewContext const& view, PointStyle const& style,

@@ -1,13 +1,13 @@
 // How polylines lie in texels: their vertices, with a gap before the first polyline and after each.
 #pragma once
 
+#include "PieceBounds.h"
 #include "TexelStore.h"
 
 #include <zx3DQt/LineBatch.h>
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -29,10 +29,6 @@ constexpr Texel kGap{0x7FC00000u, 0, 0, 0};
 constexpr Texel kJoinsBefore{0x7FC00001u, 0, 0, 0};
 constexpr Texel kJoinsAfter{0x7FC00002u, 0, 0, 0};
 /// @}
-
-inline bool IsFinite(bx::Vec3 const& position) {
-    return std::isfinite(position.x) && std::isfinite(position.y) && std::isfinite(position.z);
-}
 
 inline Texel TexelOf(LineVertex const& vertex) {
     if (!IsFinite(vertex.position))

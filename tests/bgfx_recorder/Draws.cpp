@@ -112,6 +112,7 @@ void TakeGeometry(Draw& draw, Bound const& bound) {
     draw.layout = bound.vertices.layout;
     draw.vertices = CopyBytes(bound.vertices.data, bound.vertices.size);
     draw.indices = CopyBytes(bound.indices.data, bound.indices.size);
+    draw.instances = bound.instances;
 }
 
 void DiscardBindings(Bound& bound, uint8_t flags) {
@@ -136,6 +137,9 @@ void Discard(Bound& bound, uint8_t flags) {
     }
     if ((flags & BGFX_DISCARD_INDEX_BUFFER) != 0) {
         bound.indices = {};
+    }
+    if ((flags & BGFX_DISCARD_INSTANCE_DATA) != 0) {
+        bound.instances = 1;
     }
 }
 
@@ -313,6 +317,13 @@ void setVertexBuffer(uint8_t stream, TransientVertexBuffer const* buffer, uint32
 
 void setVertexCount(uint32_t count) {
     Recording call("setVertexCount", Arguments(count));
+}
+
+void setInstanceCount(uint32_t count) {
+    Recording call("setInstanceCount", Arguments(count));
+    if (call.IsRunning()) {
+        call.Now().bound.instances = count;
+    }
 }
 
 void setTexture(uint8_t stage, UniformHandle sampler, TextureHandle texture, uint32_t flags) {

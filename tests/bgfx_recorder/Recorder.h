@@ -50,8 +50,8 @@
 /// name, floats with as many digits as they need. Pure queries (`getCaps`, `getStats`, `getRendererType`,
 /// `getUniformInfo`, `getAvailTransient...`, ...) leave no trace. A native window reads as "window:0x1234".
 ///
-/// It does not do: encoders, indirect buffers, occlusion queries, instancing, topology and vertex conversion.
-/// A caller of one of those does not link.
+/// It does not do: encoders, indirect buffers, occlusion queries, instance data, topology and vertex
+/// conversion. A caller of one of those does not link.
 ///
 /// Thread: every function, bgfx's and these, may be called from any thread. Release functions run on the
 /// thread that calls `frame` or `shutdown`, outside the lock.
@@ -102,6 +102,7 @@ struct Draw {
     std::string layout;                                 ///< of stream 0: "Position 3 Float, Color0 4 Float"
     std::vector<std::byte> vertices;                    ///< content of stream 0 at the call
     std::vector<std::byte> indices;                     ///< content of the index buffer at the call
+    uint32_t instances = 1;                             ///< of `setInstanceCount`
     std::map<std::string, std::vector<float>> uniforms; ///< set since the previous submit or dispatch
     std::map<uint8_t, bgfx::TextureHandle> textures;    ///< by stage
     std::map<uint8_t, BufferBinding> buffers;           ///< by stage

@@ -143,6 +143,7 @@ struct Bound {
     std::map<uint8_t, bgfx::TextureHandle> textures;
     std::map<uint8_t, uint32_t> samplerFlags;
     std::map<uint8_t, BufferBinding> buffers;
+    uint32_t instances = 1;
 };
 
 /// Transient space of one frame for vertices or indices.

@@ -52,6 +52,28 @@ constexpr Program kPrograms[] = {
     {"vs_line_batch_shape_cut", "fs_line_batch_smooth"},
     {"vs_line_batch_shape_cut", "fs_line_batch_smooth_stipple"},
     {"vs_line_batch_shape_cut", "fs_line_batch_stipple"},
+    {"vs_mesh_diffuse", "fs_mesh_diffuse"},
+    {"vs_mesh_lit", "fs_mesh_lit_1"},
+    {"vs_mesh_lit", "fs_mesh_lit_1_textured"},
+    {"vs_mesh_lit", "fs_mesh_lit_2"},
+    {"vs_mesh_lit", "fs_mesh_lit_2_textured"},
+    {"vs_mesh_lit", "fs_mesh_lit_4"},
+    {"vs_mesh_lit", "fs_mesh_lit_4_textured"},
+    {"vs_mesh_lit", "fs_mesh_lit_8"},
+    {"vs_mesh_lit", "fs_mesh_lit_8_textured"},
+    {"vs_mesh_lit", "fs_mesh_unlit_textured"},
+    {"vs_mesh_unlit", "fs_mesh_unlit"},
+    {"vs_mesh_diffuse_instances", "fs_mesh_diffuse"},
+    {"vs_mesh_lit_instances", "fs_mesh_lit_1"},
+    {"vs_mesh_lit_instances", "fs_mesh_lit_1_textured"},
+    {"vs_mesh_lit_instances", "fs_mesh_lit_2"},
+    {"vs_mesh_lit_instances", "fs_mesh_lit_2_textured"},
+    {"vs_mesh_lit_instances", "fs_mesh_lit_4"},
+    {"vs_mesh_lit_instances", "fs_mesh_lit_4_textured"},
+    {"vs_mesh_lit_instances", "fs_mesh_lit_8"},
+    {"vs_mesh_lit_instances", "fs_mesh_lit_8_textured"},
+    {"vs_mesh_lit_instances", "fs_mesh_unlit_textured"},
+    {"vs_mesh_unlit_instances", "fs_mesh_unlit"},
     {"vs_point_batch_pixel", "fs_basic"},
     {"vs_point_batch_pixel_scalar", "fs_basic"},
     {"vs_point_batch_round", "fs_point_batch_ball"},
@@ -86,6 +108,17 @@ constexpr std::string_view kShaders[] = {
     "fs_line_fading",
     "fs_line_opengl_stipple",
     "fs_line_simple_dash",
+    "fs_mesh_diffuse",
+    "fs_mesh_lit_1",
+    "fs_mesh_lit_1_textured",
+    "fs_mesh_lit_2",
+    "fs_mesh_lit_2_textured",
+    "fs_mesh_lit_4",
+    "fs_mesh_lit_4_textured",
+    "fs_mesh_lit_8",
+    "fs_mesh_lit_8_textured",
+    "fs_mesh_unlit",
+    "fs_mesh_unlit_textured",
     "fs_point_batch_ball",
     "fs_point_batch_ball_smooth",
     "fs_point_batch_disc",
@@ -110,6 +143,12 @@ constexpr std::string_view kShaders[] = {
     "vs_line_fading",
     "vs_line_opengl_stipple",
     "vs_line_simple_dash",
+    "vs_mesh_diffuse",
+    "vs_mesh_diffuse_instances",
+    "vs_mesh_lit",
+    "vs_mesh_lit_instances",
+    "vs_mesh_unlit",
+    "vs_mesh_unlit_instances",
     "vs_point_batch_pixel",
     "vs_point_batch_pixel_scalar",
     "vs_point_batch_round",
@@ -182,6 +221,11 @@ TEST(EmbeddedShadersTest, AttributesMatchTheVertexLayouts) {
     EXPECT_THAT(attributes("vs_line_fading"), ElementsAre(0x01, 0x05));
     EXPECT_THAT(attributes("vs_line_opengl_stipple"), ElementsAre(0x01, 0x05));
     EXPECT_THAT(attributes("vs_line_simple_dash"), ElementsAre(0x01, 0x05));
+    for (std::string const kind : {"", "_instances"}) {
+        EXPECT_THAT(attributes("vs_mesh_diffuse" + kind), ElementsAre(0x01, 0x02, 0x05));
+        EXPECT_THAT(attributes("vs_mesh_lit" + kind), ElementsAre(0x01, 0x02, 0x05, 0x10));
+        EXPECT_THAT(attributes("vs_mesh_unlit" + kind), ElementsAre(0x01, 0x05));
+    }
     EXPECT_THAT(attributes("vs_point_sprite"), ElementsAre(0x01, 0x05));
     EXPECT_THAT(attributes("vs_rectangle_sprite"), ElementsAre(0x10, 0x05, 0x11, 0x12));
     EXPECT_THAT(attributes("vs_rectangle_sprite_fading"), ElementsAre(0x10, 0x05, 0x11, 0x12));

@@ -41,6 +41,12 @@ void main() { o_color = v_color; o_other = gl_FragCoord; }
                       Not(HasSubstr("#extension"))));
 }
 
+TEST(OpenGLTextTest, InstancesAreCountedFromZeroWithoutAnExtension) {
+    EXPECT_THAT(
+        OpenGLTextOf("a.vert", "void main() { gl_Position = vec4(float(gl_InstanceID)); }"),
+        AllOf(HasSubstr("gl_InstanceID"), Not(HasSubstr("BaseInstance")), Not(HasSubstr("#extension"))));
+}
+
 TEST(OpenGLTextTest, UniformsAreLooseAndKeepTheirNames) {
     EXPECT_THAT(OpenGLTextOf("a.frag", R"(
 layout(location = 0) out vec4 o_color;

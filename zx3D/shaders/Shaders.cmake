@@ -14,6 +14,17 @@ set(ZX3D_SHADER_SOURCES
   fs_line_fading.frag
   fs_line_opengl_stipple.frag
   fs_line_simple_dash.frag
+  fs_mesh_diffuse.frag
+  fs_mesh_lit_1.frag
+  fs_mesh_lit_1_textured.frag
+  fs_mesh_lit_2.frag
+  fs_mesh_lit_2_textured.frag
+  fs_mesh_lit_4.frag
+  fs_mesh_lit_4_textured.frag
+  fs_mesh_lit_8.frag
+  fs_mesh_lit_8_textured.frag
+  fs_mesh_unlit.frag
+  fs_mesh_unlit_textured.frag
   fs_point_batch_ball.frag
   fs_point_batch_ball_smooth.frag
   fs_point_batch_disc.frag
@@ -38,6 +49,12 @@ set(ZX3D_SHADER_SOURCES
   vs_line_fading.vert
   vs_line_opengl_stipple.vert
   vs_line_simple_dash.vert
+  vs_mesh_diffuse.vert
+  vs_mesh_diffuse_instances.vert
+  vs_mesh_lit.vert
+  vs_mesh_lit_instances.vert
+  vs_mesh_unlit.vert
+  vs_mesh_unlit_instances.vert
   vs_point_batch_pixel.vert
   vs_point_batch_pixel_scalar.vert
   vs_point_batch_round.vert
@@ -81,6 +98,28 @@ set(ZX3D_SHADER_PROGRAMS
   vs_line_batch_shape_cut.vert+fs_line_batch_smooth.frag
   vs_line_batch_shape_cut.vert+fs_line_batch_smooth_stipple.frag
   vs_line_batch_shape_cut.vert+fs_line_batch_stipple.frag
+  vs_mesh_diffuse.vert+fs_mesh_diffuse.frag
+  vs_mesh_lit.vert+fs_mesh_lit_1.frag
+  vs_mesh_lit.vert+fs_mesh_lit_1_textured.frag
+  vs_mesh_lit.vert+fs_mesh_lit_2.frag
+  vs_mesh_lit.vert+fs_mesh_lit_2_textured.frag
+  vs_mesh_lit.vert+fs_mesh_lit_4.frag
+  vs_mesh_lit.vert+fs_mesh_lit_4_textured.frag
+  vs_mesh_lit.vert+fs_mesh_lit_8.frag
+  vs_mesh_lit.vert+fs_mesh_lit_8_textured.frag
+  vs_mesh_lit.vert+fs_mesh_unlit_textured.frag
+  vs_mesh_unlit.vert+fs_mesh_unlit.frag
+  vs_mesh_diffuse_instances.vert+fs_mesh_diffuse.frag
+  vs_mesh_lit_instances.vert+fs_mesh_lit_1.frag
+  vs_mesh_lit_instances.vert+fs_mesh_lit_1_textured.frag
+  vs_mesh_lit_instances.vert+fs_mesh_lit_2.frag
+  vs_mesh_lit_instances.vert+fs_mesh_lit_2_textured.frag
+  vs_mesh_lit_instances.vert+fs_mesh_lit_4.frag
+  vs_mesh_lit_instances.vert+fs_mesh_lit_4_textured.frag
+  vs_mesh_lit_instances.vert+fs_mesh_lit_8.frag
+  vs_mesh_lit_instances.vert+fs_mesh_lit_8_textured.frag
+  vs_mesh_lit_instances.vert+fs_mesh_unlit_textured.frag
+  vs_mesh_unlit_instances.vert+fs_mesh_unlit.frag
   vs_point_sprite.vert+fs_point_sprite.frag
   vs_point_batch_pixel.vert+fs_basic.frag
   vs_point_batch_pixel_scalar.vert+fs_basic.frag

@@ -1,0 +1,4 @@
+// Meshes of a batch in the light of one direction.
+
+#include "mesh_single.glsl"
+#include "mesh_diffuse.glsl"
