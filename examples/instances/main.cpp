@@ -83,38 +83,6 @@ std::vector<zx3DQt::MeshInstance> MakePlaces(int count) {
     return places;
 }
 
-// The camera's place on a sphere around the middle, which the mouse changes.
-struct Orbit {
-    float yaw = 0.0f;    // degrees
-    float pitch = 32.0f; // degrees above the plate
-    float distance = 260.0f;
-    QPointF lastMouse;
-
-    void Press(QMouseEvent const& event) { lastMouse = event.position(); }
-
-    void Drag(QMouseEvent const& event) {
-        QPointF const moved = event.position() - lastMouse;
-        lastMouse = event.position();
-        if (!(event.buttons() & Qt::LeftButton))
-            return;
-        yaw += 0.4f * static_cast<float>(moved.x());
-        pitch = std::clamp(pitch + 0.4f * static_cast<float>(moved.y()), 5.0f, 90.0f);
-    }
-
-    void Zoom(QWheelEvent const& event) {
-        float const steps = static_cast<float>(event.angleDelta().y()) / 120.0f;
-        distance = std::clamp(distance * std::pow(0.9f, steps), 25.0f, 4000.0f);
-    }
-
-    QMatrix4x4 ViewMatrix() const {
-        QMatrix4x4 matrix;
-        matrix.translate(0.0f, 0.0f, -distance);
-        matrix.rotate(pitch - 90.0f, 1.0f, 0.0f, 0.0f);
-        matrix.rotate(yaw, 0.0f, 0.0f, 1.0f);
-        return matrix;
-    }
-};
-
 // The screws, and what shines on them.
 struct Plate {
     zx3DQt::MeshBatch screws;
@@ -126,34 +94,32 @@ struct Plate {
         Mesh const screw = MakeScrew();
         screws.Set({.positions = screw.positions}, screw.triangles);
         screws.SetInstances(MakePlaces(count));
-        lights.Add(zx3DQt::BGFXPointLightSource("u_light0", QVector4D(-0.4f, 0.5f, 0.75f, 0.0f),
+        lights.Add(zx3DQt::BGFXPointLightSource("u_light0", QVector4D(-0.5f, -0.4f, 0.75f, 0.0f),
                                                 QColor(88, 92, 102), QColor(160, 156, 148), Qt::white));
     }
 };
 
 // Records a frame. False when there is nothing to draw into.
-bool RecordFrame(zx3DQt::BGFXWindow& window, Plate& plate, Orbit const& orbit, float seconds) {
+bool RecordFrame(zx3DQt::BGFXWindow& window, Plate& plate, zx3DQt::CameraController const& camera,
+                 float seconds) {
     zx3DQt::BGFXRenderer& renderer = window.GetRenderer();
     if (!renderer.StartFrame(window.GetFrameBuffer()))
         return false; // the window has no area now
     zx3DQt::BGFXViewContext view(
         0, zx3DQt::BGFXViewClearOptions{BGFX_CLEAR_COLOR | BGFX_CLEAR_DEPTH, 0x12161dff, 1.0f, 0});
     view.SetViewport(window.GetViewport());
-    Orbit turned = orbit;
-    turned.yaw += 6.0f * seconds;
-    view.SetViewMatrix(turned.ViewMatrix());
-    // Depths from -1 to 1 or from 0 to 1, as the running renderer has them.
-    bx::mtxProj(view.GetProjectionMatrix().data(), 40.0f,
-                static_cast<float>(view.ComputeViewportAspectRatio()), 10.0f, 6000.0f,
-                bgfx::getCaps()->homogeneousDepth, bx::Handedness::Right);
+    camera.Apply(view);
     view.Submit(window.GetFrameBuffer());
+    QMatrix4x4 turn;
+    turn.rotate(6.0f * seconds, 0.0f, 0.0f, 1.0f);
     // The insides of the screws are not seen.
     zx3DQt::BGFXRenderState const outside = zx3DQt::BGFXRenderer::STATE_OPAQUE | BGFX_STATE_CULL_CW;
     plate.screws.Draw(renderer, view,
                       {.shading = zx3DQt::MeshShading::Flat, // the corners have no normals
                        .lights = &plate.lights,
                        .material = &plate.metal,
-                       .state = outside});
+                       .state = outside},
+                      turn);
     return true;
 }
 
@@ -177,22 +143,23 @@ int main(int argc, char* argv[]) {
         qFatal("bgfx does not start; QT_LOGGING_RULES=\"zarvex.bgfx.info=true\" tells why");
     {
         Plate plate(100'000);
-        Orbit orbit;
         zx3DQt::BGFXWindow window; // goes before Shutdown
         window.setTitle("zx3DQt: instances");
         window.SetSampleCount(ChooseSampleCount(application.arguments()));
         window.SetDepthFormat(bgfx::TextureFormat::D32F);
         window.resize(800, 600);
-        QObject::connect(&window, &zx3DQt::BGFXWindow::mouseClickedEvent,
-                         [&](QMouseEvent* e) { orbit.Press(*e); });
-        QObject::connect(&window, &zx3DQt::BGFXWindow::mouseMovedEvent,
-                         [&](QMouseEvent* e) { orbit.Drag(*e); });
-        QObject::connect(&window, &zx3DQt::BGFXWindow::wheelEvent, [&](QWheelEvent* e) { orbit.Zoom(*e); });
+        // Mouse, wheel, touch and keys move it.
+        zx3DQt::CameraController camera(&window);
+        zx3DQt::OrbitCamera fromAbove;
+        fromAbove.SetElevation(32.0);
+        fromAbove.SetDistance(260.0);
+        camera.SetCamera(fromAbove);
+        camera.SetSceneBox(plate.screws.GetBoundingBox());
         QElapsedTimer clock;
         clock.start();
         QTimer timer;
         timer.callOnTimeout(&window, [&] {
-            if (RecordFrame(window, plate, orbit, 0.001f * static_cast<float>(clock.elapsed())))
+            if (RecordFrame(window, plate, camera, 0.001f * static_cast<float>(clock.elapsed())))
                 window.GetRenderer().PresentCurrentAndSubmitNextFrame(false);
         });
         timer.start(16);
@@ -202,7 +169,7 @@ int main(int argc, char* argv[]) {
         } else { // nothing is shown
             isSaved = window
                           .RenderPicture({.size = 2 * window.size(), .pixelRatio = 2.0},
-                                         [&](double) { RecordFrame(window, plate, orbit, 0.0f); })
+                                         [&](double) { RecordFrame(window, plate, camera, 0.0f); })
                           .save(picture);
         }
     }

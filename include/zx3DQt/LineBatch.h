@@ -81,7 +81,8 @@ struct LineStyle {
     /// it: so many times what a pixel at their place is long, in world units, and as many times 1/65,536 of
     /// the depth buffer's range. 1 is enough for most edges of meshes; negative is farther away.
     float depthOffset = 0.0f;
-    /// Of triangles. `BGFXRenderer::STATE_OPAQUE` unless given, with smooth edges `STATE_TRANSPARENT`.
+    /// Of triangles. `BGFXRenderer::STATE_OPAQUE` unless given, with smooth edges `STATE_TRANSPARENT` that
+    /// leaves the depth as it is.
     std::optional<BGFXRenderState> state{};
 };
 

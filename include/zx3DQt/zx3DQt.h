@@ -25,6 +25,7 @@
 #include <zx3DQt/Library.h>
 #include <zx3DQt/LineBatch.h>
 #include <zx3DQt/MeshBatch.h>
+#include <zx3DQt/MeshEdges.h>
 #include <zx3DQt/OrbitCamera.h>
 #include <zx3DQt/PictureOptions.h>
 #include <zx3DQt/PlanarCamera.h>

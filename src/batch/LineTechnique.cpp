@@ -82,12 +82,18 @@ DepthShift DepthShiftOf(BGFXViewContext const& view, float offset) {
     return {scale, scale * c * a + growth * offset * range / 65'536.0f};
 }
 
+BGFXRenderState DefaultState(LineStyle const& style) {
+    if (!style.smoothEdges)
+        return BGFXRenderer::STATE_OPAQUE;
+    // A depth at a fading edge would keep out what belongs beside it: the next segment, for one.
+    return BGFXRenderState{BGFXRenderer::STATE_TRANSPARENT.GetValue() & ~std::uint64_t(BGFX_STATE_WRITE_Z)};
+}
+
 } // namespace
 
 LineTechnique::LineTechnique(LineStyle const& style, LineKind kind, BGFXViewContext const& view,
                              bool isInFront)
-    : m_state(Drawing::ForView(view, style.state.value_or(style.smoothEdges ? BGFXRenderer::STATE_TRANSPARENT
-                                                                            : BGFXRenderer::STATE_OPAQUE))) {
+    : m_state(Drawing::ForView(view, style.state.value_or(DefaultState(style)))) {
     bool const isSegment = kind == LineKind::Segments;
     if (IsSinglePixel(style)) {
         m_vertexShader = isSegment ? "vs_line_batch_thin" : "vs_line_batch_thin_joined";

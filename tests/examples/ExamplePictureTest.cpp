@@ -63,9 +63,10 @@ TEST_P(ExamplePictureTest, IsOpaqueAndShowsSomething) {
 
 INSTANTIATE_TEST_SUITE_P(
     , ExamplePictureTest,
-    ::testing::Combine(::testing::Values("cameras", "first_window", "grid_and_axes", "instances", "labels",
-                                         "lights", "lines_and_points", "lit_mesh", "native_widget",
-                                         "offscreen_widget", "own_shader", "point_cloud", "polylines"),
+    ::testing::Combine(::testing::Values("cameras", "edges_over_faces", "first_window", "grid_and_axes",
+                                         "instances", "labels", "lights", "lines_and_points", "lit_mesh",
+                                         "native_widget", "offscreen_widget", "own_shader", "point_cloud",
+                                         "polylines"),
                        AllBackends()),
     [](auto const& row) { return std::get<0>(row.param) + ("_" + NameOf(std::get<1>(row.param))); });
 

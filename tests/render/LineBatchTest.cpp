@@ -227,11 +227,10 @@ TEST_P(LineBatchTest, TranslucentCornersAreNoDarker) {
     LineBatch batch = BatchOf(VerticesAt(kBends, QColor(255, 255, 255, 128)));
     for (bool const isSmooth : {false, true}) {
         for (LineJoin const join : {LineJoin::Miter, LineJoin::Round, LineJoin::Bevel}) {
-            QImage const image = Draw(batch, {.width = 11.0f,
-                                              .join = join,
-                                              .cap = LineCap::Round,
-                                              .smoothEdges = isSmooth,
-                                              .state = zx3DQt::BGFXRenderer::STATE_TRANSPARENT});
+            LineStyle style{.width = 11.0f, .join = join, .cap = LineCap::Round, .smoothEdges = isSmooth};
+            if (!isSmooth)
+                style.state = zx3DQt::BGFXRenderer::STATE_TRANSPARENT;
+            QImage const image = Draw(batch, style);
             int brightest = 0;
             int covered = 0;
             for (int y = 0; y < image.height(); ++y) {
@@ -243,6 +242,26 @@ TEST_P(LineBatchTest, TranslucentCornersAreNoDarker) {
             EXPECT_LE(brightest, 129);
             EXPECT_GT(covered, 2000);
         }
+    }
+}
+
+TEST_P(LineBatchTest, SmoothSegmentsThatMeetLeaveNoGap) {
+    std::vector<QPointF> circle;
+    for (int i = 0; i <= 60; ++i) {
+        double const angle = i * std::numbers::pi / 30.0;
+        circle.push_back({64.2 + 40.0 * std::cos(angle), 48.3 + 40.0 * std::sin(angle)});
+    }
+    std::vector<LineSegment> segments = SegmentsAt(circle);
+    for (LineSegment& segment : segments) { // as on a leaning surface
+        for (LineVertex* const end : {&segment.start, &segment.end})
+            end->position.z += 0.001f * end->position.x;
+    }
+    LineBatch batch = BatchOf(segments);
+    QImage const image = Draw(batch, {.width = 3.0f, .cap = LineCap::Round, .smoothEdges = true});
+    for (int i = 0; i < 720; ++i) {
+        double const angle = i * std::numbers::pi / 360.0;
+        QPointF const place(64.2 + 39.97 * std::cos(angle), 48.3 + 39.97 * std::sin(angle));
+        EXPECT_GT(qRed(image.pixel(static_cast<int>(place.x()), static_cast<int>(place.y()))), 200) << i;
     }
 }
 

@@ -237,7 +237,7 @@ TEST_F(LineBatchTest, StylesAreUniforms) {
     recorder::ClearCalls();
     Draw(batch, {.stipple = {0x0F0F, 3}, .smoothEdges = true});
     EXPECT_THAT(TheDraw().uniforms.at("u_lineStipple"), ElementsAre(0x0F0F, 3.0f, 0.0f, 0.0f));
-    EXPECT_EQ(TheDraw().state, std::uint64_t(BGFXRenderer::STATE_TRANSPARENT));
+    EXPECT_EQ(TheDraw().state, std::uint64_t(BGFXRenderer::STATE_TRANSPARENT) & ~BGFX_STATE_WRITE_Z);
 }
 
 TEST_F(LineBatchTest, DepthsAreShiftedByPixels) {

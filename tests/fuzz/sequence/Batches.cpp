@@ -3,7 +3,11 @@
 
 #include "HostileData.h"
 
+#include <zx3DQt/BGFXLightingContext.h>
+#include <zx3DQt/BGFXMaterial.h>
+#include <zx3DQt/BGFXPointLightSource.h>
 #include <zx3DQt/BGFXRenderer.h>
+#include <zx3DQt/MeshEdges.h>
 
 #include <bit>
 #include <limits>
@@ -91,6 +95,61 @@ void HandOverPolylines(Random& random, LineBatch& batch) {
     }
 }
 
+/// Arrays of one length, mostly.
+class Mesh {
+public:
+    explicit Mesh(Random& random) : m_positions(Count(random)) {
+        std::size_t const count = m_positions.size();
+        for (bx::Vec3& position : m_positions)
+            position = Position(random);
+        m_normals.resize(Attribute(random, count), {0.0f, 0.0f, 1.0f});
+        for (bx::Vec3& normal : m_normals)
+            normal = Position(random);
+        m_colors.resize(Attribute(random, count), static_cast<std::uint32_t>(random.NewSeed()));
+        m_textureCoordinates.resize(Attribute(random, count), {Number(random), Number(random)});
+        m_indices.resize(random.Below(3 * count + 3));
+        for (std::uint32_t& index : m_indices)
+            index = static_cast<std::uint32_t>(Index(random, random.OneIn(64) ? count + 10 : count));
+    }
+
+    MeshVertices Vertices(Random& random) const {
+        return {Span(random, m_positions), Span(random, m_normals), Span(random, m_colors),
+                Span(random, m_textureCoordinates)};
+    }
+    zx3D::DataSpan<std::uint32_t const> Indices(Random& random) const { return Span(random, m_indices); }
+
+private:
+    /// How many of an attribute there are beside so many positions.
+    static std::size_t Attribute(Random& random, std::size_t count) {
+        if (random.OneIn(16))
+            return random.Below(count + 3);
+        return random.OneIn(2) ? count : 0;
+    }
+
+    std::vector<bx::Vec3> m_positions;
+    std::vector<bx::Vec3> m_normals;
+    std::vector<std::uint32_t> m_colors;
+    std::vector<QVector2D> m_textureCoordinates;
+    std::vector<std::uint32_t> m_indices;
+};
+
+std::vector<MeshInstance> Instances(Random& random) {
+    std::vector<MeshInstance> instances;
+    for (std::uint64_t count = random.Below(20); count > 0; --count)
+        instances.emplace_back(Matrix(random), static_cast<std::uint32_t>(random.NewSeed()));
+    return instances;
+}
+
+BGFXLightingContext Lights(Random& random) {
+    BGFXLightingContext lights;
+    for (std::uint64_t i = random.Below(10); i > 0; --i) {
+        QVector4D const place(QPosition(random), random.OneIn(2) ? 1.0f : 0.0f);
+        lights.Add(BGFXPointLightSource("u_light" + std::to_string(i - 1), place, RgbColor(random),
+                                        RgbColor(random), RgbColor(random)));
+    }
+    return lights;
+}
+
 ColorMap Map(Random& random) {
     switch (random.Below(3)) {
     case 0:
@@ -115,6 +174,19 @@ PointStyle StyleOfPoints(Random& random) {
     return style;
 }
 
+/// Without what it would only name.
+MeshStyle StyleOfMeshes(Random& random) {
+    MeshStyle style;
+    style.shading = static_cast<MeshShading>(random.Below(3));
+    if (random.OneIn(2))
+        style.color = RgbColor(random);
+    if (random.OneIn(2))
+        style.backColor = RgbColor(random);
+    if (random.OneIn(4))
+        style.state = BGFXRenderer::STATE_TRANSPARENT;
+    return style;
+}
+
 LineStyle StyleOfLines(Random& random) {
     LineStyle style;
     style.width = Size(random);
@@ -133,10 +205,43 @@ LineStyle StyleOfLines(Random& random) {
 } // namespace
 
 void Batches::Change(Random& random) {
-    if (random.OneIn(2))
-        ChangePoints(random);
-    else
-        ChangeLines(random);
+    switch (random.Below(3)) {
+    case 0:
+        return ChangePoints(random);
+    case 1:
+        return ChangeLines(random);
+    default:
+        return ChangeMeshes(random);
+    }
+}
+
+void Batches::ChangeMeshes(Random& random) {
+    MeshBatch& batch = m_meshes[random.Below(m_meshes.size())];
+    Mesh const mesh(random);
+    std::vector<MeshInstance> const instances = Instances(random);
+    switch (random.Below(12)) {
+    case 0:
+        return batch.Clear();
+    case 1:
+        return batch.SetOrigin(Place(random));
+    case 2:
+        return std::swap(m_meshes[0], m_meshes[1]);
+    case 3:
+        return batch.SetInstances(Span(random, instances));
+    case 4:
+        return batch.UpdateInstances(Index(random, batch.GetInstanceCount()), Span(random, instances));
+    case 5:
+        return m_lines[0].Set(
+            FindMeshEdges(mesh.Vertices(random), mesh.Indices(random), 90.0f * Number(random)));
+    case 6:
+    case 7:
+        return batch.Update(Index(random, batch.GetVertexCount()), mesh.Vertices(random));
+    case 8:
+    case 9:
+        return batch.Append(mesh.Vertices(random), mesh.Indices(random));
+    default:
+        return batch.Set(mesh.Vertices(random), mesh.Indices(random));
+    }
 }
 
 void Batches::ChangeLines(Random& random) {
@@ -172,8 +277,22 @@ void Batches::ChangePoints(Random& random) {
     }
 }
 
-void Batches::Draw(Random& random, BGFXRenderer const& renderer, BGFXViewContext const& view) {
+void Batches::Draw(Random& random, BGFXRenderer const& renderer, BGFXViewContext const& view,
+                   bgfx::TextureHandle texture) {
     QMatrix4x4 const transform = random.OneIn(2) ? Matrix(random) : QMatrix4x4();
+    if (random.OneIn(3)) {
+        BGFXLightingContext const lights = Lights(random);
+        BGFXMaterial const material("u_material", RgbColor(random), RgbColor(random), RgbColor(random),
+                                    RgbColor(random), Number(random));
+        MeshStyle style = StyleOfMeshes(random);
+        style.lights = random.OneIn(2) ? &lights : nullptr;
+        style.material = random.OneIn(2) ? &material : nullptr;
+        style.texture = texture;
+        MeshBatch& meshes = m_meshes[random.Below(m_meshes.size())];
+        meshes.Draw(renderer, view, style, transform);
+        static_cast<void>(meshes.GetBoundingBox());
+        return;
+    }
     if (random.OneIn(2)) {
         LineBatch& lines = m_lines[random.Below(m_lines.size())];
         lines.Draw(renderer, view, StyleOfLines(random), transform);

@@ -200,7 +200,7 @@ void DrawBatch(Frame& frame) {
     constexpr std::uint64_t kBudgets[] = {0, 1, 100, 1 << 16, 1 << 24};
     if (frame.random.OneIn(8))
         frame.renderer.SetUploadBudget(frame.random.PickFrom(kBudgets));
-    frame.content.batches.Draw(frame.random, frame.renderer, frame.view);
+    frame.content.batches.Draw(frame.random, frame.renderer, frame.view, frame.content.texture);
 }
 
 using Operation = void (*)(Frame&);
