@@ -7,6 +7,7 @@
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/zx3DQtExport.h>
 
+#include <zx3D/Annotations.h>
 #include <zx3D/DataSpan.h>
 #include <zx3D/FrameBuffer.h>
 #include <zx3D/Line.h>
@@ -213,6 +214,25 @@ public:
     /// The same where a world position appears in the view. Nothing for one behind the camera.
     void RenderText(BGFXViewContext const& view, bx::Vec3 const& worldPosition, QString const& text,
                     zx3D::FontHandle font, QColor const& color, QFlags<Qt::AlignmentFlag> alignment) const;
+
+    /// The same turned about the pen, anticlockwise as it is seen, by an angle in degrees; see
+    /// `zx3D::SetTextAngle`.
+    /// @{
+    void RenderText(BGFXViewContext const& view, std::pair<QPointF const, int> const& positionAndDepth,
+                    QString const& text, zx3D::FontHandle font, QColor const& color,
+                    QFlags<Qt::AlignmentFlag> alignment, float angle) const;
+    void RenderText(BGFXViewContext const& view, QPointF const& position, QString const& text,
+                    zx3D::FontHandle font, QColor const& color, QFlags<Qt::AlignmentFlag> alignment,
+                    float angle) const;
+    void RenderText(BGFXViewContext const& view, bx::Vec3 const& worldPosition, QString const& text,
+                    zx3D::FontHandle font, QColor const& color, QFlags<Qt::AlignmentFlag> alignment,
+                    float angle) const;
+    /// @}
+
+    /// Draws texts, boxes, lines and arrow heads that were collected, over what the view has drawn; see
+    /// `zx3D::Annotations`. Those without room in the transient vertices are left out.
+    void DrawAnnotations(BGFXViewContext const& view, zx3D::Annotations const& annotations,
+                         zx3D::AnnotationDepth depth = zx3D::AnnotationDepth::Ignored) const;
 
     /// Covers a view with a texture, sampled as the texture's own flags say. The colours replace what is
     /// there; the depth stays. The colour texture of a frame buffer appears upright on every backend. The

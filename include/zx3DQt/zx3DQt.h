@@ -18,10 +18,12 @@
 #include <zx3DQt/ColorMap.h>
 #include <zx3DQt/CoordinateAxes.h>
 #include <zx3DQt/CoordinateGrid.h>
+#include <zx3DQt/Dimensions.h>
 #include <zx3DQt/DistanceFade.h>
 #include <zx3DQt/FlyCamera.h>
 #include <zx3DQt/FrameNotifier.h>
 #include <zx3DQt/FrameStatistics.h>
+#include <zx3DQt/LabelBatch.h>
 #include <zx3DQt/Library.h>
 #include <zx3DQt/LineBatch.h>
 #include <zx3DQt/MeshBatch.h>
@@ -30,6 +32,7 @@
 #include <zx3DQt/PictureOptions.h>
 #include <zx3DQt/PlanarCamera.h>
 #include <zx3DQt/PointBatch.h>
+#include <zx3DQt/Polygons.h>
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/Shapes.h>
 #include <zx3DQt/SizeUnit.h>

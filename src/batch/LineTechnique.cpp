@@ -3,6 +3,7 @@
 
 #include "../render/Drawing.h"
 #include "AlphaCoverage.h"
+#include "DepthShift.h"
 
 #include <zx3DQt/BGFXRenderer.h>
 
@@ -52,34 +53,6 @@ char const* FragmentShaderOf(bool isSmooth, bool isStippled) {
     if (isStippled)
         return isSmooth ? "fs_line_batch_smooth_stipple" : "fs_line_batch_stipple";
     return isSmooth ? "fs_line_batch_smooth" : "fs_line_batch_shape";
-}
-
-float SignOf(float value) {
-    return value < 0.0f ? -1.0f : 1.0f;
-}
-
-/// What clip z is multiplied by and what part of clip w is added to it to move depths towards the viewer.
-///
-/// A view-space z that is moved by c w, which is as long as so many pixels there, changes the depth from
-/// z / w to (z + c a w) / (w + c b w), where a and b are what z adds to clip z and clip w.
-struct DepthShift {
-    float ofZ;
-    float ofW;
-};
-
-DepthShift DepthShiftOf(BGFXViewContext const& view, float offset) {
-    QMatrix4x4 const& projection = view.GetProjectionMatrix();
-    float const a = projection(2, 2);
-    float const b = projection(3, 2);
-    float const pixelsPerUnit =
-        0.5f * std::abs(projection(1, 1)) * static_cast<float>(view.GetViewport().height());
-    // In a perspective view w is the distance; a parallel one looks along growing depths.
-    float const towardsViewer = b != 0.0f ? -SignOf(b) : -SignOf(a);
-    float const c = pixelsPerUnit > 0.0f ? towardsViewer * offset / pixelsPerUnit : 0.0f;
-    float const growth = SignOf(a * projection(3, 3) - projection(2, 3) * b) * towardsViewer;
-    float const range = bgfx::getCaps()->homogeneousDepth ? 2.0f : 1.0f;
-    float const scale = 1.0f / std::max(1.0f + c * b, 0.01f); // a hundredth of the distance is near enough
-    return {scale, scale * c * a + growth * offset * range / 65'536.0f};
 }
 
 BGFXRenderState DefaultState(LineStyle const& style) {

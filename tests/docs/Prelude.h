@@ -29,6 +29,7 @@ extern zx3DQt::PointBatch cloud;
 extern std::vector<zx3DQt::ColoredPoint> scan;
 extern zx3DQt::LineBatch edges;
 extern zx3DQt::LineBatch contours;
+extern zx3DQt::LabelBatch names;
 extern std::vector<zx3DQt::LineSegment> segments;
 extern std::vector<zx3DQt::LineVertex> track;
 extern zx3DQt::MeshBatch part;

@@ -34,6 +34,7 @@ void Draw(TextLabel const& label, bgfx::ViewId view) {
     zx3D::SetTextColor(text, ToColor(label.color).ToRGBA());
     zx3D::AppendText(text, label.text.c_str());
     zx3D::AlignText(text, label.horizontal, label.vertical);
+    zx3D::SetTextAngle(text, label.angle);
     zx3D::SubmitTextBuffer(text, view, label.depth);
     zx3D::DestroyTextBuffer(text);
     zx3D::DestroyFont(font);

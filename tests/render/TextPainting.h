@@ -23,6 +23,7 @@ struct TextLabel {
     float horizontal = 0.0f;
     float vertical = 0.0f;
     std::int32_t depth = 0;
+    float angle = 0.0f; ///< degrees
 };
 
 /// Submits the label into a view.

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numbers>
 #include <vector>
 
 using namespace zarvex;
@@ -254,6 +255,35 @@ TEST_P(TextTest, TheNextFrameAndTheNextSizeShowTheSame) {
     for (int frame = 0; frame < 3; ++frame) {
         DrawOne({.text = "something else", .x = 3, .y = 50, .pixelSize = 10 + frame});
         EXPECT_TRUE(Matches(DrawOne(label), first, kExact));
+    }
+}
+
+TEST_P(TextTest, ATurnedTextIsTheUprightOneTurnedAboutItsPen) {
+    // Letters that stand apart, so that one coverage is interpolated and not two blended.
+    TextLabel label{
+        .text = "H 7 e\nA", .x = 119.7f, .y = 60.2f, .pixelSize = 30, .horizontal = 0.5f, .vertical = 0.5f};
+    QImage const upright = DrawOne(label);
+    auto const at = [&](int x, int y) { return upright.valid(x, y) ? qRed(upright.pixel(x, y)) : 0; };
+    for (float const angle : {90.0f, 180.0f, -90.0f, 30.0f, -135.5f, 361.0f}) {
+        label.angle = angle;
+        double const radians = angle * std::numbers::pi / 180.0;
+        double const along = std::cos(radians), up = std::sin(radians);
+        QImage expected = Canvas();
+        for (int y = 0; y < expected.height(); ++y) {
+            for (int x = 0; x < expected.width(); ++x) {
+                double const dx = x + 0.5 - 120.0, dy = y + 0.5 - 60.0;
+                double const u = 120.0 + dx * along - dy * up - 0.5, v = 60.0 + dx * up + dy * along - 0.5;
+                int const left = static_cast<int>(std::floor(u)), top = static_cast<int>(std::floor(v));
+                double const right = u - left, down = v - top;
+                double const value = (1 - down) * ((1 - right) * at(left, top) + right * at(left + 1, top)) +
+                                     down * ((1 - right) * at(left, top + 1) + right * at(left + 1, top + 1));
+                int const level = static_cast<int>(std::lround(value));
+                expected.setPixelColor(x, y, QColor(level, level, level));
+            }
+        }
+        // GPUs interpolate between texels in 256 steps each way; quarter turns fall on texels.
+        bool const isQuarter = std::fmod(angle, 90.0f) == 0.0f;
+        EXPECT_TRUE(Matches(DrawOne(label), expected, isQuarter ? kExact : Tolerance{3, 0})) << angle;
     }
 }
 

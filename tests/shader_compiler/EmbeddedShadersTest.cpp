@@ -91,6 +91,7 @@ constexpr Program kPrograms[] = {
     {"vs_rectangle_sprite_fading", "fs_rectangle_sprite_fading"},
     {"vs_fullscreen_triangle", "fs_fullscreen_texture"},
     {"vs_text", "fs_text"},
+    {"vs_annotation", "fs_annotation"},
 };
 
 constexpr std::string_view kShaders[] = {
@@ -98,6 +99,7 @@ constexpr std::string_view kShaders[] = {
     "cs_line_batch_lengths",
     "cs_point_sprite",
     "cs_rectangle_sprite",
+    "fs_annotation",
     "fs_basic",
     "fs_fullscreen_texture",
     "fs_lighting",
@@ -127,6 +129,7 @@ constexpr std::string_view kShaders[] = {
     "fs_rectangle_sprite_fading",
     "fs_rectangle_sprite_opengl_stipple",
     "fs_text",
+    "vs_annotation",
     "vs_basic",
     "vs_fullscreen_triangle",
     "vs_lighting",

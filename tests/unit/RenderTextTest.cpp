@@ -8,6 +8,8 @@
 #include <QPointF>
 #include <QString>
 
+#include <limits>
+
 using namespace zarvex;
 using namespace zarvex::zx3DQt;
 using testing::ElementsAre;
@@ -194,4 +196,37 @@ TEST_F(RenderTextTest, NoTextBufferOutlivesTheCall) {
 TEST_F(RenderTextTest, TheRendererKeepsNothing) {
     DrawOf(QPointF());
     EXPECT_THAT(KeptKinds(), IsEmpty());
+}
+
+TEST_F(RenderTextTest, AnAngleOfWholeTurnsChangesNothing) {
+    QPointF const place(30, 20);
+    DrawOf(place); // makes the glyphs
+    recorder::Draw const expected = DrawOf(place, "a\nlabel", Qt::AlignCenter);
+    std::vector<std::string> const calls = recorder::CallTexts();
+    for (float const angle : {0.0f, -0.0f, 360.0f, -720.0f, std::numeric_limits<float>::infinity(),
+                              std::numeric_limits<float>::quiet_NaN()}) {
+        recorder::ClearCalls();
+        m_renderer->RenderText(m_view, place, "a\nlabel", m_font, Qt::white, Qt::AlignCenter, angle);
+        EXPECT_EQ(TheDraw().vertices, expected.vertices) << angle;
+        EXPECT_EQ(recorder::CallTexts(), calls) << angle;
+    }
+}
+
+TEST_F(RenderTextTest, AQuarterTurnExchangesTheDirectionsAndKeepsTheDepth) {
+    QPointF const place(30, 20);
+    auto const upright = DrawOf(place, "a\nlabel", Qt::AlignCenter).VerticesAs<TextVertex>();
+    recorder::ClearCalls();
+    m_renderer->RenderText(m_view, {place, 17}, "a\nlabel", m_font, Qt::white, Qt::AlignCenter, 90.0f);
+    EXPECT_EQ(TheDraw().depth, 17u);
+    auto const turned = TheDraw().VerticesAs<TextVertex>();
+    ASSERT_EQ(turned.size(), upright.size());
+    for (std::size_t i = 0; i < turned.size(); ++i) {
+        // Half a pixel and half a texel are added around each glyph; what ran to the right runs up.
+        float const right = i % 4 == 1 || i % 4 == 2 ? 1.0f : -1.0f;
+        float const down = i % 4 >= 2 ? 1.0f : -1.0f;
+        EXPECT_EQ(turned[i].x, 30.0f + (upright[i].y + 0.5f * down - 20.0f)) << i;
+        EXPECT_EQ(turned[i].y, 20.0f - (upright[i].x + 0.5f * right - 30.0f)) << i;
+        EXPECT_EQ(turned[i].u, upright[i].u + 8 * static_cast<int>(right)) << i;
+        EXPECT_EQ(turned[i].v, upright[i].v + 8 * static_cast<int>(down)) << i;
+    }
 }

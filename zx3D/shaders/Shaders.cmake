@@ -4,6 +4,7 @@ set(ZX3D_SHADER_SOURCES
   cs_line_batch_lengths.comp
   cs_point_sprite.comp
   cs_rectangle_sprite.comp
+  fs_annotation.frag
   fs_basic.frag
   fs_fullscreen_texture.frag
   fs_lighting.frag
@@ -33,6 +34,7 @@ set(ZX3D_SHADER_SOURCES
   fs_rectangle_sprite_fading.frag
   fs_rectangle_sprite_opengl_stipple.frag
   fs_text.frag
+  vs_annotation.vert
   vs_basic.vert
   vs_fullscreen_triangle.vert
   vs_lighting.vert
@@ -137,4 +139,5 @@ set(ZX3D_SHADER_PROGRAMS
   vs_rectangle_sprite_fading.vert+fs_rectangle_sprite_fading.frag
   vs_fullscreen_triangle.vert+fs_fullscreen_texture.frag
   vs_text.vert+fs_text.frag
+  vs_annotation.vert+fs_annotation.frag
 )

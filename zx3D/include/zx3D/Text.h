@@ -27,7 +27,7 @@ namespace zarvex::zx3D {
 // algorithm, with glyphs that the font lacks taken from the system's fonts. Glyphs are rasterised once, with
 // 256 levels of coverage, and land on whole pixels.
 //
-// It does not: wrap lines, use colour glyphs, draw text rotated or in perspective.
+// It does not: wrap lines, use colour glyphs, draw text in perspective.
 //
 // Thread: the one that calls bgfx's API. Errors: an unknown or invalid handle makes every operation do
 // nothing. Text that is not drawn, for whatever reason, is a warning, once in a run of the context.
@@ -103,6 +103,11 @@ ZX3D_EXPORT void AppendText(TextBufferHandle text, char const* begin, char const
 /// wide as its longest line and as high as its lines, each from ascender to descender, with the line gap
 /// between them. Its place is rounded to whole pixels.
 ZX3D_EXPORT void AlignText(TextBufferHandle text, float horizontal, float vertical);
+
+/// Turns the text about its pen, anticlockwise as it is seen, degrees: what would be drawn without is turned
+/// about the whole pixel next to the pen, and its glyphs are interpolated between their pixels. Quarter turns
+/// stay sharp. An angle that is not finite counts as 0.
+ZX3D_EXPORT void SetTextAngle(TextBufferHandle text, float degrees);
 
 /// Draws the text into a view, blended over what is there, without a depth test. In a view of the default
 /// mode it comes after all geometry, and texts are ordered by `depth`, the larger over the smaller; what is

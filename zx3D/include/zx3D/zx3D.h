@@ -1,6 +1,7 @@
 // The whole of zx3D: context, surfaces, shader programs and value types.
 #pragma once
 
+#include <zx3D/Annotations.h>
 #include <zx3D/BgfxVersion.h>
 #include <zx3D/Color.h>
 #include <zx3D/Context.h>

@@ -90,6 +90,12 @@ bgfx::TextureHandle GlyphAtlas::GetTexture(std::uint16_t page) const {
     return m_pages[page]->GetTexture();
 }
 
+bgfx::TextureHandle GlyphAtlas::GetAnyTexture() {
+    if (m_pages.empty())
+        m_pages.push_back(std::make_unique<Page>());
+    return GetTexture(0);
+}
+
 std::optional<AtlasGlyph> GlyphAtlas::Find(GlyphKey key) {
     auto const found = m_glyphs.find(key);
     if (found == m_glyphs.end())

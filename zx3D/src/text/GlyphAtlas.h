@@ -65,6 +65,9 @@ public:
 
     bgfx::TextureHandle GetTexture(std::uint16_t page) const;
 
+    /// Of any page, for what is drawn without glyphs by a program that has them.
+    bgfx::TextureHandle GetAnyTexture();
+
     /// A glyph that is there; its page counts as used.
     std::optional<AtlasGlyph> Find(GlyphKey key);
 

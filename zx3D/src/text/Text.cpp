@@ -127,6 +127,11 @@ void AlignText(TextBufferHandle text, float horizontal, float vertical) {
     }
 }
 
+void SetTextAngle(TextBufferHandle text, float degrees) {
+    if (TextBuffer* const buffer = TextSystem::Get().FindBuffer(text))
+        buffer->settings.angle = degrees;
+}
+
 void SubmitTextBuffer(TextBufferHandle text, std::uint16_t viewId, std::int32_t depth) {
     if (TextBuffer* const buffer = TextSystem::Get().FindBuffer(text))
         TextSystem::Get().Submit(*buffer, viewId, depth);

@@ -1,6 +1,8 @@
 // Quads in transient vertices, an index buffer that all share.
 #include "TextRenderer.h"
 
+#include "AnnotationItems.h"
+
 #include <zx3D/ProgramFactory.h>
 
 #include <algorithm>
@@ -65,9 +67,22 @@ void WriteQuad(TextQuad const& quad, float left, float top, std::array<std::uint
     }
 }
 
-std::array<std::uint8_t, 4> ToBytes(std::uint32_t rgba) {
-    return {static_cast<std::uint8_t>(rgba >> 24), static_cast<std::uint8_t>(rgba >> 16),
-            static_cast<std::uint8_t>(rgba >> 8), static_cast<std::uint8_t>(rgba)};
+/// Of a turned text: interpolation between a glyph's outer pixels and the blank ones around it reaches half a
+/// pixel beyond.
+void WriteTurnedQuad(TextQuad const& quad, float left, float top, TextTurn const& turn,
+                     std::array<std::uint8_t, 4> const& color, TextVertex* vertices) {
+    constexpr float signs[kVerticesPerQuad][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
+    constexpr int halfTexel = TextQuad::kTexelSteps / 2;
+    auto const [dx, dy] = turn.direction;
+    for (std::size_t i = 0; i < kVerticesPerQuad; ++i) {
+        TextQuad::Corner const& corner = quad.corners[i];
+        auto const [right, down] = signs[i];
+        float const x = left + corner.x - turn.x + 0.5f * right;
+        float const y = top + corner.y - turn.y + 0.5f * down;
+        vertices[i] = {turn.x + x * dx - y * dy, turn.y + x * dy + y * dx,
+                       static_cast<std::int16_t>(corner.u + static_cast<int>(right) * halfTexel),
+                       static_cast<std::int16_t>(corner.v + static_cast<int>(down) * halfTexel), color};
+    }
 }
 
 std::size_t CountOnFirstPage(std::span<TextQuad const> quads) {
@@ -79,15 +94,6 @@ std::size_t CountOnFirstPage(std::span<TextQuad const> quads) {
                                     quads.begin());
 }
 
-/// How far a line is moved within its block, whole pixels.
-std::int32_t LineShift(ShapedText const& text, std::uint32_t line, float horizontal) {
-    if (text.lines.size() == 1)
-        return 0; // as wide as the block
-    std::int32_t const room = text.width - text.lines[line].width;
-    double const shift = std::floor(double(horizontal) * room + 0.5);
-    return static_cast<std::int32_t>(std::clamp<double>(shift, -kMaxTextExtent, kMaxTextExtent));
-}
-
 void WriteQuads(ShapedText const& text, std::span<TextQuad const> quads, TextAppearance const& appearance,
                 TextVertex* vertices) {
     std::array<std::uint8_t, 4> const color = ToBytes(appearance.rgba);
@@ -97,7 +103,10 @@ void WriteQuads(ShapedText const& text, std::span<TextQuad const> quads, TextApp
         auto const left = static_cast<float>(appearance.left + LineShift(text, line, appearance.horizontal));
         std::size_t count = 0;
         for (; count < quads.size() && quads[count].line == line; ++count) {
-            WriteQuad(quads[count], left, top, color, vertices);
+            if (appearance.turn)
+                WriteTurnedQuad(quads[count], left, top, *appearance.turn, color, vertices);
+            else
+                WriteQuad(quads[count], left, top, color, vertices);
             vertices += kVerticesPerQuad;
         }
         quads = quads.subspan(count);
@@ -105,6 +114,14 @@ void WriteQuads(ShapedText const& text, std::span<TextQuad const> quads, TextApp
 }
 
 } // namespace
+
+std::int32_t LineShift(ShapedText const& text, std::uint32_t line, float horizontal) {
+    if (text.lines.size() == 1)
+        return 0; // as wide as the block
+    std::int32_t const room = text.width - text.lines[line].width;
+    double const shift = std::floor(double(horizontal) * room + 0.5);
+    return static_cast<std::int32_t>(std::clamp<double>(shift, -kMaxTextExtent, kMaxTextExtent));
+}
 
 bool TextRenderer::Start() {
     if (!m_isTried) {
@@ -145,7 +162,10 @@ bool TextRenderer::DrawQuads(ShapedText const& text, std::span<TextQuad const> q
     bgfx::allocTransientVertexBuffer(&buffer, vertexCount, m_layout);
     WriteQuads(text, quads, appearance, reinterpret_cast<TextVertex*>(buffer.data));
     bgfx::setState(kState);
-    bgfx::setTexture(0, m_sampler.Get(), page);
+    if (appearance.turn)
+        bgfx::setTexture(0, m_sampler.Get(), page, BGFX_SAMPLER_UVW_CLAMP); // interpolates
+    else
+        bgfx::setTexture(0, m_sampler.Get(), page);
     bgfx::setVertexBuffer(0, &buffer);
     bgfx::setIndexBuffer(m_indices.Get(), 0, count * kIndicesPerQuad);
     bgfx::submit(view, m_program, depth, BGFX_DISCARD_ALL);

@@ -2,6 +2,7 @@
 #include "TextSystem.h"
 
 #include "../message/Say.h"
+#include "TextDirection.h"
 #include "Utf8.h"
 
 #include <zx3D/Context.h>
@@ -35,7 +36,16 @@ std::optional<TextAppearance> AppearanceOf(TextBuffer::Settings const& settings,
     auto const top = PlaceBlock(settings.y, settings.vertical, text.height);
     if (!left || !top)
         return std::nullopt;
-    return TextAppearance{*left, *top, settings.horizontal, settings.rgba};
+    TextAppearance appearance{*left, *top, settings.horizontal, settings.rgba, std::nullopt};
+    if (!IsUpright(settings.angle)) {
+        auto const penX = PlaceBlock(settings.x, 0.0f, 0);
+        auto const penY = PlaceBlock(settings.y, 0.0f, 0);
+        if (!penX || !penY)
+            return std::nullopt;
+        appearance.turn =
+            TextTurn{static_cast<float>(*penX), static_cast<float>(*penY), DirectionOfAngle(settings.angle)};
+    }
+    return appearance;
 }
 
 bool IsView(std::uint16_t view) {
@@ -77,6 +87,27 @@ TextSize TextSystem::Measure(Font& font, std::string_view utf8) {
     return {measured->shaped.width, measured->shaped.height};
 }
 
+TextLayout TextSystem::LayOut(FontHandle handle, std::string_view utf8) {
+    TextLayout layout;
+    Font* const font = FindFont(handle);
+    if (font == nullptr) {
+        WarnOf(NoFont);
+        return layout;
+    }
+    std::string_view const text = TruncateUtf8(utf8, kMaxTextSize);
+    if (text.size() < utf8.size())
+        WarnOfLength(utf8.size() - text.size());
+    // Those who keep their layouts would only push other texts out of the cache.
+    layout.m_text = m_shapeCache.Find(font->GetId(), text);
+    if (layout.m_text == nullptr) {
+        layout.m_text = std::make_shared<CachedText>();
+        layout.m_text->shaped = m_shaper.Shape(text, *font);
+    }
+    layout.m_font = handle;
+    layout.m_fontId = font->GetId();
+    return layout;
+}
+
 TextBufferHandle TextSystem::CreateBuffer(TextBufferType type, FontHandle font) {
     std::optional<std::uint16_t> const index = m_buffers.Take();
     if (!index) {
@@ -104,10 +135,14 @@ void TextSystem::Append(TextBuffer& buffer, std::string_view utf8) {
     buffer.text.append(fitting);
     buffer.cached.reset();
     if (fitting.size() < utf8.size())
-        m_tooLong.Raise([&] {
-            Say(MessageLevel::Warning, "text.too-long",
-                "a text buffer takes 64 KiB of text; %zu bytes are left out", utf8.size() - fitting.size());
-        });
+        WarnOfLength(utf8.size() - fitting.size());
+}
+
+void TextSystem::WarnOfLength(std::size_t leftOut) {
+    m_tooLong.Raise([&] {
+        Say(MessageLevel::Warning, "text.too-long",
+            "a text buffer takes 64 KiB of text; %zu bytes are left out", leftOut);
+    });
 }
 
 void TextSystem::Submit(TextBuffer& buffer, std::uint16_t view, std::int32_t depth) {
@@ -141,6 +176,44 @@ void TextSystem::Draw(TextBuffer& buffer, std::uint16_t view, std::int32_t depth
         WarnOf(FullFrame);
 }
 
+Annotations::Submitted TextSystem::Submit(AnnotationItems const& items, std::uint16_t view,
+                                          AnnotationDepth depth) {
+    auto const leaveOut = [this](Omission omission) {
+        WarnOf(omission);
+        return Annotations::Submitted();
+    };
+    if (!Context::IsInitialized())
+        return leaveOut(NoContext);
+    if (!IsView(view))
+        return leaveOut(NoView);
+    if (!m_renderer.Start() || !m_annotationRenderer.Start())
+        return leaveOut(NoResources);
+    Resolve(items.texts);
+    Annotations::Submitted const submitted =
+        m_annotationRenderer.Draw(items.shapes, m_resolved, m_atlas, m_renderer, view, depth);
+    if (submitted.leftOut > 0)
+        WarnOf(FullFrame);
+    return submitted;
+}
+
+/// All of them at once: none may take the place of another.
+void TextSystem::Resolve(std::span<AnnotationText const> texts) {
+    m_resolved.clear();
+    m_atlas.BeginText();
+    for (AnnotationText const& text : texts) {
+        Font const* const font = FindFont(text.layout.m_font);
+        if (font == nullptr || font->GetId() != text.layout.m_fontId) {
+            WarnOf(NoFont);
+            continue;
+        }
+        CachedText& cached = *text.layout.m_text;
+        PlaceInAtlas(cached, *font);
+        for (TextQuad const& quad : cached.quads.quads)
+            m_atlas.Use(quad.page);
+        m_resolved.push_back({&text, &cached});
+    }
+}
+
 CachedText& TextSystem::Layout(TextBuffer& buffer, Font& font) {
     if (buffer.cached != nullptr)
         return *buffer.cached;
@@ -169,6 +242,7 @@ void TextSystem::PlaceInAtlas(CachedText& text, Font const& font) {
 void TextSystem::OnContextStopping() {
     m_atlas.Clear();
     m_renderer = {};
+    m_annotationRenderer = {};
     m_omissions = {};
     m_tooLong.Clear();
 }

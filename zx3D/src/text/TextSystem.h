@@ -1,6 +1,7 @@
 // All fonts and texts of the process.
 #pragma once
 
+#include "AnnotationRenderer.h"
 #include "Font.h"
 #include "GlyphAtlas.h"
 #include "ShapeCache.h"
@@ -9,6 +10,7 @@
 #include "TextRenderer.h"
 #include "TextShaper.h"
 
+#include <zx3D/Annotations.h>
 #include <zx3D/ContextListener.h>
 #include <zx3D/Message.h>
 #include <zx3D/Text.h>
@@ -18,6 +20,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zarvex::zx3D {
 
@@ -32,6 +35,7 @@ struct TextBuffer {
         std::uint32_t rgba = 0xffffffff;
         float horizontal = 0.0f;
         float vertical = 0.0f;
+        float angle = 0.0f; ///< degrees, anticlockwise
     };
 
     Settings settings;
@@ -59,12 +63,17 @@ public:
 
     TextSize Measure(Font& font, std::string_view utf8);
 
+    /// Empty in an unknown font.
+    TextLayout LayOut(FontHandle font, std::string_view utf8);
+
     TextBufferHandle CreateBuffer(TextBufferType type, FontHandle font);
     void DestroyBuffer(TextBufferHandle handle);
     TextBuffer* FindBuffer(TextBufferHandle handle) { return m_buffers.Find(handle.idx); }
 
     void Append(TextBuffer& buffer, std::string_view utf8);
     void Submit(TextBuffer& buffer, std::uint16_t view, std::int32_t depth);
+
+    Annotations::Submitted Submit(AnnotationItems const& items, std::uint16_t view, AnnotationDepth depth);
 
 private:
     TextSystem() = default;
@@ -79,6 +88,8 @@ private:
     CachedText& Layout(TextBuffer& buffer, Font& font);
     std::shared_ptr<CachedText> Layout(std::string_view utf8, Font& font);
     void PlaceInAtlas(CachedText& text, Font const& font);
+    void Resolve(std::span<AnnotationText const> texts);
+    void WarnOfLength(std::size_t leftOut);
 
     FaceLoader m_faceLoader; // outlives the faces
     SystemFonts m_systemFonts;
@@ -90,6 +101,8 @@ private:
     GlyphResolver m_resolver;
     GlyphAtlas m_atlas;
     TextRenderer m_renderer;
+    AnnotationRenderer m_annotationRenderer;
+    std::vector<ResolvedText> m_resolved;                // keeps its memory between annotations
     std::array<OncePerCause, OmissionCount> m_omissions; // in this run of the context
     OncePerCause m_tooLong;
 };
