@@ -236,7 +236,7 @@ private:
         zx3DQt::LabelStyle names;
         names.font = m_font;
         names.color = zx3D::Color{0.06f, 0.08f, 0.11f, 1.0f};
-        names.depthOffset = 24.0f * ratio;           // half the length of a name
+        names.depthOffset = 10.0f * ratio;           // half the height of a name
         names.depth = zx3D::AnnotationDepth::Tested; // on the side that is turned away, they are hidden
         m_edgeNames.Draw(GetRenderer(), view, names);
 

@@ -33,7 +33,8 @@ struct Label {
     float priority = 0.0f;               ///< of two labels without room for both, the greater one is shown
     std::optional<std::uint32_t> rgba{}; ///< 0xRRGGBBAA, not premultiplied; absent, the style's colour
     /// A direction in the world that the text follows in the picture, either way round, so that it is never
-    /// upside down. Zero, or one that the camera looks along: the text is horizontal.
+    /// upside down; its depths are those along the direction. Zero, or one that the camera looks along: the
+    /// text is horizontal.
     bx::Vec3 direction{0.0f, 0.0f, 0.0f};
 };
 

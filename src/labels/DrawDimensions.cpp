@@ -58,7 +58,8 @@ struct Way {
           length(std::hypot(end.x - begin.x, end.y - begin.y)) {}
 
     zx3D::PictureDirection Direction() const {
-        return {static_cast<float>((to.x - from.x) / length), static_cast<float>((to.y - from.y) / length)};
+        return {static_cast<float>((to.x - from.x) / length), static_cast<float>((to.y - from.y) / length),
+                static_cast<float>((to.depth - from.depth) / length)};
     }
 
     /// The place so many pixels from its begin.
@@ -70,17 +71,22 @@ struct Way {
     }
 };
 
+zx3D::PictureDirection Reversed(zx3D::PictureDirection const& direction) {
+    return {-direction.x, -direction.y, -direction.depth};
+}
+
 /// The direction of a text along a line: to the right, or upwards along what is steep. What is all but level
 /// is level, so that its glyphs are sharp.
 zx3D::PictureDirection TextDirectionOf(zx3D::PictureDirection const& line) {
     constexpr float isLevel = 1e-4f;
     constexpr float isSteep = 0.17f; // within ten degrees of the vertical
-    if (std::abs(line.y) < isLevel)
-        return {1.0f, 0.0f};
-    if (std::abs(line.x) < isLevel)
-        return {0.0f, -1.0f};
     bool const isReversed = std::abs(line.x) < isSteep ? line.y > 0.0f : line.x < 0.0f;
-    return isReversed ? zx3D::PictureDirection{-line.x, -line.y} : line;
+    zx3D::PictureDirection const text = isReversed ? Reversed(line) : line;
+    if (std::abs(text.y) < isLevel)
+        return {1.0f, 0.0f, text.depth};
+    if (std::abs(text.x) < isLevel)
+        return {0.0f, -1.0f, text.depth};
+    return text;
 }
 
 /// Collects dimensions.
@@ -135,9 +141,8 @@ private:
         // To the arrow heads' bases; or beyond those outside.
         double const inset = isInside ? arrow : -2.0 * arrow;
         m_annotations.AddLine(way.At(inset), way.At(way.length - inset), m_lengths.line, m_rgba);
-        auto const [x, y] = way.Direction();
-        zx3D::PictureDirection const onwards{x, y};
-        zx3D::PictureDirection const back{-x, -y};
+        zx3D::PictureDirection const onwards = way.Direction();
+        zx3D::PictureDirection const back = Reversed(onwards);
         AddHead(way.At(0.0), isInside ? back : onwards);
         AddHead(way.At(way.length), isInside ? onwards : back);
     }
@@ -159,6 +164,7 @@ private:
         zx3D::PicturePlace place = way.At(0.5 * way.length);
         place.x += left * along.x - top * along.y;
         place.y += left * along.y + top * along.x;
+        place.depth += left * along.depth;
         if (along.x == 0.0f || along.y == 0.0f) {
             place.x = std::round(place.x);
             place.y = std::round(place.y);

@@ -13,6 +13,7 @@
 #include <zx3D/Context.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -70,10 +71,27 @@ PictureBox BoxOf(Appearance const& look, zx3D::TextSize const& size, PixelPlace 
     return box;
 }
 
-/// A place in a box, from its centre along and across.
-zx3D::PicturePlace PlaceIn(PictureBox const& box, float along, float across, float depth) {
-    return {box.x + along * box.direction.x - across * box.direction.y,
-            box.y + along * box.direction.y + across * box.direction.x, depth};
+/// Where the middle of a label's box is, at the depth that its text has there.
+zx3D::PicturePlace MiddleOf(LabelCandidate const& label) {
+    PictureBox const& box = label.box;
+    float const way = (box.x - label.placeX) * box.direction.x + (box.y - label.placeY) * box.direction.y;
+    return {box.x, box.y, label.depth + way * box.direction.depth};
+}
+
+/// A place in a label's box, from its middle along and across.
+zx3D::PicturePlace PlaceIn(LabelCandidate const& label, float along, float across) {
+    zx3D::PicturePlace const middle = MiddleOf(label);
+    zx3D::PictureDirection const& direction = label.box.direction;
+    return {middle.x + along * direction.x - across * direction.y,
+            middle.y + along * direction.y + across * direction.x, middle.depth + along * direction.depth};
+}
+
+/// Whether both ends of a label are between the near plane and the far plane.
+bool IsInDepths(LabelCandidate const& label, double nearest) {
+    return std::ranges::all_of(std::array{-label.box.halfLength, label.box.halfLength}, [&](float end) {
+        double const depth = PlaceIn(label, end, 0.0f).depth;
+        return depth >= nearest && depth <= 1.0;
+    });
 }
 
 /// The line from a label's place to its box, unless it is inside.
@@ -86,8 +104,8 @@ void AddLeader(zx3D::Annotations& annotations, LabelCandidate const& label, Labe
     if (std::abs(along) <= box.halfLength && std::abs(across) <= box.halfBreadth)
         return;
     annotations.AddLine({label.placeX, label.placeY, label.depth},
-                        PlaceIn(box, std::clamp(along, -box.halfLength, box.halfLength),
-                                std::clamp(across, -box.halfBreadth, box.halfBreadth), label.depth),
+                        PlaceIn(label, std::clamp(along, -box.halfLength, box.halfLength),
+                                std::clamp(across, -box.halfBreadth, box.halfBreadth)),
                         LengthOr0(style.leaderWidth), style.leaderColor->ToRGBA());
 }
 
@@ -135,7 +153,7 @@ private:
     bool UseFont(zx3D::FontHandle font);
     void SortByPriority();
     zx3D::PictureDirection DirectionOf(std::uint32_t label, PictureProjection const& projection,
-                                       ClipPlace const& clip, LabelMemory& memory) const;
+                                       ClipPlace const& clip, double depthScale, LabelMemory& memory) const;
     void FindCandidates(BGFXViewContext const& view, LabelStyle const& style, QMatrix4x4 const& transform,
                         LabelMemory& memory);
     void Annotate(std::span<LabelCandidate const> labels, LabelStyle const& style);
@@ -235,17 +253,20 @@ void LabelBatch::Data::SortByPriority() {
 }
 
 zx3D::PictureDirection LabelBatch::Data::DirectionOf(std::uint32_t label, PictureProjection const& projection,
-                                                     ClipPlace const& clip, LabelMemory& memory) const {
+                                                     ClipPlace const& clip, double depthScale,
+                                                     LabelMemory& memory) const {
     bx::Vec3 const& direction = directions[label];
     if (direction.x == 0.0f && direction.y == 0.0f && direction.z == 0.0f)
         return {};
     ClipPlace const step = projection.ToClip(direction.x, direction.y, direction.z, 0.0);
-    auto const [x, y] = projection.PixelSpeed(clip, step);
-    double const length = std::hypot(x, y);
+    PixelPlace const speed = projection.SpeedOf(clip, step);
+    double const length = std::hypot(speed.x, speed.y);
     if (!(length > 0.0) || !std::isfinite(length))
         return {};
-    double const sign = memory.IsReversed(label, x / length, y / length) ? -1.0 : 1.0;
-    return {static_cast<float>(sign * x / length), static_cast<float>(sign * y / length)};
+    bool const isReversed = memory.IsReversed(label, speed.x / length, speed.y / length);
+    double const scale = (isReversed ? -1.0 : 1.0) / length;
+    return {static_cast<float>(scale * speed.x), static_cast<float>(scale * speed.y),
+            static_cast<float>(scale * speed.depth * depthScale)};
 }
 
 void LabelBatch::Data::FindCandidates(BGFXViewContext const& view, LabelStyle const& style,
@@ -264,11 +285,14 @@ void LabelBatch::Data::FindCandidates(BGFXViewContext const& view, LabelStyle co
             text.layout = zx3D::TextLayout(style.font, text.utf8);
         PixelPlace const place = projection.ToPixels(clip);
         double const depth = place.depth * double(shift.ofZ) + double(shift.ofW);
-        zx3D::PictureDirection const direction = DirectionOf(label, projection, clip, memory);
+        zx3D::PictureDirection const direction =
+            DirectionOf(label, projection, clip, double(shift.ofZ), memory);
         m_candidates.push_back({label, priorities[label], static_cast<float>(place.x),
                                 static_cast<float>(place.y),
                                 static_cast<float>(std::clamp(depth, projection.GetNearestDepth(), 1.0)),
                                 BoxOf(look, text.layout.GetSize(), place, direction)});
+        if (!IsInDepths(m_candidates.back(), projection.GetNearestDepth()))
+            m_candidates.back().box.direction.depth = 0.0f; // nothing of it is to be cut off
     }
 }
 
@@ -282,13 +306,12 @@ void LabelBatch::Data::Annotate(std::span<LabelCandidate const> labels, LabelSty
     for (LabelCandidate const& label : labels) {
         PictureBox const& box = label.box;
         if (style.boxColor)
-            m_annotations.AddBox({box.x, box.y, label.depth}, 2.0f * box.halfLength, 2.0f * box.halfBreadth,
+            m_annotations.AddBox(MiddleOf(label), 2.0f * box.halfLength, 2.0f * box.halfBreadth,
                                  style.boxColor->ToRGBA(), box.direction);
         Text const& text = texts[label.index];
-        m_annotations.AddText(
-            text.layout,
-            PlaceIn(box, look.padding - box.halfLength, look.padding - box.halfBreadth, label.depth),
-            text.rgba.value_or(look.rgba), box.direction, look.alongFactor);
+        m_annotations.AddText(text.layout,
+                              PlaceIn(label, look.padding - box.halfLength, look.padding - box.halfBreadth),
+                              text.rgba.value_or(look.rgba), box.direction, look.alongFactor);
     }
 }
 

@@ -18,7 +18,8 @@ bool IsUpright(PictureBox const& box) {
 bool IsSeparatedAlong(PictureBox const& box, PictureBox const& other, float gap) {
     float const x = other.x - box.x;
     float const y = other.y - box.y;
-    auto const [dx, dy] = box.direction;
+    float const dx = box.direction.x;
+    float const dy = box.direction.y;
     float const along = std::abs(x * dx + y * dy);
     float const across = std::abs(y * dx - x * dy);
     float const cosine = std::abs(dx * other.direction.x + dy * other.direction.y);

@@ -48,11 +48,12 @@ public:
                 m_top + m_halfHeight * (1.0 - clip.y / clip.w), clip.z / clip.w};
     }
 
-    /// How fast a place moves in the picture, pixels, when it moves along `step`.
-    std::array<double, 2> PixelSpeed(ClipPlace const& clip, ClipPlace const& step) const {
+    /// How fast a place moves in the picture when it moves along `step`.
+    PixelPlace SpeedOf(ClipPlace const& clip, ClipPlace const& step) const {
         double const square = clip.w * clip.w;
         return {m_halfWidth * (step.x * clip.w - clip.x * step.w) / square,
-                -m_halfHeight * (step.y * clip.w - clip.y * step.w) / square};
+                -m_halfHeight * (step.y * clip.w - clip.y * step.w) / square,
+                (step.z * clip.w - clip.z * step.w) / square};
     }
 
     double GetNearestDepth() const { return m_nearest; }

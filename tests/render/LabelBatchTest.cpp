@@ -135,6 +135,14 @@ TEST_P(LabelBatchTest, ADepthOffsetLiftsLabelsFromTheirSurface) {
     QImage const whole = draw(AnnotationDepth::Ignored, 0.0f);
     EXPECT_GT(CountDifferences(draw(AnnotationDepth::Tested, 0.0f), whole), 100);
     EXPECT_TRUE(Matches(draw(AnnotationDepth::Tested, 100.0f), whole, kExact));
+    // Where the text follows the slope, a little is enough.
+    Label along{{120.0f, 50.0f, 120.0f}, "on a slope"};
+    along.direction = {1.0f, 0.0f, 1.0f};
+    batch.Set(std::vector<Label>{along});
+    m_style.offset = {20.0, 0.0};
+    QImage const moved = draw(AnnotationDepth::Ignored, 0.0f);
+    EXPECT_GT(CountDifferences(moved, whole), 100);
+    EXPECT_TRUE(Matches(draw(AnnotationDepth::Tested, 2.0f), moved, kExact));
 }
 
 TEST_P(LabelBatchTest, BoxesLinesAndArrowHeadsCoverWhatTheyShould) {

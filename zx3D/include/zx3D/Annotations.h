@@ -54,8 +54,9 @@ struct PicturePlace {
 
 /// A unit vector in the picture, y down.
 struct PictureDirection {
-    float x = 1.0f; ///< to the right
-    float y = 0.0f; ///< down
+    float x = 1.0f;     ///< to the right
+    float y = 0.0f;     ///< down
+    float depth = 0.0f; ///< how much the depth grows for each pixel on the way
 };
 
 /// How annotations and the depth buffer go together. They never write depth.

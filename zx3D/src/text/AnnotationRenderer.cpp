@@ -46,7 +46,7 @@ AnnotationQuad PlaceGlyph(TextQuad const& glyph, AnnotationText const& text, flo
         float const y = corner.y + 0.5f * down;
         quad[i] = {text.topLeft.x + x * text.direction.x - y * text.direction.y,
                    text.topLeft.y + x * text.direction.y + y * text.direction.x,
-                   text.topLeft.depth,
+                   text.topLeft.depth + x * text.direction.depth,
                    {static_cast<std::int16_t>(corner.u + static_cast<int>(right) * halfTexel),
                     static_cast<std::int16_t>(corner.v + static_cast<int>(down) * halfTexel), kIsGlyph, 0},
                    color};

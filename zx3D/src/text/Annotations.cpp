@@ -35,7 +35,7 @@ AnnotationVertex CornerAt(PicturePlace const& center, PictureDirection const& di
     bool const isBroad = std::abs(place.across) > kMaxReach;
     return {center.x + place.along * direction.x - place.across * direction.y,
             center.y + place.along * direction.y + place.across * direction.x,
-            center.depth,
+            center.depth + place.along * direction.depth,
             {ToSteps(isLong ? 0.0f : place.along), ToSteps(isBroad ? 0.0f : place.across),
              ToSteps(isLong ? 1.0f : reach.along), ToSteps(isBroad ? 1.0f : reach.across)},
             ToBytes(rgba)};
@@ -86,20 +86,20 @@ void Annotations::AddLine(PicturePlace const& from, PicturePlace const& to, floa
     float const y = to.y - from.y;
     float const length = std::hypot(x, y);
     PictureDirection const direction =
-        length > 0.0f ? PictureDirection{x / length, y / length} : PictureDirection{};
+        length > 0.0f ? PictureDirection{x / length, y / length, (to.depth - from.depth) / length}
+                      : PictureDirection{};
     PicturePlace const center{0.5f * (from.x + to.x), 0.5f * (from.y + to.y), 0.5f * (from.depth + to.depth)};
-    AnnotationQuad line = BoxAround(center, direction, {0.5f * length, 0.5f * std::max(width, 1.0f)}, rgba);
-    line[0].depth = line[3].depth = from.depth;
-    line[1].depth = line[2].depth = to.depth;
-    m_items->shapes.push_back(line);
+    m_items->shapes.push_back(
+        BoxAround(center, direction, {0.5f * length, 0.5f * std::max(width, 1.0f)}, rgba));
 }
 
 void Annotations::AddArrowHead(PicturePlace const& tip, PictureDirection const& direction, float length,
                                float breadth, std::uint32_t rgba) {
     float const half = 0.5f * length;
-    PicturePlace const center{tip.x - half * direction.x, tip.y - half * direction.y, tip.depth};
+    PicturePlace const center{tip.x - half * direction.x, tip.y - half * direction.y,
+                              tip.depth - half * direction.depth};
     // How far it reaches to the sides shrinks towards the tip, and beyond the ends goes on as it shrinks.
-    float const shrinks = length > 0.0f ? 0.5f * breadth * kMargin / length : 0.0f;
+    float const shrinks = length > kMargin ? 0.5f * breadth * kMargin / length : 0.5f * breadth;
     Offset const base{half, 0.5f * breadth + shrinks};
     Offset const end{half, -shrinks};
     float const along = half + kMargin;

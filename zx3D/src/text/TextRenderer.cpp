@@ -73,7 +73,8 @@ void WriteTurnedQuad(TextQuad const& quad, float left, float top, TextTurn const
                      std::array<std::uint8_t, 4> const& color, TextVertex* vertices) {
     constexpr float signs[kVerticesPerQuad][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
     constexpr int halfTexel = TextQuad::kTexelSteps / 2;
-    auto const [dx, dy] = turn.direction;
+    float const dx = turn.direction.x;
+    float const dy = turn.direction.y;
     for (std::size_t i = 0; i < kVerticesPerQuad; ++i) {
         TextQuad::Corner const& corner = quad.corners[i];
         auto const [right, down] = signs[i];
