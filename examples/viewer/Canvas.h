@@ -8,6 +8,7 @@
 #include <zx3DQt/BGFXViewContext.h>
 
 #include <QColor>
+#include <QDeadlineTimer>
 #include <QPointF>
 #include <QSize>
 #include <QString>
@@ -27,6 +28,8 @@ struct Canvas {
     Fonts& fonts;
     QSize size;       ///< physical pixels
     float pixelRatio; ///< physical pixels per device-independent pixel
+    /// Until when what is not there yet may be prepared for the frame; never ends for pictures.
+    QDeadlineTimer deadline;
 
     float AspectRatio() const {
         return static_cast<float>(size.width()) / static_cast<float>(std::max(size.height(), 1));

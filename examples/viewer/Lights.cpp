@@ -33,6 +33,13 @@ zx3DQt::BGFXPointLightSource Build(std::size_t index) {
         .Build();
 }
 
+/// Infinitely far away: w is 0.
+QVector4D PositionOf(Light const& light, OrbitCamera const& camera) {
+    return {light.direction.x() * ScreenRight(camera) + light.direction.y() * ScreenUp(camera) +
+                light.direction.z() * TowardsViewer(camera),
+            0.0f};
+}
+
 } // namespace
 
 Lights::Lights() : m_lights{Build(0), Build(1), Build(2)} {}
@@ -41,13 +48,18 @@ void Lights::Submit(OrbitCamera const& camera) {
     for (std::size_t i = 0; i < m_lights.size(); ++i) {
         if (!m_created)
             m_lights[i].CreateUniforms();
-        QVector3D const direction = kLights[i].direction.x() * ScreenRight(camera) +
-                                    kLights[i].direction.y() * ScreenUp(camera) +
-                                    kLights[i].direction.z() * TowardsViewer(camera);
-        m_lights[i].SetPosition(QVector4D(direction, 0.0f)); // w = 0: infinitely far away
+        m_lights[i].SetPosition(PositionOf(kLights[i], camera));
         m_lights[i].Submit();
     }
     m_created = true;
+}
+
+void Lights::AddTo(zx3DQt::BGFXLightingContext& lights, OrbitCamera const& camera) {
+    for (std::size_t i = 0; i < kLights.size(); ++i) {
+        zx3DQt::BGFXPointLightSource light = Build(i);
+        light.SetPosition(PositionOf(kLights[i], camera));
+        lights.Add(std::move(light));
+    }
 }
 
 } // namespace viewer

@@ -3,6 +3,7 @@
 
 #include "Camera.h"
 
+#include <zx3DQt/BGFXLightingContext.h>
 #include <zx3DQt/BGFXPointLightSource.h>
 
 #include <array>
@@ -17,8 +18,11 @@ class Lights {
 public:
     Lights();
 
-    /// Lets them shine on what is drawn from here on.
+    /// Lets them shine on what is drawn from here on by the renderer's operations.
     void Submit(OrbitCamera const& camera);
+
+    /// Adds them to those that shine on batches.
+    static void AddTo(zarvex::zx3DQt::BGFXLightingContext& lights, OrbitCamera const& camera);
 
 private:
     bool m_created = false;

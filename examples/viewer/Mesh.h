@@ -4,8 +4,11 @@
 #include "Canvas.h"
 #include "MeshFile.h"
 
-#include <zx3D/Owned.h>
+#include <zx3DQt/BGFXLightingContext.h>
 #include <zx3DQt/BGFXMaterial.h>
+#include <zx3DQt/LineBatch.h>
+#include <zx3DQt/MeshBatch.h>
+#include <zx3DQt/PointBatch.h>
 
 #include <memory>
 #include <vector>
@@ -14,9 +17,8 @@ namespace viewer {
 
 enum class MeshStyle { Shaded, ShadedWithEdges, Wireframe, Points };
 
-/// Keeps a mesh in static buffers and draws it with the library's programs.
-///
-/// Lifetime: create and destroy it while bgfx runs.
+/// Keeps a mesh in the library's batches: its surfaces, edges, vertices and normals, from when they are first
+/// drawn. They are filled piece by piece, as far as a frame has time.
 class Mesh {
 public:
     explicit Mesh(std::shared_ptr<MeshFile const> file);
@@ -25,40 +27,62 @@ public:
     std::uint64_t CountTriangles() const { return m_triangleCount; }
     std::uint64_t CountVertices() const { return m_file->GetVertices().size(); }
 
-    void Draw(Canvas const& canvas, MeshStyle style);
+    void Draw(Canvas const& canvas, zarvex::zx3DQt::BGFXLightingContext const& lights, MeshStyle style);
 
     /// A line at each vertex that points where its normal does.
     void DrawNormals(Canvas const& canvas);
 
+    /// Whether all of what was last drawn is in the picture; otherwise draw another frame.
+    bool IsComplete() const { return m_isComplete; }
+
 private:
-    /// Consecutive pieces whose arrays fit into buffers of a size that bgfx takes.
-    struct Chunk {
-        std::size_t firstPiece = 0;
-        std::size_t pieceCount = 0;
-        zarvex::zx3D::Owned<bgfx::VertexBufferHandle> vertices;
-        zarvex::zx3D::Owned<bgfx::IndexBufferHandle> indices;
-        zarvex::zx3D::Owned<bgfx::IndexBufferHandle> edges;
-        zarvex::zx3D::Owned<bgfx::VertexBufferHandle> normals; ///< made when they are first drawn
+    /// Triangles that shine alike.
+    struct Surface {
+        zarvex::zx3DQt::MeshBatch triangles;
+        zarvex::zx3DQt::BGFXMaterial material;
+        bool isTransparent;
     };
 
-    void CreateChunks();
-    Chunk CreateChunk(std::size_t firstPiece, std::size_t pieceCount) const;
-    void DrawSurfaces(Canvas const& canvas, bool transparent);
-    void DrawEdges(Canvas const& canvas, zarvex::zx3DQt::BGFXMaterial const& material);
-    void DrawVertices(Canvas const& canvas);
-    void CreateNormals(Chunk& chunk) const;
+    /// A batch, and how many of the mesh's pieces it has.
+    template<typename Batch>
+    struct Fed {
+        Batch batch;
+        std::size_t pieceCount = 0;
+    };
 
-    template<typename Operation>
-    void ForEachPiece(Operation draw) const;
+    void CreateSurfaces();
+    template<typename Add>
+    void Feed(std::size_t& pieceCount, Canvas const& canvas, Add add);
+    void AddSurfaces(MeshFile::Piece const& piece);
+    void AddNormals(MeshFile::Piece const& piece);
+
+    template<typename Batch, typename Style>
+    void DrawBatch(Canvas const& canvas, Batch& batch, Style const& style);
+    void DrawSurfaces(Canvas const& canvas, zarvex::zx3DQt::BGFXLightingContext const& lights,
+                      bool transparent);
+    void DrawEdges(Canvas const& canvas);
+    void DrawWires(Canvas const& canvas);
+    void DrawVertices(Canvas const& canvas);
+
+    MeshMaterial const& MaterialOf(MeshFile::Piece const& piece) const {
+        return m_file->GetMaterials()[piece.material];
+    }
 
     std::shared_ptr<MeshFile const> m_file;
     Box m_box;
     std::uint64_t m_triangleCount = 0;
-    std::vector<Chunk> m_chunks;
-    std::vector<zarvex::zx3DQt::BGFXMaterial> m_materials;
-    zarvex::zx3DQt::BGFXMaterial m_edgeMaterial;                ///< of edges on surfaces
-    zarvex::zx3DQt::BGFXMaterial m_wireMaterial;                ///< of edges alone
-    std::vector<zarvex::zx3D::Vertex::Pos3fColorRGBA> m_points; ///< made when they are first drawn
+    bool m_isComplete = false;
+
+    std::vector<Surface> m_surfaces;
+    std::vector<std::size_t> m_surfaceOf; ///< index of each material
+    zarvex::zx3DQt::LineBatch m_lines;    ///< that the file has
+    zarvex::zx3DQt::PointBatch m_points;  ///< likewise
+    std::size_t m_pieceCount = 0;         ///< that these have
+
+    Fed<zarvex::zx3DQt::LineBatch> m_edges;     ///< on surfaces
+    Fed<zarvex::zx3DQt::LineBatch> m_wires;     ///< edges alone
+    Fed<zarvex::zx3DQt::PointBatch> m_vertices; ///< vertices alone
+    Fed<zarvex::zx3DQt::LineBatch> m_normals;
 };
 
 } // namespace viewer

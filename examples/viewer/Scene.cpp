@@ -88,18 +88,22 @@ void Scene::PrepareCamera(float aspectRatio) {
 }
 
 void Scene::Draw(Canvas const& canvas) {
-    m_lights.Submit(m_camera);
     if (m_mesh == nullptr) {
+        m_lights.Submit(m_camera);
         m_demo.Draw(canvas);
         return;
     }
     if (m_appearance.showsGround)
         DrawGround(canvas, m_mesh->GetBox());
-    m_mesh->Draw(canvas, m_appearance.style);
+    zarvex::zx3DQt::BGFXLightingContext lights;
+    Lights::AddTo(lights, m_camera);
+    m_mesh->Draw(canvas, lights, m_appearance.style);
     if (m_appearance.showsNormals)
         m_mesh->DrawNormals(canvas);
     if (m_appearance.showsBox)
         DrawBoundingBox(canvas, m_mesh->GetBox());
+    if (!m_mesh->IsComplete())
+        QTimer::singleShot(0, this, &Scene::Changed);
 }
 
 } // namespace viewer

@@ -5,7 +5,9 @@
 #include <zx3DQt/Shapes.h>
 
 #include <array>
+#include <chrono>
 #include <cmath>
+#include <limits>
 
 namespace viewer {
 
@@ -28,6 +30,10 @@ constexpr zx3D::Color kBottom{0.300f, 0.340f, 0.400f, 1.0f};
 
 /// How much nearer than surfaces are lines that lie on them, of the range of depths.
 constexpr float kNearer = 4e-4f;
+
+/// What a frame may take to prepare what is new: the window goes on answering while a large mesh appears.
+constexpr std::chrono::milliseconds kPreparation{10};
+constexpr std::uint64_t kBytesPerFrame = 16 << 20;
 
 /// Of the small coordinate axes in the corner, device-independent pixels.
 constexpr float kAxesSize = 104.0f;
@@ -140,7 +146,7 @@ void Submit(Views const& views, zx3D::FrameBuffer const& frameBuffer) {
 } // namespace
 
 bool PaintScene(Scene& scene, zx3DQt::BGFXRenderer& renderer, zx3D::FrameBuffer& frameBuffer,
-                float pixelRatio) {
+                float pixelRatio, Purpose purpose) {
     if (!renderer.StartFrame(frameBuffer))
         return false;
     QSize const size = SizeOf(frameBuffer);
@@ -148,10 +154,13 @@ bool PaintScene(Scene& scene, zx3DQt::BGFXRenderer& renderer, zx3D::FrameBuffer&
     Views const views = MakeViews(scene, size, pixelRatio);
     Submit(views, frameBuffer);
 
+    bool const isPicture = purpose == Purpose::Picture;
+    renderer.SetUploadBudget(isPicture ? std::numeric_limits<std::uint64_t>::max() : kBytesPerFrame);
     renderer.SetModelTransform(QMatrix4x4()); // transforms are those of one frame
     DrawBackground(renderer, views.background);
     scene.Draw({renderer, views.surfaces, views.onSurfaces, views.labels, scene.GetCamera(), scene.GetFonts(),
-                size, pixelRatio});
+                size, pixelRatio,
+                isPicture ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(kPreparation)});
     if (scene.GetAppearance().showsAxes)
         DrawAxes(renderer, views.axes, views.axesLabels, scene.GetFonts().Get(12.0f * pixelRatio),
                  pixelRatio);

@@ -62,7 +62,8 @@ protected:
         if (event != nullptr)
             Target::SetSampleCount(m_scene.GetNextSampleCount());
         if (!PaintScene(m_scene, Target::GetRenderer(), Target::GetFrameBuffer(),
-                        static_cast<float>(Target::GetPixelRatio())))
+                        static_cast<float>(Target::GetPixelRatio()),
+                        event != nullptr ? Purpose::Frame : Purpose::Picture))
             return;
         if (event == nullptr) // a picture is taken
             return;

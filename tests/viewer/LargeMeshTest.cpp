@@ -2,6 +2,7 @@
 #include "ViewerFixture.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
@@ -11,6 +12,12 @@
 namespace viewer {
 
 using namespace zarvex::testing;
+
+static void Write(QString const& path, QByteArray const& bytes) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_EQ(file.write(bytes), bytes.size());
+}
 
 class LargeMeshTest : public ViewerTest {
 protected:
@@ -79,6 +86,27 @@ TEST_P(LargeMeshTest, PointsEdgesAndNormalsAreDrawn) {
         WaitForFrame();
         EXPECT_GT(CountColors(Grab()), 100) << key;
     }
+}
+
+TEST_P(LargeMeshTest, MoreMaterialsThanBgfxHasBuffersAreDrawn) {
+    constexpr int count = 5000;
+    QByteArray materials;
+    QByteArray triangles = "mtllib many.mtl\n";
+    for (int i = 0; i < count; ++i) {
+        materials += QString("newmtl m%1\nKd %2 %3 1\n").arg(i).arg(i % 100 / 100.0).arg(i / 5000.0).toUtf8();
+        triangles += QString("v %1 %2 0\nv %3 %2 0\nv %1 %4 0\nusemtl m%5\nf -3 -2 -1\n")
+                         .arg(i % 100)
+                         .arg(i / 100)
+                         .arg(i % 100 + 1)
+                         .arg(i / 100 + 1)
+                         .arg(i)
+                         .toUtf8();
+    }
+    Write(m_folder.filePath("many.mtl"), materials);
+    Write(m_folder.filePath("many.obj"), triangles);
+    OpenFile(m_folder.filePath("many.obj"));
+    EXPECT_TRUE(Facts().startsWith("5,000 triangles"));
+    EXPECT_GT(CountColors(Grab()), 2000);
 }
 
 ZX3D_INSTANTIATE_BACKENDS(LargeMeshTest);

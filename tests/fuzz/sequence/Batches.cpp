@@ -98,7 +98,7 @@ void HandOverPolylines(Random& random, LineBatch& batch) {
 /// Arrays of one length, mostly.
 class Mesh {
 public:
-    explicit Mesh(Random& random) : m_positions(Count(random)) {
+    explicit Mesh(Random& random) : m_positions(Count(random), {0.0f, 0.0f, 0.0f}) {
         std::size_t const count = m_positions.size();
         for (bx::Vec3& position : m_positions)
             position = Position(random);
@@ -140,14 +140,12 @@ std::vector<MeshInstance> Instances(Random& random) {
     return instances;
 }
 
-BGFXLightingContext Lights(Random& random) {
-    BGFXLightingContext lights;
+void AddLights(Random& random, BGFXLightingContext& lights) {
     for (std::uint64_t i = random.Below(10); i > 0; --i) {
         QVector4D const place(QPosition(random), random.OneIn(2) ? 1.0f : 0.0f);
         lights.Add(BGFXPointLightSource("u_light" + std::to_string(i - 1), place, RgbColor(random),
                                         RgbColor(random), RgbColor(random)));
     }
-    return lights;
 }
 
 ColorMap Map(Random& random) {
@@ -281,7 +279,8 @@ void Batches::Draw(Random& random, BGFXRenderer const& renderer, BGFXViewContext
                    bgfx::TextureHandle texture) {
     QMatrix4x4 const transform = random.OneIn(2) ? Matrix(random) : QMatrix4x4();
     if (random.OneIn(3)) {
-        BGFXLightingContext const lights = Lights(random);
+        BGFXLightingContext lights;
+        AddLights(random, lights);
         BGFXMaterial const material("u_material", RgbColor(random), RgbColor(random), RgbColor(random),
                                     RgbColor(random), Number(random));
         MeshStyle style = StyleOfMeshes(random);
