@@ -2,6 +2,7 @@
 #pragma once
 
 #include <zx3DQt/BGFXViewContext.h>
+#include <zx3DQt/Highlight.h>
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/SizeUnit.h>
 #include <zx3DQt/WorldPosition.h>
@@ -21,6 +22,7 @@
 namespace zarvex::zx3DQt {
 
 class BGFXRenderer;
+class PickScene;
 
 /// An end of a segment or a vertex of a polyline, with a colour of its own: 16 bytes.
 struct LineVertex {
@@ -84,6 +86,8 @@ struct LineStyle {
     /// Of triangles. `BGFXRenderer::STATE_OPAQUE` unless given, with smooth edges `STATE_TRANSPARENT` that
     /// leaves the depth as it is.
     std::optional<BGFXRenderState> state{};
+    /// Segments, or whole polylines, in another colour: solid, and a pixel's length nearer to the viewer.
+    Highlight highlight{};
 };
 
 /// Lines that are handed over once and drawn in every frame for a few bgfx calls, however many they are:
@@ -178,8 +182,10 @@ public:
               QMatrix4x4 const& transform = {});
 
 private:
+    friend class PickScene; // draws and searches what it has
+
     class Data;
-    std::unique_ptr<Data> m_data;
+    std::shared_ptr<Data> m_data; ///< nobody else's for longer than a call
 };
 
 } // namespace zarvex::zx3DQt

@@ -25,6 +25,7 @@ namespace zarvex::zx3DQt {
 class BGFXLightingContext;
 class BGFXMaterial;
 class BGFXRenderer;
+class PickScene;
 
 /// The vertices of a mesh: an array for each attribute, of one length or empty. A plain value that owns
 /// nothing.
@@ -180,8 +181,10 @@ public:
               QMatrix4x4 const& transform = {});
 
 private:
+    friend class PickScene; // draws and searches what it has
+
     class Data;
-    std::unique_ptr<Data> m_data;
+    std::shared_ptr<Data> m_data; ///< nobody else's for longer than a call
 };
 
 } // namespace zarvex::zx3DQt

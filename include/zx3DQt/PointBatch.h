@@ -3,6 +3,7 @@
 
 #include <zx3DQt/BGFXViewContext.h>
 #include <zx3DQt/ColorMap.h>
+#include <zx3DQt/Highlight.h>
 #include <zx3DQt/RenderTypes.h>
 #include <zx3DQt/SizeUnit.h>
 #include <zx3DQt/WorldPosition.h>
@@ -21,6 +22,7 @@
 namespace zarvex::zx3DQt {
 
 class BGFXRenderer;
+class PickScene;
 
 /// A point with a colour of its own: 16 bytes.
 struct ColoredPoint {
@@ -51,6 +53,7 @@ struct PointStyle {
     float leastValue = 0.0f;                ///< the number that has the map's first colour
     float greatestValue = 1.0f;             ///< the number that has its last one; may be less than the least
     std::optional<BGFXRenderState> state{}; ///< `BGFXRenderer::STATE_OPAQUE` unless given, of triangles
+    Highlight highlight{};                  ///< points in another colour; outlines are not smooth
 };
 
 /// Points that are handed over once and drawn in every frame for a few bgfx calls, however many they are:
@@ -137,8 +140,10 @@ public:
               QMatrix4x4 const& transform = {});
 
 private:
+    friend class PickScene; // draws and searches what it has
+
     class Data;
-    std::unique_ptr<Data> m_data;
+    std::shared_ptr<Data> m_data; ///< nobody else's for longer than a call
 };
 
 } // namespace zarvex::zx3DQt

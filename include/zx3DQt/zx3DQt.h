@@ -23,12 +23,16 @@
 #include <zx3DQt/FlyCamera.h>
 #include <zx3DQt/FrameNotifier.h>
 #include <zx3DQt/FrameStatistics.h>
+#include <zx3DQt/Highlight.h>
 #include <zx3DQt/LabelBatch.h>
 #include <zx3DQt/Library.h>
 #include <zx3DQt/LineBatch.h>
 #include <zx3DQt/MeshBatch.h>
 #include <zx3DQt/MeshEdges.h>
 #include <zx3DQt/OrbitCamera.h>
+#include <zx3DQt/PickHit.h>
+#include <zx3DQt/PickSearch.h>
+#include <zx3DQt/Picker.h>
 #include <zx3DQt/PictureOptions.h>
 #include <zx3DQt/PlanarCamera.h>
 #include <zx3DQt/PointBatch.h>

@@ -13,14 +13,14 @@ struct Named {
 
 /// By `BatchUniform`.
 constexpr Named kUniforms[] = {
-    {"s_batchTexels", bgfx::UniformType::Sampler},   {"s_colorMap", bgfx::UniformType::Sampler},
-    {"u_batchRange", bgfx::UniformType::Vec4},       {"u_pointSize", bgfx::UniformType::Vec4},
-    {"u_pointRange", bgfx::UniformType::Vec4},       {"u_lineSize", bgfx::UniformType::Vec4},
-    {"u_lineShape", bgfx::UniformType::Vec4},        {"u_lineStipple", bgfx::UniformType::Vec4},
-    {"u_lineRun", bgfx::UniformType::Vec4},          {"s_lineMeasures", bgfx::UniformType::Sampler},
-    {"s_lineCarries", bgfx::UniformType::Sampler},   {"s_meshTexture", bgfx::UniformType::Sampler},
-    {"u_meshVertex", bgfx::UniformType::Vec4, 5},    {"u_meshSurface", bgfx::UniformType::Vec4, 5},
-    {"u_meshLights", bgfx::UniformType::Vec4, 3 * 8}};
+    {"s_batchTexels", bgfx::UniformType::Sampler},    {"s_colorMap", bgfx::UniformType::Sampler},
+    {"u_batchRange", bgfx::UniformType::Vec4},        {"u_pointSize", bgfx::UniformType::Vec4},
+    {"u_pointRange", bgfx::UniformType::Vec4},        {"u_lineSize", bgfx::UniformType::Vec4},
+    {"u_lineShape", bgfx::UniformType::Vec4},         {"u_lineStipple", bgfx::UniformType::Vec4},
+    {"u_lineRun", bgfx::UniformType::Vec4},           {"s_lineMeasures", bgfx::UniformType::Sampler},
+    {"s_lineCarries", bgfx::UniformType::Sampler},    {"s_meshTexture", bgfx::UniformType::Sampler},
+    {"u_meshVertex", bgfx::UniformType::Vec4, 5},     {"u_meshSurface", bgfx::UniformType::Vec4, 5},
+    {"u_meshLights", bgfx::UniformType::Vec4, 3 * 8}, {"u_highlight", bgfx::UniformType::Vec4}};
 static_assert(std::size(kUniforms) == static_cast<std::size_t>(BatchUniform::Count));
 
 } // namespace

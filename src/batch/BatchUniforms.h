@@ -30,6 +30,7 @@ enum class BatchUniform : std::uint8_t {
     MeshVertex,
     MeshSurface,
     MeshLights,
+    Highlight,
     Count
 };
 
@@ -48,6 +49,11 @@ public:
     void Set(BatchUniform uniform, float x, float y = 0.0f, float z = 0.0f, float w = 0.0f) const {
         float const value[] = {x, y, z, w};
         bgfx::setUniform((*this)[uniform], value, 1);
+    }
+    /// A colour 0xRRGGBBAA.
+    void SetColor(BatchUniform uniform, std::uint32_t rgba) const {
+        auto const part = [rgba](int shift) { return static_cast<float>(rgba >> shift & 0xFF) / 255.0f; };
+        Set(uniform, part(24), part(16), part(8), part(0));
     }
     /// Of an array, the first ones.
     void Set(BatchUniform uniform, std::span<std::array<float, 4> const> values) const {

@@ -2,6 +2,8 @@
 #include <zx3DQt/LineBatch.h>
 
 #include "../frame/Logging.h"
+#include "../picking/IdPass.h"
+#include "../picking/PickCollection.h"
 #include "../render/Drawing.h"
 #include "BatchUniforms.h"
 #include "LineRun.h"
@@ -15,6 +17,7 @@
 #include "WorldPlace.h"
 
 #include <zx3DQt/BGFXRenderer.h>
+#include <zx3DQt/Picker.h>
 
 #include <zx3D/Context.h>
 #include <zx3D/ProgramFactory.h>
@@ -101,6 +104,10 @@ public:
 
     void Draw(Drawing& drawing, BGFXViewContext const& view, LineStyle const& style,
               QMatrix4x4 const& transform);
+    void DrawNumbers(IdPass& ids, LineStyle const& style, QMatrix4x4 const& transform);
+    void Collect(PickCollection& collection) const;
+    /// Which line begins at a texel, or is the one with an index among segments. False when it is gone.
+    bool Resolve(std::uint64_t drawn, PickElement& element) const;
 
     WorldPosition origin;
     TexelStore texels;
@@ -121,6 +128,11 @@ private:
     /// Of a vertex: part of the segment that begins here, and of the one before. False when it is refused.
     bool AddBounds(std::uint64_t texel, LineVertex const& vertex);
     void Upload(Drawing& drawing);
+    template<typename ForEachRun, typename Submit>
+    bool DrawWithoutColors(BGFXViewContext const& view, LineStyle const& style, QMatrix4x4 const& model,
+                           char const* fragmentShader, ForEachRun forEachRun, Submit submit);
+    void DrawHighlight(FrameCounter& counter, BGFXViewContext const& view, LineStyle const& style,
+                       QMatrix4x4 const& model);
     /// Lines, from their first, of which everything is on the GPU.
     std::uint64_t CountDrawn() const;
 };
@@ -330,9 +342,115 @@ void LineBatch::Data::Draw(Drawing& drawing, BGFXViewContext const& view, LineSt
     bounds.ForEachVisible(volume, CountDrawn(), [&](std::uint64_t first, std::uint64_t count) {
         texels.ForEachTexture(first * texelsPerLine, count * texelsPerLine, submit);
     });
+    DrawHighlight(counter, view, style, model);
 }
 
-LineBatch::LineBatch(KeepData keepData) : m_data(std::make_unique<Data>(keepData == KeepData::Yes)) {}
+/// `forEachRun(draw)` calls `draw(first, count)` for the lines that are to be drawn, which are numbered as
+/// their boxes; `submit(program, state, first)` ends each submission. False when bgfx has no program, uniform
+/// or buffer left.
+template<typename ForEachRun, typename Submit>
+bool LineBatch::Data::DrawWithoutColors(BGFXViewContext const& view, LineStyle const& style,
+                                        QMatrix4x4 const& model, char const* fragmentShader,
+                                        ForEachRun forEachRun, Submit submit) {
+    auto const program = zx3D::ProgramFactory::Get().CreateProgram(
+        kind == LineKind::Segments ? "vs_pick_line" : "vs_pick_line_joined", fragmentShader);
+    BatchUniforms& uniforms = BatchUniforms::Get();
+    if (quads == nullptr)
+        quads = QuadIndices::Share();
+    auto const most =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(CountDrawn(), QuadIndices::kMaxQuads));
+    if (!program || !uniforms.Create() || !quads->Fit(most))
+        return false;
+    std::uint32_t const modelId = bgfx::setTransform(model.constData(), 1);
+    std::uint32_t const texelsPerLine = kind == LineKind::Segments ? 2 : 1;
+    BGFXRenderState const state = Drawing::ForView(view, style.state.value_or(BGFXRenderer::STATE_OPAQUE));
+    forEachRun([&](std::uint64_t first, std::uint64_t count) {
+        std::uint64_t line = first;
+        auto const submitTexture = [&](bgfx::TextureHandle texture, std::uint32_t firstTexel,
+                                       std::uint32_t texelCount, std::uint32_t rowLength) {
+            std::uint32_t const lines = texelCount / texelsPerLine;
+            for (std::uint32_t done = 0; done < lines; done += most) {
+                std::uint32_t const some = std::min(lines - done, most);
+                bgfx::setTransform(modelId, 1);
+                quads->Set(some);
+                bgfx::setTexture(0, uniforms[BatchUniform::Texels], texture);
+                uniforms.Set(BatchUniform::Range, static_cast<float>(firstTexel + done * texelsPerLine),
+                             static_cast<float>(rowLength));
+                SetLineSize(uniforms, style, view);
+                SetLineShape(uniforms, style);
+                submit(*program, state, line);
+                line += some;
+            }
+        };
+        texels.ForEachTexture(first * texelsPerLine, count * texelsPerLine, submitTexture);
+    });
+    return true;
+}
+
+void LineBatch::Data::DrawNumbers(IdPass& ids, LineStyle const& style, QMatrix4x4 const& transform) {
+    BGFXViewContext const& view = ids.GetView();
+    QMatrix4x4 const model = ModelMatrix(origin, view.GetOrigin(), transform);
+    auto const forEachVisible = [&](auto draw) {
+        bounds.ForEachVisible(VolumeOf(view, model, style), CountDrawn(), draw);
+    };
+    auto const submit = [&](bgfx::ProgramHandle program, BGFXRenderState state, std::uint64_t first) {
+        ids.Submit(program, state, first);
+    };
+    if (!DrawWithoutColors(view, style, model, "fs_pick_line", forEachVisible, submit))
+        ids.LeaveOut();
+}
+
+void LineBatch::Data::DrawHighlight(FrameCounter& counter, BGFXViewContext const& view,
+                                    LineStyle const& style, QMatrix4x4 const& model) {
+    if (style.highlight.elements.IsEmpty())
+        return;
+    auto const forEachRun = [&](auto draw) {
+        style.highlight.ForEachRun(GetUploadedCount(), [&](std::uint64_t first, std::uint64_t count) {
+            if (kind == LineKind::Segments)
+                return draw(first, count);
+            for (std::uint64_t i = first; i < first + count; ++i) {
+                PolylinePlace const place = places.At(i, texels.GetCount());
+                std::uint64_t const segments = place.vertexCount - (place.isClosed ? 0 : 1);
+                if (place.vertexCount >= 2)
+                    draw(place.firstVertex, segments);
+            }
+        });
+    };
+    LineStyle nearer = style;
+    nearer.depthOffset += 1.0f;
+    auto const submit = [&](bgfx::ProgramHandle program, BGFXRenderState state, std::uint64_t) {
+        BatchUniforms::Get().SetColor(BatchUniform::Highlight, style.highlight.rgba);
+        bgfx::setState(state.GetValue());
+        bgfx::submit(view, program, 0, BGFX_DISCARD_ALL);
+    };
+    if (!DrawWithoutColors(view, nearer, model, "fs_highlight_line", forEachRun, submit))
+        counter.LeaveOut(LeftOutReason::NoProgram);
+}
+
+bool LineBatch::Data::Resolve(std::uint64_t drawn, PickElement& element) const {
+    if (kind == LineKind::Segments) {
+        element.element = drawn;
+        return drawn < GetCount();
+    }
+    if (drawn >= texels.GetCount() || drawn == 0)
+        return false;
+    element.element = places.Find(drawn);
+    PolylinePlace const place = places.At(element.element, texels.GetCount());
+    element.segment = drawn - place.firstVertex;
+    return drawn >= place.firstVertex && element.segment < place.vertexCount;
+}
+
+void LineBatch::Data::Collect(PickCollection& collection) const {
+    std::span<Texel const> const kept = texels.GetTexels();
+    std::uint64_t const step = kind == LineKind::Segments ? 2 : 1;
+    for (std::uint64_t i = 0; i + 1 < kept.size(); i += step) {
+        PickElement element = collection.GetAddition();
+        if (collection.HasLine(PlaceOf(kept[i]), PlaceOf(kept[i + 1])) && Resolve(i / step, element))
+            collection.Add(element);
+    }
+}
+
+LineBatch::LineBatch(KeepData keepData) : m_data(std::make_shared<Data>(keepData == KeepData::Yes)) {}
 LineBatch::~LineBatch() = default;
 LineBatch::LineBatch(LineBatch&& other) noexcept = default;
 LineBatch& LineBatch::operator=(LineBatch&& other) noexcept = default;
@@ -404,6 +522,23 @@ void LineBatch::Draw(BGFXRenderer const& renderer, BGFXViewContext const& view, 
     }
     if (GetCount() > 0 && zx3D::Context::IsInitialized())
         m_data->Draw(*renderer.m_drawing, view, style, transform);
+}
+
+void PickScene::Add(LineBatch& batch, LineStyle const& style, QMatrix4x4 const& transform) {
+    LineBatch::Data& data = *batch.m_data;
+    if (m_collection != nullptr) {
+        if (!data.texels.KeepsData())
+            return m_collection->Skip();
+        m_collection->Begin(&batch, data.origin, transform, style.width, style.widthUnit);
+        return data.Collect(*m_collection);
+    }
+    m_ids->Begin({&batch, PickKind::Lines, data.origin, transform,
+                  [gone = std::weak_ptr(batch.m_data)](std::uint64_t drawn, PickElement& element) {
+                      auto const there = gone.lock();
+                      return there != nullptr && there->Resolve(drawn, element);
+                  }});
+    if (data.GetCount() > 0)
+        data.DrawNumbers(*m_ids, style, transform);
 }
 
 } // namespace zarvex::zx3DQt

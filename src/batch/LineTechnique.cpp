@@ -93,20 +93,27 @@ LineTechnique::LineTechnique(LineStyle const& style, LineKind kind, BGFXViewCont
         m_state = m_state | kAlphaIsCoverage;
 }
 
-void LineTechnique::SetUniforms(BatchUniforms const& uniforms, LineStyle const& style,
-                                BGFXViewContext const& view) const {
+void SetLineSize(BatchUniforms const& uniforms, LineStyle const& style, BGFXViewContext const& view) {
     Width const width = WidthOf(style);
     float const pixelsPerUnit =
         0.5f * std::abs(view.GetProjectionMatrix()(1, 1)) * static_cast<float>(view.GetViewport().height());
     DepthShift const shift = DepthShiftOf(view, std::isfinite(style.depthOffset) ? style.depthOffset : 0.0f);
     uniforms.Set(BatchUniform::LineSize, 0.5f * width.pixels, 0.5f * width.world * pixelsPerUnit, shift.ofZ,
                  shift.ofW);
-    if (!m_isThin) {
-        float const miter = style.join == LineJoin::Miter ? 0.5f * style.miterLimit * style.miterLimit : 0.0f;
-        uniforms.Set(BatchUniform::LineShape, style.cap == LineCap::Square ? 1.0f : 0.0f,
-                     style.cap == LineCap::Round ? 1.0f : 0.0f, style.join == LineJoin::Round ? 1.0f : 0.0f,
-                     miter);
-    }
+}
+
+void SetLineShape(BatchUniforms const& uniforms, LineStyle const& style) {
+    float const miter = style.join == LineJoin::Miter ? 0.5f * style.miterLimit * style.miterLimit : 0.0f;
+    uniforms.Set(BatchUniform::LineShape, style.cap == LineCap::Square ? 1.0f : 0.0f,
+                 style.cap == LineCap::Round ? 1.0f : 0.0f, style.join == LineJoin::Round ? 1.0f : 0.0f,
+                 miter);
+}
+
+void LineTechnique::SetUniforms(BatchUniforms const& uniforms, LineStyle const& style,
+                                BGFXViewContext const& view) const {
+    SetLineSize(uniforms, style, view);
+    if (!m_isThin)
+        SetLineShape(uniforms, style);
     if (m_isStippled)
         uniforms.Set(BatchUniform::LineStipple, static_cast<float>(style.stipple.pattern),
                      static_cast<float>(style.stipple.factor));

@@ -40,6 +40,12 @@ private:
     bool m_runsOn = false;
 };
 
+/// How wide and deep lines are, and their ends and joins, for the next submission.
+/// @{
+void SetLineSize(BatchUniforms const& uniforms, LineStyle const& style, BGFXViewContext const& view);
+void SetLineShape(BatchUniforms const& uniforms, LineStyle const& style);
+/// @}
+
 /// Pixels after which the stipple begins again.
 float PatternLengthOf(LineStyle const& style);
 

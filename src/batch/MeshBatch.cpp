@@ -2,6 +2,8 @@
 #include <zx3DQt/MeshBatch.h>
 
 #include "../frame/Logging.h"
+#include "../picking/IdPass.h"
+#include "../picking/PickCollection.h"
 #include "../render/Drawing.h"
 #include "MeshInstances.h"
 #include "MeshPass.h"
@@ -11,9 +13,11 @@
 #include "WorldPlace.h"
 
 #include <zx3DQt/BGFXRenderer.h>
+#include <zx3DQt/Picker.h>
 
 #include <zx3D/Context.h>
 #include <zx3D/Message.h>
+#include <zx3D/ProgramFactory.h>
 
 #include <QString>
 
@@ -83,6 +87,8 @@ public:
 
     void Draw(Drawing& drawing, BGFXViewContext const& view, MeshStyle const& style,
               QMatrix4x4 const& transform);
+    void DrawNumbers(IdPass& ids, MeshStyle const& style, QMatrix4x4 const& transform) const;
+    void Collect(PickCollection& collection) const;
 
     WorldPosition origin;
     MeshStore mesh;
@@ -185,21 +191,91 @@ void MeshBatch::Data::Draw(Drawing& drawing, BGFXViewContext const& view, MeshSt
         }
         return;
     }
-    instances.ForEachVisible(
-        ViewVolume(toClip, 0.0f, 0.0f, GetReach()),
-        [&](bgfx::TextureHandle texture, std::uint32_t first, std::uint32_t count, std::uint32_t rowLength) {
-            for (MeshPiece const& piece : mesh.GetPieces()) {
-                if (piece.GetUploadedIndexCount() == 0)
-                    continue;
-                SetInstanceCount(count);
-                bgfx::setTexture(0, uniforms[BatchUniform::Texels], texture);
-                uniforms.Set(BatchUniform::Range, static_cast<float>(first), static_cast<float>(rowLength));
-                submit(piece, count);
-            }
-        });
+    instances.ForEachVisible(ViewVolume(toClip, 0.0f, 0.0f, GetReach()),
+                             [&](bgfx::TextureHandle texture, std::uint32_t first, std::uint32_t count,
+                                 std::uint32_t rowLength, std::uint64_t /*instance*/) {
+                                 for (MeshPiece const& piece : mesh.GetPieces()) {
+                                     if (piece.GetUploadedIndexCount() == 0)
+                                         continue;
+                                     SetInstanceCount(count);
+                                     bgfx::setTexture(0, uniforms[BatchUniform::Texels], texture);
+                                     uniforms.Set(BatchUniform::Range, static_cast<float>(first),
+                                                  static_cast<float>(rowLength));
+                                     submit(piece, count);
+                                 }
+                             });
 }
 
-MeshBatch::MeshBatch(KeepData keepData) : m_data(std::make_unique<Data>(keepData == KeepData::Yes)) {}
+void MeshBatch::Data::DrawNumbers(IdPass& ids, MeshStyle const& style, QMatrix4x4 const& transform) const {
+    BGFXViewContext const& view = ids.GetView();
+    bool const hasInstances = instances.GetCount() > 0;
+    auto const program = zx3D::ProgramFactory::Get().CreateProgram(
+        hasInstances ? "vs_pick_mesh_instances" : "vs_pick_mesh", "fs_pick_mesh");
+    BatchUniforms& uniforms = BatchUniforms::Get();
+    if (!program || !uniforms.Create() || !HasTriangleIndices())
+        return ids.LeaveOut();
+    QMatrix4x4 const model = ModelMatrix(origin, view.GetOrigin(), transform);
+    QMatrix4x4 const toClip = view.GetProjectionMatrix() * view.GetViewMatrix() * model;
+    std::uint32_t const modelId = bgfx::setTransform(model.constData(), 1);
+    auto const submitPieces = [&](auto&& mayShow, auto&& prepare, std::uint64_t firstInstance) {
+        std::uint64_t triangle = 0;
+        for (MeshPiece const& piece : mesh.GetPieces()) {
+            if (piece.GetUploadedIndexCount() > 0 && mayShow(piece)) {
+                prepare();
+                bgfx::setTransform(modelId, 1);
+                piece.SetBuffers();
+                ids.Submit(*program, style.state.value_or(BGFXRenderer::STATE_OPAQUE), triangle,
+                           firstInstance);
+            }
+            triangle += piece.GetTriangleCount();
+        }
+    };
+    if (!hasInstances) {
+        ViewVolume const volume(toClip, 0.0f, 0.0f, 0.0f);
+        return submitPieces([&](MeshPiece const& piece) { return volume.MayShow(piece.GetBounds()); }, [] {},
+                            0);
+    }
+    instances.ForEachVisible(ViewVolume(toClip, 0.0f, 0.0f, GetReach()),
+                             [&](bgfx::TextureHandle texture, std::uint32_t first, std::uint32_t count,
+                                 std::uint32_t rowLength, std::uint64_t instance) {
+                                 auto const prepare = [&] {
+                                     SetInstanceCount(count);
+                                     bgfx::setTexture(0, uniforms[BatchUniform::Texels], texture);
+                                     uniforms.Set(BatchUniform::Range, static_cast<float>(first),
+                                                  static_cast<float>(rowLength));
+                                 };
+                                 submitPieces([](MeshPiece const&) { return true; }, prepare, instance);
+                             });
+}
+
+void MeshBatch::Data::Collect(PickCollection& collection) const {
+    auto const collectAt = [&](std::uint64_t instance, auto&& placed) {
+        PickElement element = collection.GetAddition();
+        element.instance = instance;
+        for (MeshPiece const& piece : mesh.GetPieces()) {
+            for (std::uint32_t i = 0; i < piece.GetTriangleCount(); ++i, ++element.element) {
+                std::array<bx::Vec3, 3> const corners = piece.GetTriangle(mesh.GetFormat(), i);
+                if (collection.HasTriangle({placed(corners[0]), placed(corners[1]), placed(corners[2])}))
+                    collection.Add(element);
+            }
+        }
+    };
+    if (instances.GetCount() == 0)
+        return collectAt(0, [](bx::Vec3 const& place) { return place; });
+    for (std::uint64_t i = 0; i < instances.GetCount(); ++i) {
+        MeshInstance const instance = instances.Get(i);
+        if (instance.rows == decltype(instance.rows){})
+            continue; // refused
+        collectAt(i, [&rows = instance.rows](bx::Vec3 const& place) {
+            auto const row = [&](std::size_t r) {
+                return rows[r] * place.x + rows[r + 1] * place.y + rows[r + 2] * place.z + rows[r + 3];
+            };
+            return bx::Vec3(row(0), row(4), row(8));
+        });
+    }
+}
+
+MeshBatch::MeshBatch(KeepData keepData) : m_data(std::make_shared<Data>(keepData == KeepData::Yes)) {}
 MeshBatch::~MeshBatch() = default;
 MeshBatch::MeshBatch(MeshBatch&& other) noexcept = default;
 MeshBatch& MeshBatch::operator=(MeshBatch&& other) noexcept = default;
@@ -273,6 +349,24 @@ void MeshBatch::Draw(BGFXRenderer const& renderer, BGFXViewContext const& view, 
     m_data->lost.Clear();
     if (GetTriangleCount() > 0 && zx3D::Context::IsInitialized())
         m_data->Draw(*renderer.m_drawing, view, style, transform);
+}
+
+void PickScene::Add(MeshBatch& batch, MeshStyle const& style, QMatrix4x4 const& transform) {
+    MeshBatch::Data& data = *batch.m_data;
+    if (m_collection != nullptr) {
+        if (!data.mesh.KeepsData())
+            return m_collection->Skip();
+        m_collection->Begin(&batch, data.origin, transform, 0.0, SizeUnit::Pixels);
+        return data.Collect(*m_collection);
+    }
+    m_ids->Begin({&batch, PickKind::Surfaces, data.origin, transform,
+                  [gone = std::weak_ptr(batch.m_data)](std::uint64_t drawn, PickElement& element) {
+                      element.element = drawn;
+                      auto const there = gone.lock();
+                      return there != nullptr && drawn < there->mesh.GetTriangleCount();
+                  }});
+    if (data.mesh.GetTriangleCount() > 0)
+        data.DrawNumbers(*m_ids, style, transform);
 }
 
 } // namespace zarvex::zx3DQt

@@ -71,6 +71,14 @@ void MeshInstances::Pack(std::uint64_t first, zx3D::DataSpan<MeshInstance const>
         });
 }
 
+MeshInstance MeshInstances::Get(std::uint64_t index) const {
+    std::span<Texel const> const texels = m_texels.GetTexels().subspan(index * kTexels, kTexels);
+    MeshInstance instance;
+    std::memcpy(instance.rows.data(), texels.data(), sizeof(instance.rows));
+    instance.rgba = texels[3][0];
+    return instance;
+}
+
 bool MeshInstances::Upload(std::uint64_t& bytes) {
     std::uint64_t const before = m_texels.GetUploadedCount();
     bool const hasTextures = m_texels.Upload(bytes);

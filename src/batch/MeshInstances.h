@@ -25,6 +25,8 @@ public:
     bool Upload(std::uint64_t& bytes);
 
     std::uint64_t GetCount() const { return m_texels.GetCount() / kTexels; }
+    /// Of data that are kept.
+    MeshInstance Get(std::uint64_t index) const;
     bool IsUploaded() const { return m_texels.GetUploadedCount() == m_texels.GetCount(); }
     bool IsLost() const { return m_texels.IsLost(); }
 
@@ -33,16 +35,19 @@ public:
     /// By how much an instance stretches the mesh at most.
     float GetScale() const { return m_scale; }
 
-    /// Calls `draw(texture, first texel, count, rowLength)` for each run of instances that are uploaded and
-    /// that the volume may show.
+    /// Calls `draw(texture, first texel, count, rowLength, first instance)` for each run of instances that
+    /// are uploaded and that the volume may show.
     template<typename Draw>
     void ForEachVisible(ViewVolume const& volume, Draw draw) const {
-        auto const inTexels = [&draw](bgfx::TextureHandle texture, std::uint32_t first, std::uint32_t count,
-                                      std::uint32_t rowLength) {
-            draw(texture, first, count / kTexels, rowLength);
+        std::uint64_t instance = 0;
+        auto const inTexels = [&](bgfx::TextureHandle texture, std::uint32_t first, std::uint32_t count,
+                                  std::uint32_t rowLength) {
+            draw(texture, first, count / kTexels, rowLength, instance);
+            instance += count / kTexels;
         };
         m_bounds.ForEachVisible(volume, m_texels.GetUploadedCount() / kTexels,
                                 [&](std::uint64_t first, std::uint64_t count) {
+                                    instance = first;
                                     m_texels.ForEachTexture(first * kTexels, count * kTexels, inTexels);
                                 });
     }

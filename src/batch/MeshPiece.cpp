@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <optional>
 
 namespace zarvex::zx3DQt {
@@ -199,6 +200,16 @@ void MeshPiece::DropBuffers() {
     m_indexBuffer.Reset();
     m_uploadedVertices = 0;
     m_uploadedIndices = 0;
+}
+
+std::array<bx::Vec3, 3> MeshPiece::GetTriangle(MeshFormat const& format, std::uint32_t triangle) const {
+    auto const corner = [&](std::size_t i) {
+        bx::Vec3 position(bx::InitNone);
+        std::size_t const vertex = m_indices[std::size_t{3} * triangle + i];
+        std::memcpy(&position, m_vertices.data() + vertex * format.GetStride(), sizeof(position));
+        return position;
+    };
+    return {corner(0), corner(1), corner(2)};
 }
 
 void MeshPiece::SetBuffers() const {

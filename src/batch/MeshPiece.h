@@ -9,6 +9,7 @@
 
 #include <bgfx/bgfx.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -39,6 +40,9 @@ public:
 
     bool IsUploaded() const { return m_uploadedIndices == m_indexCount; }
     std::uint32_t GetUploadedIndexCount() const { return m_uploadedIndices; }
+    std::uint32_t GetTriangleCount() const { return m_indexCount / 3; }
+    /// The corners of a triangle, of data that are kept.
+    std::array<bx::Vec3, 3> GetTriangle(MeshFormat const& format, std::uint32_t triangle) const;
     /// Whether there is something that is only on the GPU.
     bool HasDropped() const { return m_droppedIndices > 0; }
     /// The context stops.

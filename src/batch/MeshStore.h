@@ -36,6 +36,7 @@ public:
     /// True when the context stopped, and took data along that were not kept. Until `Clear`.
     bool IsLost() const { return m_isLost; }
 
+    bool KeepsData() const { return m_keepsData; }
     MeshFormat const& GetFormat() const { return m_format; }
     std::span<MeshPiece const> GetPieces() const { return m_pieces; }
     /// Around all pieces.

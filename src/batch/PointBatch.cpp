@@ -2,6 +2,8 @@
 #include <zx3DQt/PointBatch.h>
 
 #include "../frame/Logging.h"
+#include "../picking/IdPass.h"
+#include "../picking/PickCollection.h"
 #include "../render/Drawing.h"
 #include "AlphaCoverage.h"
 #include "BatchUniforms.h"
@@ -13,6 +15,7 @@
 #include "WorldPlace.h"
 
 #include <zx3DQt/BGFXRenderer.h>
+#include <zx3DQt/Picker.h>
 
 #include <zx3D/Context.h>
 #include <zx3D/FrameBuffer.h>
@@ -66,6 +69,28 @@ Technique TechniqueOf(PointStyle const& style, Kind kind, bool isSmooth) {
         return {hasColor ? "vs_point_batch_square" : "vs_point_batch_square_scalar", "fs_basic", 6};
     return {hasColor ? "vs_point_batch_round" : "vs_point_batch_round_scalar",
             FragmentShaderOf(style.shape, isSmooth), 6};
+}
+
+/// Fragment stages that do without the points' colours.
+struct Colorless {
+    char const* plain;
+    char const* disc;
+    char const* ball;
+};
+constexpr Colorless kPicking{"fs_pick_plain", "fs_pick_disc", "fs_pick_ball"};
+constexpr Colorless kHighlighting{"fs_highlight_plain", "fs_highlight_disc", "fs_highlight_ball"};
+
+Technique TechniqueOf(PointStyle const& style, Colorless const& shaders) {
+    if (IsSinglePixel(style))
+        return {"vs_pick_point_pixel", shaders.plain, 1};
+    if (style.shape == PointShape::Square)
+        return {"vs_pick_point_square", shaders.plain, 6};
+    return {"vs_pick_point_round", style.shape == PointShape::Disc ? shaders.disc : shaders.ball, 6};
+}
+
+void SetPointSize(BatchUniforms const& uniforms, PointStyle const& style) {
+    bool const isInPixels = style.sizeUnit == SizeUnit::Pixels;
+    uniforms.Set(BatchUniform::PointSize, isInPixels ? style.size : 0.0f, isInPixels ? 0.0f : style.size);
 }
 
 /// How far points reach beyond their positions: in NDC, or in the view's units, which a model may scale.
@@ -125,6 +150,8 @@ public:
 
     void Draw(Drawing& drawing, BGFXViewContext const& view, PointStyle const& style,
               QMatrix4x4 const& transform);
+    void DrawNumbers(IdPass& ids, PointStyle const& style, QMatrix4x4 const& transform) const;
+    void Collect(PickCollection& collection) const;
 
     WorldPosition origin;
     TexelStore texels;
@@ -164,6 +191,11 @@ private:
     }
 
     void Upload(Drawing& drawing);
+    template<typename ForEachRun, typename Submit>
+    bool DrawWithoutColors(BGFXViewContext const& view, PointStyle const& style, QMatrix4x4 const& model,
+                           Colorless const& shaders, ForEachRun forEachRun, Submit submit) const;
+    void DrawHighlight(FrameCounter& counter, BGFXViewContext const& view, PointStyle const& style,
+                       QMatrix4x4 const& model) const;
 };
 
 void PointBatch::Data::Upload(Drawing& drawing) {
@@ -204,11 +236,8 @@ void PointBatch::Data::Draw(Drawing& drawing, BGFXViewContext const& view, Point
         SetVertexCount(count * technique.verticesPerPoint);
         bgfx::setTexture(0, uniforms[BatchUniform::Texels], texture);
         uniforms.Set(BatchUniform::Range, static_cast<float>(first), static_cast<float>(rowLength));
-        if (technique.verticesPerPoint > 1) {
-            bool const isInPixels = style.sizeUnit == SizeUnit::Pixels;
-            uniforms.Set(BatchUniform::PointSize, isInPixels ? style.size : 0.0f,
-                         isInPixels ? 0.0f : style.size);
-        }
+        if (technique.verticesPerPoint > 1)
+            SetPointSize(uniforms, style);
         if (kind == Kind::Scalar) {
             float const range = style.greatestValue - style.leastValue;
             uniforms.Set(BatchUniform::PointRange, style.leastValue, range != 0.0f ? 1.0f / range : 0.0f);
@@ -220,9 +249,81 @@ void PointBatch::Data::Draw(Drawing& drawing, BGFXViewContext const& view, Point
     bounds.ForEachVisible(
         VolumeOf(view, model, style), texels.GetUploadedCount(),
         [&](std::uint64_t first, std::uint64_t count) { texels.ForEachTexture(first, count, submit); });
+    DrawHighlight(counter, view, style, model);
 }
 
-PointBatch::PointBatch(KeepData keepData) : m_data(std::make_unique<Data>(keepData == KeepData::Yes)) {}
+/// `forEachRun(draw)` calls `draw(first, count)` for what is to be drawn; `submit(program, state, first)`
+/// ends each submission. False when bgfx has no program or uniform left.
+template<typename ForEachRun, typename Submit>
+bool PointBatch::Data::DrawWithoutColors(BGFXViewContext const& view, PointStyle const& style,
+                                         QMatrix4x4 const& model, Colorless const& shaders,
+                                         ForEachRun forEachRun, Submit submit) const {
+    Technique const technique = TechniqueOf(style, shaders);
+    auto const program =
+        zx3D::ProgramFactory::Get().CreateProgram(technique.vertexShader, technique.fragmentShader);
+    BatchUniforms& uniforms = BatchUniforms::Get();
+    if (!program || !uniforms.Create())
+        return false;
+    std::uint32_t const modelId = bgfx::setTransform(model.constData(), 1);
+    BGFXRenderState const state = Drawing::ForView(view, style.state.value_or(BGFXRenderer::STATE_OPAQUE)) |
+                                  (technique.verticesPerPoint == 1 ? BGFX_STATE_PT_POINTS : 0);
+    forEachRun([&](std::uint64_t first, std::uint64_t all) {
+        std::uint64_t point = first;
+        auto const submitSome = [&](bgfx::TextureHandle texture, std::uint32_t firstTexel,
+                                    std::uint32_t count, std::uint32_t rowLength) {
+            bgfx::setTransform(modelId, 1);
+            SetVertexCount(count * technique.verticesPerPoint);
+            bgfx::setTexture(0, uniforms[BatchUniform::Texels], texture);
+            uniforms.Set(BatchUniform::Range, static_cast<float>(firstTexel), static_cast<float>(rowLength));
+            if (technique.verticesPerPoint > 1)
+                SetPointSize(uniforms, style);
+            submit(*program, state, point);
+            point += count;
+        };
+        texels.ForEachTexture(first, all, submitSome);
+    });
+    return true;
+}
+
+void PointBatch::Data::DrawNumbers(IdPass& ids, PointStyle const& style, QMatrix4x4 const& transform) const {
+    BGFXViewContext const& view = ids.GetView();
+    QMatrix4x4 const model = ModelMatrix(origin, view.GetOrigin(), transform);
+    auto const forEachVisible = [&](auto draw) {
+        bounds.ForEachVisible(VolumeOf(view, model, style), texels.GetUploadedCount(), draw);
+    };
+    auto const submit = [&](bgfx::ProgramHandle program, BGFXRenderState state, std::uint64_t first) {
+        ids.Submit(program, state, first);
+    };
+    if (!DrawWithoutColors(view, style, model, kPicking, forEachVisible, submit))
+        ids.LeaveOut();
+}
+
+void PointBatch::Data::DrawHighlight(FrameCounter& counter, BGFXViewContext const& view,
+                                     PointStyle const& style, QMatrix4x4 const& model) const {
+    if (style.highlight.elements.IsEmpty())
+        return;
+    auto const forEachRun = [&](auto draw) { style.highlight.ForEachRun(texels.GetUploadedCount(), draw); };
+    auto const submit = [&](bgfx::ProgramHandle program, BGFXRenderState state, std::uint64_t) {
+        BatchUniforms::Get().SetColor(BatchUniform::Highlight, style.highlight.rgba);
+        bgfx::setState(state.GetValue());
+        bgfx::submit(view, program, 0, BGFX_DISCARD_ALL);
+    };
+    if (!DrawWithoutColors(view, style, model, kHighlighting, forEachRun, submit))
+        counter.LeaveOut(LeftOutReason::NoProgram);
+}
+
+void PointBatch::Data::Collect(PickCollection& collection) const {
+    std::span<Texel const> const kept = texels.GetTexels();
+    for (std::uint64_t i = 0; i < kept.size(); ++i) {
+        if (!collection.HasPoint(PlaceOf(kept[i])))
+            continue;
+        PickElement element = collection.GetAddition();
+        element.element = i;
+        collection.Add(element);
+    }
+}
+
+PointBatch::PointBatch(KeepData keepData) : m_data(std::make_shared<Data>(keepData == KeepData::Yes)) {}
 PointBatch::~PointBatch() = default;
 PointBatch::PointBatch(PointBatch&& other) noexcept = default;
 PointBatch& PointBatch::operator=(PointBatch&& other) noexcept = default;
@@ -293,6 +394,24 @@ void PointBatch::Draw(BGFXRenderer const& renderer, BGFXViewContext const& view,
     }
     if (GetCount() > 0 && zx3D::Context::IsInitialized())
         m_data->Draw(*renderer.m_drawing, view, style, transform);
+}
+
+void PickScene::Add(PointBatch& batch, PointStyle const& style, QMatrix4x4 const& transform) {
+    PointBatch::Data& data = *batch.m_data;
+    if (m_collection != nullptr) {
+        if (!data.texels.KeepsData())
+            return m_collection->Skip();
+        m_collection->Begin(&batch, data.origin, transform, style.size, style.sizeUnit);
+        return data.Collect(*m_collection);
+    }
+    m_ids->Begin({&batch, PickKind::Points, data.origin, transform,
+                  [gone = std::weak_ptr(batch.m_data)](std::uint64_t drawn, PickElement& element) {
+                      element.element = drawn;
+                      auto const there = gone.lock();
+                      return there != nullptr && drawn < there->texels.GetCount();
+                  }});
+    if (data.texels.GetCount() > 0)
+        data.DrawNumbers(*m_ids, style, transform);
 }
 
 } // namespace zarvex::zx3DQt

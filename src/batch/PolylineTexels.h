@@ -101,6 +101,12 @@ public:
         return {begin + (isClosed ? 2 : 0), end - begin - 1 - (isClosed ? kClosingTexels : 0), isClosed};
     }
 
+    /// The polyline that a texel belongs to, of those that there are.
+    std::uint64_t Find(std::uint64_t texel) const {
+        auto const after = std::upper_bound(m_begins.begin(), m_begins.end(), 2 * texel + 1);
+        return static_cast<std::uint64_t>(after - m_begins.begin()) - 1;
+    }
+
     /// Calls `write(texel, vertex)` for the texels outside of a closed polyline's vertices that repeat one.
     template<typename Write>
     static void ForEachRepeated(PolylinePlace const& place, Write write) {

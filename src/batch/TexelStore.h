@@ -51,6 +51,9 @@ public:
 
     std::uint64_t GetCount() const { return m_dropped + m_texels.size(); }
     std::uint64_t GetUploadedCount() const { return m_uploaded; }
+    bool KeepsData() const { return m_keepsData; }
+    /// Those that are in memory: of data that are kept, all.
+    std::span<Texel const> GetTexels() const { return m_texels; }
 
     /// True when the context stopped, and took data along that were not kept. Until `Clear`.
     bool IsLost() const { return m_isLost; }

@@ -14,6 +14,12 @@ inline bool HasVertexIndices() {
     return isKnown || bgfx::getRendererType() != bgfx::RendererType::Noop;
 }
 
+/// Whether shaders know the indices of triangles. OpenGL has them without saying so.
+inline bool HasTriangleIndices() {
+    bool const isKnown = (bgfx::getCaps()->supported & BGFX_CAPS_PRIMITIVE_ID) != 0;
+    return isKnown || bgfx::getRendererType() == bgfx::RendererType::OpenGL;
+}
+
 /// For the next submission: so many vertices, which a shader makes of their indices.
 inline void SetVertexCount(std::uint32_t count) {
     if (HasVertexIndices())

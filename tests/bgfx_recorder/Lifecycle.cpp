@@ -238,7 +238,8 @@ Stats const* getStats() {
 RendererType::Enum getRendererType() {
     State& state = State::Get();
     std::lock_guard const lock(state.mutex);
-    return state.caps.rendererType;
+    RendererType::Enum const actsAs = state.settings.actsAs;
+    return actsAs != RendererType::Count ? actsAs : state.caps.rendererType;
 }
 
 char const* getRendererName(RendererType::Enum type) {

@@ -140,6 +140,7 @@ struct Settings {
     uint64_t supported = 0;                 ///< capability bits; by default compute, blit, read-back, windows
     bool homogeneousDepth = false;
     bool originBottomLeft = false;
+    bgfx::RendererType::Enum actsAs = bgfx::RendererType::Count; ///< what `getRendererType` says instead
     uint16_t vertexBuffers = 16384; ///< that exist at once, static and dynamic each; from the next `init` on
     bool holdsFrames = false; ///< true: frames stay in flight, as with a slow GPU, until it is false again
     uint32_t readLatency = 2; ///< `readTexture` is answered this many frames after the current one

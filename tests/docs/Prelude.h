@@ -25,6 +25,7 @@ extern std::vector<zx3D::Vertex::Pos3fColorRGBA> vertices;
 extern std::vector<zx3D::Vertex::Pos3fNormal3fColorRGBA> litVertices;
 extern std::vector<std::uint16_t> indices;
 extern zx3DQt::CameraController controller;
+extern zx3DQt::Picker picker;
 extern zx3DQt::PointBatch cloud;
 extern std::vector<zx3DQt::ColoredPoint> scan;
 extern zx3DQt::LineBatch edges;

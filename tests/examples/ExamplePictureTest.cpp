@@ -66,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Combine(::testing::Values("cameras", "edges_over_faces", "first_window", "grid_and_axes",
                                          "instances", "labels", "lights", "lines_and_points", "lit_mesh",
                                          "native_widget", "offscreen_widget", "own_shader", "part_drawing",
-                                         "point_cloud", "polylines"),
+                                         "picking", "point_cloud", "polylines"),
                        AllBackends()),
     [](auto const& row) { return std::get<0>(row.param) + ("_" + NameOf(std::get<1>(row.param))); });
 

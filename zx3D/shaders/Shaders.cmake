@@ -7,6 +7,10 @@ set(ZX3D_SHADER_SOURCES
   fs_annotation.frag
   fs_basic.frag
   fs_fullscreen_texture.frag
+  fs_highlight_ball.frag
+  fs_highlight_disc.frag
+  fs_highlight_line.frag
+  fs_highlight_plain.frag
   fs_lighting.frag
   fs_line_batch_shape.frag
   fs_line_batch_smooth.frag
@@ -26,6 +30,11 @@ set(ZX3D_SHADER_SOURCES
   fs_mesh_lit_8_textured.frag
   fs_mesh_unlit.frag
   fs_mesh_unlit_textured.frag
+  fs_pick_ball.frag
+  fs_pick_disc.frag
+  fs_pick_line.frag
+  fs_pick_mesh.frag
+  fs_pick_plain.frag
   fs_point_batch_ball.frag
   fs_point_batch_ball_smooth.frag
   fs_point_batch_disc.frag
@@ -57,6 +66,13 @@ set(ZX3D_SHADER_SOURCES
   vs_mesh_lit_instances.vert
   vs_mesh_unlit.vert
   vs_mesh_unlit_instances.vert
+  vs_pick_line.vert
+  vs_pick_line_joined.vert
+  vs_pick_mesh.vert
+  vs_pick_mesh_instances.vert
+  vs_pick_point_pixel.vert
+  vs_pick_point_round.vert
+  vs_pick_point_square.vert
   vs_point_batch_pixel.vert
   vs_point_batch_pixel_scalar.vert
   vs_point_batch_round.vert
@@ -122,6 +138,20 @@ set(ZX3D_SHADER_PROGRAMS
   vs_mesh_lit_instances.vert+fs_mesh_lit_8_textured.frag
   vs_mesh_lit_instances.vert+fs_mesh_unlit_textured.frag
   vs_mesh_unlit_instances.vert+fs_mesh_unlit.frag
+  vs_pick_line.vert+fs_highlight_line.frag
+  vs_pick_line.vert+fs_pick_line.frag
+  vs_pick_line_joined.vert+fs_highlight_line.frag
+  vs_pick_line_joined.vert+fs_pick_line.frag
+  vs_pick_mesh.vert+fs_pick_mesh.frag
+  vs_pick_mesh_instances.vert+fs_pick_mesh.frag
+  vs_pick_point_pixel.vert+fs_highlight_plain.frag
+  vs_pick_point_pixel.vert+fs_pick_plain.frag
+  vs_pick_point_round.vert+fs_highlight_ball.frag
+  vs_pick_point_round.vert+fs_pick_ball.frag
+  vs_pick_point_round.vert+fs_highlight_disc.frag
+  vs_pick_point_round.vert+fs_pick_disc.frag
+  vs_pick_point_square.vert+fs_highlight_plain.frag
+  vs_pick_point_square.vert+fs_pick_plain.frag
   vs_point_sprite.vert+fs_point_sprite.frag
   vs_point_batch_pixel.vert+fs_basic.frag
   vs_point_batch_pixel_scalar.vert+fs_basic.frag

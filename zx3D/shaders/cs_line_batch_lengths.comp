@@ -5,6 +5,7 @@ layout(local_size_x = 64) in;
 
 #include "batch_texels.glsl"
 #include "line_batch.glsl"
+#include "line_batch_color.glsl"
 #include "line_batch_blocks.glsl"
 #include "line_batch_cut.glsl"
 

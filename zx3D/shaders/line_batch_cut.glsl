@@ -17,6 +17,6 @@ vec2 CutEnds(uvec3 startPosition, uvec3 endPosition, inout vec4 start, inout vec
     return parts;
 }
 
-vec4 ColorAt(uint startColor, uint endColor, vec2 parts, bool isEnd) {
-    return mix(UnpackColor(startColor), UnpackColor(endColor), isEnd ? parts.y : parts.x);
+vec4 ValueAt(uvec4 startTexel, uvec4 endTexel, vec2 parts, bool isEnd) {
+    return mix(VertexValue(startTexel), VertexValue(endTexel), isEnd ? parts.y : parts.x);
 }

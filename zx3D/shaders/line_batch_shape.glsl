@@ -67,8 +67,8 @@ void main() {
     vec2 endPixel = ToPixels(end);
     vec4 depth = vec4(ShiftedDepth(start) / start.w, ShiftedDepth(end) / end.w, 1.0 / start.w, 1.0 / end.w);
     vec2 halfWidth = vec2(HalfWidth(start.w), HalfWidth(end.w));
-    vec4 startColor = ColorAt(texels.start.w, texels.end.w, parts, false);
-    vec4 endColor = ColorAt(texels.start.w, texels.end.w, parts, true);
+    vec4 startColor = ValueAt(texels.start, texels.end, parts, false);
+    vec4 endColor = ValueAt(texels.start, texels.end, parts, true);
 
     // What is far outside the picture is cut off, too. Depths, 1 / w and widths change evenly on the screen.
     vec2 seen = PartsInPicture(startPixel, endPixel, max(halfWidth.x, halfWidth.y));

@@ -2,6 +2,6 @@
 
 vec2 CutEnds(uvec3 startPosition, uvec3 endPosition, inout vec4 start, inout vec4 end) { return vec2(0.0, 1.0); }
 
-vec4 ColorAt(uint startColor, uint endColor, vec2 parts, bool isEnd) {
-    return UnpackColor(isEnd ? endColor : startColor);
+vec4 ValueAt(uvec4 startTexel, uvec4 endTexel, vec2 parts, bool isEnd) {
+    return VertexValue(isEnd ? endTexel : startTexel);
 }

@@ -30,5 +30,5 @@ void main() {
     vec2 place = clip.xy + clip.w * max(HalfWidth(clip.w), 0.5) * toNdc * offset;
     gl_Position = isDrawn ? vec4(place, ShiftedDepth(clip), clip.w) : kCollapsedVertex;
     gl_PointSize = 1.0;
-    v_color = ColorAt(startTexel.w, endTexel.w, parts, isEnd > 0.5);
+    v_color = ValueAt(startTexel, endTexel, parts, isEnd > 0.5);
 }

@@ -3,6 +3,7 @@
 #include "batch_texels.glsl"
 #include "collapsed_vertex.glsl"
 #include "line_batch.glsl"
+#include "line_batch_color.glsl"
 #include "line_batch_cut.glsl"
 #include "line_batch_separate.glsl"
 #include "line_batch_shape.glsl"

@@ -3,5 +3,6 @@
 #include "batch_texels.glsl"
 #include "collapsed_vertex.glsl"
 #include "line_batch.glsl"
+#include "line_batch_color.glsl"
 #include "line_batch_whole.glsl"
 #include "line_batch_wide.glsl"

@@ -1,0 +1,3 @@
+// What changes along a line: its colour.
+
+vec4 VertexValue(uvec4 texel) { return UnpackColor(texel.w); }

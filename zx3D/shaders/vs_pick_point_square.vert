@@ -1,0 +1,7 @@
+// Picking square points of a batch.
+
+#define VERTICES_PER_POINT 6
+
+#include "batch_texels.glsl"
+#include "pick_point.glsl"
+#include "point_batch_square.glsl"
