@@ -2,6 +2,7 @@
 #include <zx3DQt/LabelBatch.h>
 
 #include "../batch/DepthShift.h"
+#include "../batch/PieceBounds.h"
 #include "../frame/Logging.h"
 #include "../render/Alignment.h"
 #include "LabelChoice.h"
@@ -26,10 +27,6 @@
 namespace zarvex::zx3DQt {
 
 namespace {
-
-bool IsFinite(bx::Vec3 const& vector) {
-    return std::isfinite(vector.x) && std::isfinite(vector.y) && std::isfinite(vector.z);
-}
 
 /// A style, computed once for all labels of a frame.
 struct Appearance {
